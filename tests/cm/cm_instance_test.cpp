@@ -1,0 +1,87 @@
+#include <gtest/gtest.h>
+
+#include <cstring>
+
+#include "cm/cm_context.h"
+#include "inkdot/inkdot.h"
+#include "support/memory_watch.h"
+
+namespace inkdot {
+namespace {
+
+struct Settings {
+    CmSettings1 s1{};
+    CmSettings2 s2{};
+    Settings() { s2.selectA = 1; s2.pixelFormat = 1; }
+};
+
+CmContext* create(const Settings& s, uint32_t* first = nullptr) {
+    uint32_t firstBlock = 77;
+    CmContext* ctx = nullptr;
+    EXPECT_EQ(CmNew(&s.s1, &s.s2, 0xDEAD, &firstBlock, &ctx), RC_OK);
+    EXPECT_EQ(firstBlock, 0u);
+    if (first) *first = firstBlock;
+    return ctx;
+}
+
+TEST(CmInstance, DerivedKeys) {
+    test::MemoryWatch watch;
+    struct Case { uint32_t selectA, processMode, processLevel, pixelFormat; uint32_t wantA, wantLevel; int16_t wantC; };
+    const Case cases[] = {
+        {0, 0, 7, 1, 3, 2, 4},   // selectA 0 means 3 and forces processLevel 2
+        {0, 4, 7, 1, 3, 0, 0},   // processMode 4 clears both
+        {1, 1, 0, 1, 1, 0, 4},   // processMode 1 gives 4 whatever processLevel holds
+        {1, 1, 9, 0, 1, 9, 4},   // ... also with pixelFormat 0
+        {1, 0, 3, 0, 1, 3, 0},   // pixelFormat 0 gives 0
+        {1, 2, 3, 1, 1, 3, 3},   // otherwise the low 16 bits of processLevel
+        {1, 2, 0x10005, 1, 1, 0x10005, 5},
+        {1, 2, 2, 1, 1, 2, 4},
+    };
+    for (const Case& c : cases) {
+        Settings s;
+        s.s2.selectA = c.selectA;
+        s.s1.processMode = c.processMode;
+        s.s1.processLevel = c.processLevel;
+        s.s2.pixelFormat = c.pixelFormat;
+        CmContext* ctx = create(s);
+        ASSERT_NE(ctx, nullptr);
+        EXPECT_EQ(ctx->settings2.selectA, c.wantA);
+        EXPECT_EQ(ctx->settings1.processLevel, c.wantLevel);
+        EXPECT_EQ(ctx->selectC, c.wantC) << c.processMode << " " << c.processLevel;
+        EXPECT_EQ(ctx->phase, 1);
+        EXPECT_EQ(CmDelete(ctx), RC_OK);
+    }
+}
+
+TEST(CmInstance, FreshLutIsZeroButItsOwnBlock) {
+    test::MemoryWatch watch;
+    Settings s;
+    CmContext* ctx = create(s);
+    CmLut* lut = CmGetLut(ctx);
+    ASSERT_NE(lut, nullptr);
+    CmLut expected{};
+    expected.selfBlock = lut;
+    EXPECT_EQ(std::memcmp(lut, &expected, sizeof(CmLut)), 0);
+    const uint32_t freesBefore = watch.seam().frees;
+    EXPECT_EQ(CmDelete(ctx), RC_OK);
+    EXPECT_EQ(watch.seam().frees - freesBefore, 2u);  // the CmLut and the record
+}
+
+TEST(CmInstance, AllocationFailuresLeaveNothing) {
+    for (uint32_t failAt = 1; failAt <= 2; ++failAt) {
+        for (bool lock : {false, true}) {
+            test::MemoryWatch watch;
+            if (lock) watch.seam().failLockAt = failAt; else watch.seam().failAllocAt = failAt;
+            Settings s;
+            uint32_t first = 55;
+            CmContext* ctx = nullptr;
+            EXPECT_EQ(CmNew(&s.s1, &s.s2, 0, &first, &ctx), lock ? RC_MEM_LOCK : RC_MEM_ALLOC);
+            EXPECT_EQ(first, 0u);
+            EXPECT_EQ(ctx, nullptr);
+            EXPECT_EQ(watch.seam().messages, lock ? 0u : 1u);
+        }
+    }
+}
+
+}  // namespace
+}  // namespace inkdot

@@ -1,0 +1,21 @@
+// Fixture helpers around the memory service's per-thread seam.
+#pragma once
+
+#include <gtest/gtest.h>
+
+#include "frame/memory_seam.h"
+
+namespace inkdot::test {
+
+// Resets the seam on construction; checks on destruction that every block
+// obtained since then has been released.
+class MemoryWatch {
+public:
+    MemoryWatch() { memFaults() = MemFaults{}; }
+    ~MemoryWatch() { EXPECT_EQ(memFaults().liveBlocks, 0) << "blocks leaked"; memFaults() = MemFaults{}; }
+    MemFaults& seam() { return memFaults(); }
+    MemoryWatch(const MemoryWatch&) = delete;
+    MemoryWatch& operator=(const MemoryWatch&) = delete;
+};
+
+}  // namespace inkdot::test
