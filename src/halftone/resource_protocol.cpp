@@ -22,9 +22,14 @@ bool twoBit(const HtContext& ctx) { return ctx.outputBits == 2; }
 uint32_t answerOf(uint16_t id) { return static_cast<uint32_t>(static_cast<int32_t>(static_cast<int16_t>(id))); }
 constexpr uint32_t kNoMoreBlocks = INKDOT_NO_MORE_BLOCKS;
 
-// A failure that gives up everything the instance holds.
+// A failure that gives up everything the instance holds. The failure's own
+// code is the answer, whatever the release reports. Views are dropped too,
+// so that no slot points into a freed block.
 uint32_t releaseAllAnd(HtContext& ctx, uint32_t rc) {
     releaseSlots(ctx);
+    for (HtBuffer& buffer : ctx.buffers) {
+        if (buffer.handle == nullptr) buffer = HtBuffer{};
+    }
     return rc;
 }
 
