@@ -34,6 +34,7 @@ uint32_t releaseAllAnd(HtContext& ctx, uint32_t rc) {
 }
 
 uint32_t phaseRequestList(HtContext& ctx, const uint8_t* block, uint32_t* outNextBlock) {
+    if (const uint32_t rc = checkSettings(ctx); rc != RC_OK) return rc;
     ctx.errorLineCount = errorLineCountFor(ctx);
     if (block == nullptr) return RC_ARG + 2;
     if (const uint32_t rc = readRequestList(ctx, block); rc != RC_OK) return rc;
@@ -201,10 +202,9 @@ uint32_t runPhase(HtContext& ctx, uint32_t phase, const uint8_t* block, uint32_t
 
 uint32_t halftoneSetResource(HtContext* ctx, const uint8_t* block, uint32_t* outNextBlock) {
     const uint32_t phase = ++ctx->callCount;  // a call that fails still uses up its phase
-    if (outNextBlock == nullptr) return RC_ARG + 3;
     if (ctx->failedPhase != 0) return RC_DATA;  // fed out of order: start anew
 
-    const uint32_t rc = runPhase(*ctx, phase, block, outNextBlock);
+    const uint32_t rc = outNextBlock == nullptr ? RC_ARG + 3 : runPhase(*ctx, phase, block, outNextBlock);
     if (rc != RC_OK) {
         // Calls beyond the last phase leave a ready instance ready.
         if (ctx->kernel == nullptr) ctx->failedPhase = phase;

@@ -137,3 +137,23 @@ TEST(FailureTable, NullBlockRefusedWhereABlockIsRead) {
 
 }  // namespace
 }  // namespace inkdot
+
+namespace inkdot {
+namespace {
+
+TEST(FailureTable, RefusedSettingsAreNotFed) {
+    test::MemoryWatch watch;
+    test::MonoLut lut([](int v) { return 255 - v; });
+    HtSettings s = test::htSettings(1, 0, 1);
+    s.inputFormat = 3;  // colour pixels for a monochrome instance: HalftoneNew answered 513
+    test::HtInstance ht(s, lut.lut);
+    EXPECT_EQ(ht.rc, RC_ARG + 1);
+    ASSERT_NE(ht.ctx, nullptr);
+    uint32_t next = 0;
+    EXPECT_EQ(HalftoneSetResource(ht.ctx, test::HtBlocks{}.requestList.data(), &next), RC_ARG + 1);
+    EXPECT_EQ(ht.feed(test::HtBlocks{}.gridLevels), RC_DATA);
+    EXPECT_EQ(watch.seam().liveBlocks, 1);
+}
+
+}  // namespace
+}  // namespace inkdot

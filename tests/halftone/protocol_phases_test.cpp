@@ -90,10 +90,21 @@ TEST(PhaseCounter, RaisedByEveryCallEvenAFailingOne) {
     EXPECT_EQ(ht.ctx->callCount, 1u);
     EXPECT_EQ(ht.feed(blocks.gridLevels), RC_DATA);  // the instance failed: no going on
     EXPECT_EQ(ht.ctx->callCount, 2u);
-    uint32_t next = 0;
-    EXPECT_EQ(HalftoneSetResource(ht.ctx, blocks.matrix.data(), nullptr), RC_ARG + 3);
+    EXPECT_EQ(ht.feed(blocks.matrix), RC_DATA);
     EXPECT_EQ(ht.ctx->callCount, 3u);
-    EXPECT_EQ(HalftoneSetResource(ht.ctx, blocks.matrix.data(), &next), RC_DATA);
+    EXPECT_EQ(ht.ctx->kernel, nullptr);
+}
+
+TEST(PhaseCounter, CallWithoutAnAnswerWordUsesUpItsPhase) {
+    test::MemoryWatch watch;
+    MonoLut lut(kGray);
+    HtInstance ht(monoEd(), lut.lut, HtBlocks{}, 0);
+    EXPECT_EQ(HalftoneSetResource(ht.ctx, HtBlocks{}.requestList.data(), nullptr), RC_ARG + 3);
+    EXPECT_EQ(ht.ctx->callCount, 1u);
+    EXPECT_EQ(ht.ctx->failedPhase, 1u);
+    // The request list never arrived: the later phases are refused.
+    EXPECT_EQ(ht.feed(HtBlocks{}.gridLevels), RC_DATA);
+    EXPECT_EQ(ht.feed(HtBlocks{}.matrix), RC_DATA);
     EXPECT_EQ(ht.ctx->kernel, nullptr);
 }
 
