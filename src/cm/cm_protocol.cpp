@@ -38,6 +38,8 @@ uint32_t buildFromColourTable(CmContext* ctx, const uint8_t* block, uint32_t* ou
     if (const uint32_t rc = readColourTable(ctx, block); rc != RC_OK) return rc;
     for (int i = 0; i < 4; ++i) ctx->pixelLayout[i] = kNodePixelLayout[i];
     if (const uint32_t rc = rebuildGrid(ctx); rc != RC_OK) return rc;
+    // Chunk 257 (a curve record) could be resampled here to auxParam[0] + 1
+    // points, but the result is applied to nothing, so the step is left out.
     if (scalesWholeTable(*ctx)) inkScaleGrid(*ctx->lut);
     buildGrayTable(ctx);
     if (const uint32_t rc = createLoader(ctx, outNextBlock); rc != RC_OK) return rc;

@@ -31,6 +31,8 @@ bool gridSupported(const uint8_t* block) {
     return true;
 }
 
+// The block's length is not handed over: the area's offset and size are
+// trusted as the driver's file states them.
 uint32_t copyDataArea(CmLut& lut, const uint8_t* block) {
     const uint32_t offset = readU32le(block + ct::kDataAreaOffset);
     const uint32_t size = readU32le(block + ct::kDataAreaSize);

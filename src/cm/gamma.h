@@ -13,3 +13,10 @@ int32_t logOf(int32_t n);
 int32_t gammaLevel(int32_t v, int32_t gamma);
 
 }  // namespace inkdot
+
+namespace inkdot {
+
+// gammaLevel for every level 0..255 at once.
+void gammaLevels(int32_t gamma, int32_t out[256]);
+
+}  // namespace inkdot

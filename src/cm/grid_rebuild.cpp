@@ -60,6 +60,8 @@ uint32_t rebuildGrid(CmContext* ctx) {
         return rc;
     }
 
+    Interpolator ip;
+    prepareInterpolator(lut, ip);  // the grid levels stay; only the node data is replaced
     uint8_t row[kMaxGridPoints * kRowPixelBytes] = {};
     uint8_t* out = static_cast<uint8_t*>(fresh);
     for (uint32_t i0 = 0; i0 < n; ++i0) {
@@ -79,7 +81,7 @@ uint32_t rebuildGrid(CmContext* ctx) {
             uint8_t* curved = row + first * layout.pixelBytes;
             applyCurves(*curves, count, curved, curved);
             if (adjustsColours(*ctx)) adjustRow(*ctx, row, n, layout);
-            interpolatePixels(lut, layout, n, row, out);
+            interpolate(ip, layout, n, row, out);
             out += n * channels;
         }
     }

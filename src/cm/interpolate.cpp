@@ -1,22 +1,26 @@
 #include "cm/interpolate.h"
 
 namespace inkdot {
-namespace {
 
-// Smallest index from 1 upward whose level is at or above v. The last level
-// is 255, so the search always ends inside the row.
-uint32_t cellOf(const uint8_t* levels, uint32_t count, uint32_t v) {
-    uint32_t i = 1;
-    while (i < count - 1 && levels[i] < v) ++i;
-    return i;
+// Cell of v: the smallest index from 1 upward whose level is at or above v.
+// The last level is 255, so the search always ends inside the row.
+void prepareInterpolator(const CmLut& lut, Interpolator& out) {
+    out.lut = &lut;
+    for (uint32_t axis = 0; axis < 3; ++axis) {
+        const uint8_t* levels = lut.grid[axis];
+        const uint32_t last = lut.gridCount[axis] - 1;
+        uint32_t i = 1;
+        for (uint32_t v = 0; v < 256; ++v) {
+            while (i < last && levels[i] < v) ++i;
+            out.cell[axis][v] = static_cast<uint8_t>(i);
+        }
+    }
 }
 
-}  // namespace
-
-void interpolatePixels(const CmLut& lut, const PixelLayout& layout, uint32_t count, const uint8_t* src,
-                       uint8_t* dst) {
+void interpolate(const Interpolator& ip, const PixelLayout& layout, uint32_t count, const uint8_t* src,
+                 uint8_t* dst) {
+    const CmLut& lut = *ip.lut;
     const uint32_t channels = lut.channels;
-    const uint32_t n0 = lut.gridCount[0];
     const uint32_t n1 = lut.gridCount[1];
     const uint32_t n2 = lut.gridCount[2];
     // Node offsets in bytes of one step along each axis.
@@ -28,9 +32,9 @@ void interpolatePixels(const CmLut& lut, const PixelLayout& layout, uint32_t cou
         const uint32_t x = src[layout.red];
         const uint32_t y = src[layout.green];
         const uint32_t z = src[layout.blue];
-        const uint32_t i = cellOf(lut.grid[0], n0, x);
-        const uint32_t j = cellOf(lut.grid[1], n1, y);
-        const uint32_t k = cellOf(lut.grid[2], n2, z);
+        const uint32_t i = ip.cell[0][x];
+        const uint32_t j = ip.cell[1][y];
+        const uint32_t k = ip.cell[2][z];
         const uint32_t x0 = lut.grid[0][i - 1];
         const uint32_t y0 = lut.grid[1][j - 1];
         const uint32_t z0 = lut.grid[2][k - 1];

@@ -21,10 +21,27 @@ struct PixelLayout {
 
 inline constexpr PixelLayout kRgbLayout{3, 0, 1, 2};
 
+// The grid with its cell search done ahead: for every input level on each
+// axis, the index of the grid point that closes its cell. Lives on the
+// caller's stack; valid while the CmLut's grid levels stay as they are.
+struct Interpolator {
+    const CmLut* lut;
+    uint8_t cell[3][256];
+};
+
+void prepareInterpolator(const CmLut& lut, Interpolator& out);
+
 // For `count` pixels at src, writes lut.channels ink bytes per pixel,
 // consecutively, to dst.
-void interpolatePixels(const CmLut& lut, const PixelLayout& layout, uint32_t count, const uint8_t* src,
-                       uint8_t* dst);
+void interpolate(const Interpolator& ip, const PixelLayout& layout, uint32_t count, const uint8_t* src,
+                 uint8_t* dst);
+
+inline void interpolatePixels(const CmLut& lut, const PixelLayout& layout, uint32_t count, const uint8_t* src,
+                              uint8_t* dst) {
+    Interpolator ip;
+    prepareInterpolator(lut, ip);
+    interpolate(ip, layout, count, src, dst);
+}
 
 // Packed three-byte RGB pixels through a finished CmLut.
 inline void interpolateRgb(const CmLut& lut, uint32_t count, const uint8_t* rgb, uint8_t* dst) {

@@ -92,8 +92,14 @@ uint32_t computeCurves(const CmSettings1& s, int32_t gamma, CurveRecord& rec) {
     int32_t t[256];
     brightnessContrastCurve(s.brightness, s.contrast, t);
     const int32_t offsets[3] = {s.offsetR, s.offsetG, s.offsetB};
+    int32_t shifted[256] = {};
+    int32_t neutral[256] = {};
+    if (gamma != kNeutralGamma) {
+        gammaLevels(gamma, shifted);
+        gammaLevels(kNeutralGamma, neutral);
+    }
     for (int32_t i = 0; i < 256; ++i) {
-        const int32_t d = gamma == kNeutralGamma ? 0 : gammaLevel(i, gamma) - gammaLevel(i, kNeutralGamma);
+        const int32_t d = shifted[i] - neutral[i];  // 0 when gamma is 150
         for (int c = 0; c < 3; ++c) rec.curve[c][i] = clampLevel(t[i] + d + offsets[c]);
     }
     for (auto& c : rec.curve) smooth(c);

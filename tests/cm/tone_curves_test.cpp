@@ -64,6 +64,14 @@ TEST(Gamma, WithinOneLevelOfThePowerCurve) {
     }
 }
 
+TEST(Gamma, WholeCurveMatchesSingleLevels) {
+    for (int g : {100, 101, 149, 150, 151, 233, 300}) {
+        int32_t levels[256];
+        gammaLevels(g, levels);
+        for (int v = 0; v <= 255; ++v) ASSERT_EQ(levels[v], gammaLevel(v, g)) << v << " " << g;
+    }
+}
+
 // The builder's base curve ---------------------------------------------------
 
 int32_t curveAt(int32_t brightness, int32_t contrast, int i) {
