@@ -21,8 +21,11 @@ uint8_t inkScale(uint8_t v, int32_t percentAt0, int32_t percentAt255) {
 }
 
 void inkScaleGrid(CmLut& lut) {
+    // inkScale depends on the byte alone: form it once per level.
+    uint8_t scaled[256];
+    for (int v = 0; v < 256; ++v) scaled[v] = inkScale(static_cast<uint8_t>(v), lut.inkParam[0], lut.inkParam[1]);
     const uint32_t bytes = lut.gridCount[0] * lut.gridCount[1] * lut.gridCount[2] * lut.channels;
-    for (uint32_t i = 0; i < bytes; ++i) lut.lutData[i] = inkScale(lut.lutData[i], lut.inkParam[0], lut.inkParam[1]);
+    for (uint32_t i = 0; i < bytes; ++i) lut.lutData[i] = scaled[lut.lutData[i]];
 }
 
 }  // namespace inkdot
