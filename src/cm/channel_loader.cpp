@@ -11,15 +11,16 @@
 namespace inkdot {
 namespace {
 
+// Routing records end in 0xFE; 0xFF where a record would start ends the
+// block. The channel-weight record ends with the same two markers.
+constexpr uint8_t kRecordEnd = 0xFE;
+constexpr uint8_t kSequenceEnd = 0xFF;
+
 // Channel-weight record: "CW:", the routing key, one weight per channel, 0xFE 0xFF.
 constexpr uint32_t kWeightRoutingKey = 3;
 constexpr uint32_t kWeights = 4;
 constexpr uint8_t kMinWeight = 30;
 constexpr uint8_t kMaxWeight = 70;
-
-// Routing records end in 0xFE; 0xFF where a record would start ends the block.
-constexpr uint8_t kRecordEnd = 0xFE;
-constexpr uint8_t kSequenceEnd = 0xFF;
 constexpr uint32_t kMaxRoutingRecord = 20;  // bytes before the record's 0xFE
 
 constexpr uint32_t kCorrectionTables = 21;  // table d for d = 0..20
@@ -34,7 +35,7 @@ const uint8_t* channelWeights(const CmSettings1& settings1, uint32_t channels) {
     for (uint32_t c = 0; c < channels; ++c) {
         if (record[kWeights + c] < kMinWeight || record[kWeights + c] > kMaxWeight) return nullptr;
     }
-    if (record[kWeights + channels] != 0xFE || record[kWeights + channels + 1] != 0xFF) return nullptr;
+    if (record[kWeights + channels] != kRecordEnd || record[kWeights + channels + 1] != kSequenceEnd) return nullptr;
     return record;
 }
 
@@ -43,6 +44,13 @@ const uint8_t* channelWeights(const CmSettings1& settings1, uint32_t channels) {
 // a row for every channel, or naming a row at or beyond `channels`, would
 // route a table outside `tables`: it is ignored. A record longer than 20
 // bytes means the block is not a routing table: RC_DATA.
+bool rowsInRange(const uint8_t* rows, uint32_t channels) {
+    for (uint32_t c = 0; c < channels; ++c) {
+        if (rows[c] >= channels) return false;
+    }
+    return true;
+}
+
 uint32_t readRouting(CmLoader& loader, const uint8_t* block, uint32_t channels, uint8_t key) {
     const uint8_t* at = block;
     while (*at != kSequenceEnd) {
@@ -51,14 +59,9 @@ uint32_t readRouting(CmLoader& loader, const uint8_t* block, uint32_t channels, 
             if (length == kMaxRoutingRecord) return RC_DATA;
             ++length;
         }
-        const bool usable = length >= 1 + channels && at[0] == key &&
-                            [&] {
-                                for (uint32_t c = 0; c < channels; ++c) {
-                                    if (at[1 + c] >= channels) return false;
-                                }
-                                return true;
-                            }();
-        if (usable) std::memcpy(loader.rowMap, at + 1, channels);
+        if (at[0] == key && length >= 1 + channels && rowsInRange(at + 1, channels)) {
+            std::memcpy(loader.rowMap, at + 1, channels);
+        }
         at += length + 1;
     }
     return RC_OK;
