@@ -47,8 +47,11 @@ enum class InputStep {
     Halved,   // scaleMode -1: two bytes per pixel, the family keeps one
 };
 
+// Flattened so that the pattern choice and every spread pattern are inlined
+// into the pixel loop: no call per pixel, the carry stays in a register.
+// Compilers without the attribute ignore it and call the pattern switch.
 template <class Family, InputStep Step>
-void diffuseRun(HtContext& ctx, const HtRun& run) {
+[[gnu::flatten]] void diffuseRun(HtContext& ctx, const HtRun& run) {
     // Ink levels are signed 16-bit entries of the ink curve.
     const int16_t* curve = slotData<int16_t>(ctx, kConversionTable);
     const int16_t* edThreshold = slotData<int16_t>(ctx, kEdThresholdTable);
@@ -59,13 +62,19 @@ void diffuseRun(HtContext& ctx, const HtRun& run) {
     const uint32_t columnMask = ctx.matrixWidth - 1;  // the width is a power of two
     const SpreadThresholds bands = spreadThresholds(ctx);
     const uint8_t* src = run.src;
+    const uint32_t count = run.count;  // a local: the cell writes could alias the run record
     int32_t* cell = errorLine(ctx, 0) + run.startX;
     PlanePacker<1, 1> out(run.dst, run.planeStride, run.bitOffset);
 
     int32_t carry = 0;  // next-line share for the cell right of the previous pixel
     int32_t level = 0;
+    // The cell of the pixel about to be processed, carried in a register: it
+    // is re-read right after the previous pixel's spread stored it, so the
+    // compiler forwards the value and the loop-carried chain of sum -> dot ->
+    // error -> next sum never waits on memory.
+    int32_t ahead = *cell;
     uint32_t column = run.startX;
-    for (uint32_t i = 0; i < run.count; ++i, ++column, ++cell) {
+    for (uint32_t i = 0; i < count; ++i, ++column, ++cell) {
         if constexpr (Step == InputStep::Single) {
             level = curve[src[i]];
         } else if constexpr (Step == InputStep::Doubled) {
@@ -81,11 +90,14 @@ void diffuseRun(HtContext& ctx, const HtRun& run) {
             // The curve holds 8-bit ink amounts; its low byte keeps an odd
             // entry from indexing past the 256-entry level tables.
             const uint32_t index = static_cast<uint8_t>(level);
-            const DiffusionResult r = diffuse(*cell, level, edThreshold[index] + perturbation(m), dotValue[index]);
+            // The step clears its copy; every pattern overwrites the real cell.
+            int32_t pending = ahead;
+            const DiffusionResult r = diffuse(pending, level, edThreshold[index] + perturbation(m), dotValue[index]);
             out.dot(0, r.dot);
             const bool even = (m & 1) == 0;  // the mono kernels take the a forms on even cells
             spread(Family::choose(PixelClass{level, r.dot, even, even}, bands), cell, r.err, carry);
         }
+        ahead = cell[1];
         out.next();
     }
     out.finish();  // the carry left after the last pixel is discarded
