@@ -46,19 +46,17 @@ void runLines(benchmark::State& state, uint32_t resolutionX, uint32_t resolution
     state.SetItemsProcessed(static_cast<int64_t>(state.iterations()) * kWidth);
 }
 
-void Ed1MonoGeneral(benchmark::State& state) { runLines(state, 360, 360, 0); }
-void Ed1Mono1440x720(benchmark::State& state) { runLines(state, 1440, 720, 0); }
-void Ed1MonoDoubleY(benchmark::State& state) { runLines(state, 360, 720, 0); }
-void Ed1MonoGeneralHalved(benchmark::State& state) { runLines(state, 360, 360, -1); }
-void Ed1MonoGeneralDoubled(benchmark::State& state) { runLines(state, 360, 360, 1); }
+void BM_Ed1MonoGeneral(benchmark::State& state) { runLines(state, 360, 360, 0); }
+void BM_Ed1Mono1440x720(benchmark::State& state) { runLines(state, 1440, 720, 0); }
+void BM_Ed1MonoDoubleY(benchmark::State& state) { runLines(state, 360, 720, 0); }
+void BM_Ed1MonoGeneralHalved(benchmark::State& state) { runLines(state, 360, 360, -1); }
+void BM_Ed1MonoGeneralDoubled(benchmark::State& state) { runLines(state, 360, 360, 1); }
 
-BENCHMARK(Ed1MonoGeneral);
-BENCHMARK(Ed1Mono1440x720);
-BENCHMARK(Ed1MonoDoubleY);
-BENCHMARK(Ed1MonoGeneralHalved);
-BENCHMARK(Ed1MonoGeneralDoubled);
+BENCHMARK(BM_Ed1MonoGeneral);
+BENCHMARK(BM_Ed1Mono1440x720);
+BENCHMARK(BM_Ed1MonoDoubleY);
+BENCHMARK(BM_Ed1MonoGeneralHalved);
+BENCHMARK(BM_Ed1MonoGeneralDoubled);
 
 }  // namespace
 }  // namespace inkdot
-
-BENCHMARK_MAIN();
