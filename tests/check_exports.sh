@@ -3,7 +3,8 @@
 set -eu
 lib="$1"
 missing=0
-for name in CmNew CmSetResource CmGetLut CmDelete HalftoneNew HalftoneSetResource Halftone HalftoneDelete; do
+for name in CmNew CmSetResource CmGetLut CmDelete HalftoneNew HalftoneSetResource Halftone HalftoneDelete \
+            CmSetResourceSized HalftoneSetResourceSized; do
   if ! nm -D --defined-only "$lib" | awk '{print $3}' | grep -qx "$name"; then
     echo "missing export: $name"; missing=1
   fi

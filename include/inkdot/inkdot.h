@@ -10,6 +10,8 @@
  * success). Resource data reaches an instance only through the two
  * ...SetResource calls, in the order the instance asks for: each call stores
  * the number of the block it wants next, 0xFFFFFFFF (-1) when it is done.
+ * The ...SetResourceSized variants take the block's length as well and
+ * refuse blocks too short for their format instead of reading past them.
  */
 #ifndef INKDOT_INKDOT_H
 #define INKDOT_INKDOT_H
@@ -144,6 +146,13 @@ INKDOT_API uint32_t INKDOT_CALL CmNew(const CmSettings1* settings1, const CmSett
                                       CmContext** outHandle);
 INKDOT_API uint32_t INKDOT_CALL CmSetResource(CmContext* ctx, const uint8_t* block,
                                               uint32_t* outNextBlock);
+/* CmSetResource with the block's length in bytes. A block shorter than its
+ * format needs is refused with RC_DATA and nothing outside it is read. An
+ * index text ends at its first NUL or SUB or at the end of the block,
+ * whichever comes first, so a sized index text needs no terminator. Valid
+ * blocks give exactly the results of CmSetResource. */
+INKDOT_API uint32_t INKDOT_CALL CmSetResourceSized(CmContext* ctx, const uint8_t* block, uint32_t size,
+                                                   uint32_t* outNextBlock);
 INKDOT_API CmLut* INKDOT_CALL CmGetLut(CmContext* ctx);
 INKDOT_API uint32_t INKDOT_CALL CmDelete(CmContext* ctx);
 
@@ -152,6 +161,11 @@ INKDOT_API uint32_t INKDOT_CALL HalftoneNew(const HtSettings* settings, const Cm
                                             HtContext** outHandle);
 INKDOT_API uint32_t INKDOT_CALL HalftoneSetResource(HtContext* ctx, const uint8_t* block,
                                                     uint32_t* outNextBlock);
+/* HalftoneSetResource with the block's length in bytes; a block shorter than
+ * its format needs is refused with RC_DATA and nothing outside it is read.
+ * Valid blocks give exactly the results of HalftoneSetResource. */
+INKDOT_API uint32_t INKDOT_CALL HalftoneSetResourceSized(HtContext* ctx, const uint8_t* block,
+                                                         uint32_t size, uint32_t* outNextBlock);
 INKDOT_API uint32_t INKDOT_CALL Halftone(HtContext* ctx, const uint8_t* src, uint8_t* dst,
                                          uint32_t planeStride, uint32_t bitOffset, uint32_t count,
                                          uint32_t startX, uint32_t reserved8, uint32_t lineNo,

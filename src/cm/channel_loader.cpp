@@ -24,6 +24,8 @@ constexpr uint8_t kMaxWeight = 70;
 constexpr uint32_t kMaxRoutingRecord = 20;  // bytes before the record's 0xFE
 
 constexpr uint32_t kCorrectionTables = 21;  // table d for d = 0..20
+constexpr uint32_t kTableBytes = 256;
+constexpr uint32_t kTableBlockBytes = kCorrectionTables * kTableBytes;
 constexpr int32_t kNeutralTable = 10;       // requested = base picks the middle table
 constexpr int32_t kCloseWeights = 2;        // weights this close to the base count as equal
 
@@ -43,7 +45,8 @@ const uint8_t* channelWeights(const CmSettings1& settings1, uint32_t channels) {
 // `channels` (the last such record wins). A matching record too short to name
 // a row for every channel, or naming a row at or beyond `channels`, would
 // route a table outside `tables`: it is ignored. A record longer than 20
-// bytes means the block is not a routing table: RC_DATA.
+// bytes, or records running off the end of the block (its 0xFF terminator
+// included), mean the block is not a routing table: RC_DATA.
 bool rowsInRange(const uint8_t* rows, uint32_t channels) {
     for (uint32_t c = 0; c < channels; ++c) {
         if (rows[c] >= channels) return false;
@@ -51,23 +54,27 @@ bool rowsInRange(const uint8_t* rows, uint32_t channels) {
     return true;
 }
 
-uint32_t readRouting(CmLoader& loader, const uint8_t* block, uint32_t channels, uint8_t key) {
-    const uint8_t* at = block;
-    while (*at != kSequenceEnd) {
+uint32_t readRouting(CmLoader& loader, ByteView block, uint32_t channels, uint8_t key) {
+    size_t at = 0;
+    for (;;) {
+        if (!block.holds(at, 1)) return RC_DATA;
+        if (block.u8(at) == kSequenceEnd) return RC_OK;
         uint32_t length = 0;
-        while (at[length] != kRecordEnd) {
+        for (;;) {
+            if (!block.holds(at + length, 1)) return RC_DATA;
+            if (block.u8(at + length) == kRecordEnd) break;
             if (length == kMaxRoutingRecord) return RC_DATA;
             ++length;
         }
-        if (at[0] == key && length >= 1 + channels && rowsInRange(at + 1, channels)) {
-            std::memcpy(loader.rowMap, at + 1, channels);
+        const uint8_t* record = block.data + at;
+        if (record[0] == key && length >= 1 + channels && rowsInRange(record + 1, channels)) {
+            std::memcpy(loader.rowMap, record + 1, channels);
         }
         at += length + 1;
     }
-    return RC_OK;
 }
 
-void chooseTables(CmLoader& loader, const uint8_t* block, uint32_t channels) {
+void chooseTables(CmLoader& loader, const uint8_t* tablesBlock, uint32_t channels) {
     uint32_t close = 0;
     for (uint32_t c = 0; c < channels; ++c) {
         const int32_t diff = loader.requested[c] - loader.base[c];
@@ -79,7 +86,7 @@ void chooseTables(CmLoader& loader, const uint8_t* block, uint32_t channels) {
         int32_t d = (loader.requested[c] - loader.base[c] + 2 * kNeutralTable) / 2;
         if (d < 0) d = 0;
         if (d > static_cast<int32_t>(kCorrectionTables) - 1) d = kCorrectionTables - 1;
-        std::memcpy(loader.tables + loader.rowMap[c] * 256u, block + d * 256, 256);
+        std::memcpy(loader.tables + loader.rowMap[c] * kTableBytes, tablesBlock + d * kTableBytes, kTableBytes);
     }
 }
 
@@ -113,10 +120,10 @@ uint32_t createLoader(CmContext* ctx, uint32_t* outNextBlock) {
     return RC_OK;
 }
 
-uint32_t loaderStep(CmContext* ctx, const uint8_t* block, uint32_t* outNextBlock) {
+uint32_t loaderStep(CmContext* ctx, ByteView block, uint32_t* outNextBlock) {
     CmLoader& loader = *ctx->loader;
     const uint32_t channels = ctx->lut->channels;
-    if (block == nullptr) return RC_DATA;
+    if (block.isNull()) return RC_DATA;
     switch (loader.state) {
         case 1: {
             const uint8_t* weights = channelWeights(loader.settings1, channels);
@@ -130,7 +137,8 @@ uint32_t loaderStep(CmContext* ctx, const uint8_t* block, uint32_t* outNextBlock
             return RC_OK;
         }
         case 2:
-            std::memcpy(loader.base, block, channels);
+            if (!block.holds(0, channels)) return RC_DATA;
+            std::memcpy(loader.base, block.data, channels);
             loader.state = 3;
             *outNextBlock = kTableIndexBlock;
             return RC_OK;
@@ -144,7 +152,8 @@ uint32_t loaderStep(CmContext* ctx, const uint8_t* block, uint32_t* outNextBlock
             return RC_OK;
         }
         case 4:
-            chooseTables(loader, block, channels);
+            if (!block.holds(0, kTableBlockBytes)) return RC_DATA;
+            chooseTables(loader, block.data, channels);
             *outNextBlock = INKDOT_NO_MORE_BLOCKS;
             return RC_OK;
         default:

@@ -6,6 +6,7 @@
 
 #include <cstdint>
 
+#include "frame/byte_reader.h"
 #include "inkdot/inkdot.h"
 
 inline constexpr uint32_t kLoaderMaxChannels = 20;
@@ -37,9 +38,11 @@ inline constexpr uint32_t kTableIndexBlock = 900;
 uint32_t createLoader(CmContext* ctx, uint32_t* outNextBlock);
 
 // One loader step with the block asked for last. RC_DATA for a routing
-// record of more than 20 bytes, for an index without a usable record, or a
-// null block; RC_MEM_ALLOC when the index search gets no scratch area.
-uint32_t loaderStep(CmContext* ctx, const uint8_t* block, uint32_t* outNextBlock);
+// record of more than 20 bytes or a routing table running off the end of its
+// block, a base-weight block shorter than `channels`, an index without a
+// usable record, a table block shorter than its 21 tables, or a null block;
+// RC_MEM_ALLOC when the index search gets no scratch area.
+uint32_t loaderStep(CmContext* ctx, ByteView block, uint32_t* outNextBlock);
 
 // Every grid value x of channel c becomes tables[c * 256 + x].
 void applyLoaderTables(CmContext* ctx);

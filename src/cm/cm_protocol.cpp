@@ -20,8 +20,8 @@ namespace {
 constexpr uint32_t kInkScaledModelsFirst = 300;  // table ids whose grids get whole-table ink scaling
 constexpr uint32_t kInkScaledModelsLast = 399;
 
-uint32_t readIndex(CmContext* ctx, const uint8_t* block, uint32_t* outNextBlock) {
-    const int32_t found = block == nullptr ? 0 : searchIndex(ctx, block);
+uint32_t readIndex(CmContext* ctx, ByteView block, uint32_t* outNextBlock) {
+    const int32_t found = block.isNull() ? 0 : searchIndex(ctx, block);
     *outNextBlock = static_cast<uint32_t>(found);
     if (found == 0) return RC_DATA;
     if (found < 0) return RC_MEM_ALLOC;
@@ -34,7 +34,7 @@ bool scalesWholeTable(const CmContext& ctx) {
            ctx.settings2.inkScaleGate < 2 && ctx.settings2.selectA == 3;
 }
 
-uint32_t buildFromColourTable(CmContext* ctx, const uint8_t* block, uint32_t* outNextBlock) {
+uint32_t buildFromColourTable(CmContext* ctx, ByteView block, uint32_t* outNextBlock) {
     if (const uint32_t rc = readColourTable(ctx, block); rc != RC_OK) return rc;
     for (int i = 0; i < 4; ++i) ctx->pixelLayout[i] = kNodePixelLayout[i];
     if (const uint32_t rc = rebuildGrid(ctx); rc != RC_OK) return rc;
@@ -49,7 +49,7 @@ uint32_t buildFromColourTable(CmContext* ctx, const uint8_t* block, uint32_t* ou
 
 // Past phase 2 only a living loader takes blocks: once it is released (the
 // protocol ended, or a step failed) every further call is out of order.
-uint32_t runLoader(CmContext* ctx, const uint8_t* block, uint32_t* outNextBlock) {
+uint32_t runLoader(CmContext* ctx, ByteView block, uint32_t* outNextBlock) {
     if (ctx->loader == nullptr) return RC_DATA;
     const uint32_t rc = loaderStep(ctx, block, outNextBlock);
     if (rc != RC_OK) {
@@ -65,7 +65,7 @@ uint32_t runLoader(CmContext* ctx, const uint8_t* block, uint32_t* outNextBlock)
 
 }  // namespace
 
-uint32_t cmSetResource(CmContext* ctx, const uint8_t* block, uint32_t* outNextBlock) {
+uint32_t cmSetResource(CmContext* ctx, ByteView block, uint32_t* outNextBlock) {
     const int32_t phase = ctx->phase;
     if (phase < INT32_MAX) ctx->phase = phase + 1;  // advances on every call, failed ones too
     switch (phase) {

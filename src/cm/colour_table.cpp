@@ -2,7 +2,6 @@
 
 #include <cstring>
 
-#include "cm/byte_read.h"
 #include "cm/cm_context.h"
 #include "cm/ink_scale.h"
 #include "frame/memory.h"
@@ -15,14 +14,17 @@ namespace ct = colour_table;
 constexpr uint32_t kNeutralSettingMid = 50;  // neutralSetting 50 keeps the table's neutral axis
 constexpr uint32_t kTableModeNeutralList = 50;
 
-bool gridSupported(const uint8_t* block) {
-    const uint32_t n = block[ct::kGridCount];
-    const uint32_t channels = block[ct::kChannels];
-    if (block[ct::kGridCount + 1] != n || block[ct::kGridCount + 2] != n) return false;
+// The grid shape the rebuild can hold, and a block long enough for it.
+bool gridSupported(ByteView block) {
+    if (!block.holds(0, ct::kHeaderBytes)) return false;
+    const uint32_t n = block.u8(ct::kGridCount);
+    const uint32_t channels = block.u8(ct::kChannels);
+    if (block.u8(ct::kGridCount + 1) != n || block.u8(ct::kGridCount + 2) != n) return false;
     if (n < kMinGridPoints || n > kMaxGridPoints) return false;
     if (channels == 0 || channels > kMaxChannels || n * channels > kMaxRowBytes) return false;
+    if (!block.holds(0, ct::bytesFor(n, channels))) return false;
     for (uint32_t axis = 0; axis < 3; ++axis) {
-        const uint8_t* levels = block + ct::kGridLevels + axis * n;
+        const uint8_t* levels = block.data + ct::kGridLevels + axis * n;
         if (levels[0] != 0 || levels[n - 1] != 255) return false;
         for (uint32_t i = 1; i < n; ++i) {
             if (levels[i] <= levels[i - 1]) return false;
@@ -31,39 +33,44 @@ bool gridSupported(const uint8_t* block) {
     return true;
 }
 
-// The block's length is not handed over: the area's offset and size are
-// trusted as the driver's file states them.
-uint32_t copyDataArea(CmLut& lut, const uint8_t* block) {
-    const uint32_t offset = readU32le(block + ct::kDataAreaOffset);
-    const uint32_t size = readU32le(block + ct::kDataAreaSize);
+// The optional data area may lie anywhere in the block, but inside it.
+bool dataAreaInside(ByteView block) {
+    const uint32_t size = block.u32le(ct::kDataAreaSize);
+    return size == 0 || block.holds(block.u32le(ct::kDataAreaOffset), size);
+}
+
+uint32_t copyDataArea(CmLut& lut, ByteView block) {
+    const uint32_t offset = block.u32le(ct::kDataAreaOffset);
+    const uint32_t size = block.u32le(ct::kDataAreaSize);
     if (size == 0) {
         lut.extraDataBlock = nullptr;
         return RC_OK;
     }
     void* area = nullptr;
-    if (const uint32_t rc = obtainBlock(size, true, &area); rc != RC_OK) return rc;
-    std::memcpy(area, block + offset, size);
+    const uint32_t blockBytes = size < kMinDataAreaBlock ? kMinDataAreaBlock : size;
+    if (const uint32_t rc = obtainBlock(blockBytes, true, &area); rc != RC_OK) return rc;
+    std::memcpy(area, block.data + offset, size);
     lut.extraData = static_cast<uint8_t*>(area);
     lut.extraDataBlock = area;
     return RC_OK;
 }
 
-void readParameters(CmContext& ctx, CmLut& lut, const uint8_t* block) {
-    const uint8_t blackMode = block[ct::kBlackMode];
+void readParameters(CmContext& ctx, CmLut& lut, ByteView block) {
+    const uint8_t blackMode = block.u8(ct::kBlackMode);
     lut.blackMode = blackMode == 2 ? 1u : blackMode;
     for (int c = 0; c < 3; ++c) {
-        ctx.adjustDominant[c] = block[ct::kAdjustDominant + c];
-        ctx.adjustHue[c] = readS8(block + ct::kAdjustHue + c);
-        ctx.adjustMinimum[c] = readS8(block + ct::kAdjustMinimum + c);
+        ctx.adjustDominant[c] = block.u8(ct::kAdjustDominant + c);
+        ctx.adjustHue[c] = block.s8(ct::kAdjustHue + c);
+        ctx.adjustMinimum[c] = block.s8(ct::kAdjustMinimum + c);
     }
-    ctx.saturationOffset = readS8(block + ct::kSaturationOffset);
-    for (int i = 0; i < 5; ++i) lut.inkParam[i] = readBe16(block + ct::kInkParam + 2 * i);
-    for (int i = 0; i < 4; ++i) lut.auxParam[i] = readBe16(block + ct::kAuxParam + 2 * i);
-    for (int axis = 0; axis < 3; ++axis) lut.gridCount[axis] = block[ct::kGridCount + axis];
-    lut.channels = block[ct::kChannels];
+    ctx.saturationOffset = block.s8(ct::kSaturationOffset);
+    for (int i = 0; i < 5; ++i) lut.inkParam[i] = block.be16(ct::kInkParam + 2 * i);
+    for (int i = 0; i < 4; ++i) lut.auxParam[i] = block.be16(ct::kAuxParam + 2 * i);
+    for (int axis = 0; axis < 3; ++axis) lut.gridCount[axis] = block.u8(ct::kGridCount + axis);
+    lut.channels = block.u8(ct::kChannels);
     const uint32_t n = lut.gridCount[0];
     for (uint32_t axis = 0; axis < 3; ++axis) {
-        std::memcpy(lut.grid[axis], block + ct::kGridLevels + axis * n, n);
+        std::memcpy(lut.grid[axis], block.data + ct::kGridLevels + axis * n, n);
     }
 }
 
@@ -105,20 +112,20 @@ void setNeutralAxis(const CmContext& ctx, CmLut& lut, const uint8_t* nodeData) {
 
 }  // namespace
 
-uint32_t readColourTable(CmContext* ctx, const uint8_t* block) {
-    if (block == nullptr || !gridSupported(block)) return RC_DATA;
+uint32_t readColourTable(CmContext* ctx, ByteView block) {
+    if (block.isNull() || !gridSupported(block) || !dataAreaInside(block)) return RC_DATA;
     CmLut& lut = *ctx->lut;
 
     lut.tableBlockNo = ctx->matchBlockNo;
     lut.modelId = ctx->matchTableId;
-    ctx->tableMode = block[ct::kTableMode];
+    ctx->tableMode = block.u8(ct::kTableMode);
     if (const uint32_t rc = copyDataArea(lut, block); rc != RC_OK) return rc;
     readParameters(*ctx, lut, block);
     lut.neutralMode = deriveNeutralMode(*ctx);
 
     const uint32_t n = lut.gridCount[0];
     const uint32_t nodeBytes = n * n * n * lut.channels;
-    const uint8_t* nodeData = block + ct::kGridLevels + 3 * n;
+    const uint8_t* nodeData = block.data + ct::kGridLevels + 3 * n;  // gridSupported checked the length
     void* nodes = nullptr;
     if (const uint32_t rc = obtainBlock(nodeBytes, true, &nodes); rc != RC_OK) return rc;
     std::memcpy(nodes, nodeData, nodeBytes);

@@ -20,7 +20,7 @@ bool matches(const IndexRecord& rec, const CmContext& ctx) {
 
 }  // namespace
 
-int32_t searchIndex(CmContext* ctx, const uint8_t* text) {
+int32_t searchIndex(CmContext* ctx, ByteView text) {
     void* scratch = nullptr;
     if (obtainBlock(kIndexScratchBytes, true, &scratch) != RC_OK) return -1;
     auto* index = static_cast<IndexText*>(scratch);

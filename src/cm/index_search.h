@@ -3,6 +3,8 @@
 
 #include <cstdint>
 
+#include "frame/byte_reader.h"
+
 struct CmContext;
 
 namespace inkdot {
@@ -12,6 +14,6 @@ namespace inkdot {
 // matchBlockNo / matchTableId (the last one wins). Result: the block number
 // of the last matching record; 0 when none matched (or the text has no
 // records); -1 when the scratch area could not be obtained.
-int32_t searchIndex(CmContext* ctx, const uint8_t* text);
+int32_t searchIndex(CmContext* ctx, ByteView text);
 
 }  // namespace inkdot

@@ -18,21 +18,26 @@ using Token = char[kIndexMaxTokenChars + 1];
 
 // Reads tokens and lines. Every copy is bounded; a copy that would exceed a
 // capacity marks the text broken, and the parse then ends with no records.
-// At NUL or SUB the cursor stops for good: tokens and lines there are empty.
+// At NUL, SUB or the end of the block the cursor stops for good: tokens and
+// lines there are empty.
 struct Cursor {
-    const uint8_t* at;
+    ByteView text;
+    size_t at;
     bool broken = false;
+
+    uint8_t here() const { return text.u8(at); }  // 0 past the end of the block
 
     // Skips blanks, then copies up to the next blank or line end. At a line
     // end the token is empty and the position stays.
     void token(Token& out) {
         out[0] = '\0';
         if (broken) return;
-        while (isBlank(*at)) ++at;
+        while (isBlank(here())) ++at;
         int length = 0;
-        while (!isBlank(*at) && !endsLine(*at)) {
+        while (!isBlank(here()) && !endsLine(here())) {
             if (length == kIndexMaxTokenChars) { broken = true; return; }
-            out[length++] = static_cast<char>(*at++);
+            out[length++] = static_cast<char>(here());
+            ++at;
         }
         out[length] = '\0';
     }
@@ -42,12 +47,12 @@ struct Cursor {
     void line() {
         if (broken) return;
         int length = 0;
-        while (!endsLine(*at)) {
+        while (!endsLine(here())) {
             if (length == kIndexMaxTokenChars) { broken = true; return; }
             ++length;
             ++at;
         }
-        while (*at == kCr || *at == kLf) ++at;
+        while (here() == kCr || here() == kLf) ++at;
     }
 
     void name(IndexName& out) {
@@ -92,12 +97,13 @@ int32_t lastPosition(const IndexName* list, int32_t count, const char* name) {
     return found;
 }
 
-// Finds the first "//" before the end of the text; null when there is none.
-const uint8_t* findMarker(const uint8_t* text) {
-    for (const uint8_t* p = text; !endsText(p[0]); ++p) {
-        if (p[0] == '/' && p[1] == '/') return p + 2;
+// Position just behind the first "//" before the end of the text; 0 when
+// there is none (a marker ends at position 2 at the earliest).
+size_t findMarker(ByteView text) {
+    for (size_t p = 0; !endsText(text.u8(p)); ++p) {
+        if (text.u8(p) == '/' && text.u8(p + 1) == '/') return p + 2;
     }
-    return nullptr;
+    return 0;
 }
 
 }  // namespace
@@ -115,12 +121,12 @@ int32_t indexTokenNumber(const char* token) {
     return static_cast<int32_t>(negative ? 0u - value : value);
 }
 
-int32_t parseIndexText(const uint8_t* text, IndexText* out) {
+int32_t parseIndexText(ByteView text, IndexText* out) {
     out->recordCount = 0;
-    const uint8_t* afterMarker = findMarker(text);
-    if (afterMarker == nullptr || *afterMarker != '3') return 0;
+    const size_t afterMarker = findMarker(text);
+    if (afterMarker == 0 || text.u8(afterMarker) != '3') return 0;
 
-    Cursor cur{afterMarker + 1};
+    Cursor cur{text, afterMarker + 1};
     cur.line();  // rest of the version line
     cur.line();  // heading line
 

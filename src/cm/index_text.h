@@ -10,6 +10,8 @@
 
 #include <cstdint>
 
+#include "frame/byte_reader.h"
+
 namespace inkdot {
 
 // Capacities of the format. A text that breaks any of them is outside the
@@ -56,9 +58,11 @@ static_assert(sizeof(IndexText) <= kIndexScratchBytes, "the parse must fit the s
 
 // Parses the text into *out (which the caller provides zero-filled) and
 // returns the number of records: 0 for a wrong version, a missing "//"
-// marker or a broken capacity. The parser stops at the first NUL or SUB and
-// never reads past it.
-int32_t parseIndexText(const uint8_t* text, IndexText* out);
+// marker or a broken capacity. The text ends at the first NUL or SUB, or at
+// the end of the block, whichever comes first: the end of a sized block
+// reads as a NUL, so a text need not carry a terminator of its own, and the
+// parser never reads past either.
+int32_t parseIndexText(ByteView text, IndexText* out);
 
 // Decimal conversion of an index token: every '-' (wherever it stands) makes
 // the result negative, every other character c adds c - '0' as the next digit.

@@ -1,6 +1,6 @@
 #include "cm/tone_curves.h"
 
-#include "cm/byte_read.h"
+#include "frame/byte_reader.h"
 #include "cm/chunk_directory.h"
 #include "cm/gamma.h"
 #include "frame/memory.h"

@@ -1,5 +1,7 @@
-// The eight exported operations. Each passes its arguments unchanged to the
-// body of the operation and returns the body's result unchanged.
+// The exported operations: the eight of the two families and the two sized
+// resource calls. Each passes its arguments unchanged to the body of the
+// operation and returns the body's result unchanged; an unsized block is a
+// block of unbounded length.
 #include "cm/cm_instance.h"
 #include "halftone/ht_instance.h"
 #include "inkdot/inkdot.h"
@@ -14,7 +16,12 @@ INKDOT_API uint32_t INKDOT_CALL CmNew(const CmSettings1* settings1, const CmSett
 
 INKDOT_API uint32_t INKDOT_CALL CmSetResource(CmContext* ctx, const uint8_t* block,
                                               uint32_t* outNextBlock) {
-    return inkdot::cmSetResource(ctx, block, outNextBlock);
+    return inkdot::cmSetResource(ctx, inkdot::ByteView(block, inkdot::kUnboundedBlock), outNextBlock);
+}
+
+INKDOT_API uint32_t INKDOT_CALL CmSetResourceSized(CmContext* ctx, const uint8_t* block, uint32_t size,
+                                                   uint32_t* outNextBlock) {
+    return inkdot::cmSetResource(ctx, inkdot::ByteView(block, size), outNextBlock);
 }
 
 INKDOT_API CmLut* INKDOT_CALL CmGetLut(CmContext* ctx) { return inkdot::cmGetLut(ctx); }
@@ -29,7 +36,12 @@ INKDOT_API uint32_t INKDOT_CALL HalftoneNew(const HtSettings* settings, const Cm
 
 INKDOT_API uint32_t INKDOT_CALL HalftoneSetResource(HtContext* ctx, const uint8_t* block,
                                                     uint32_t* outNextBlock) {
-    return inkdot::halftoneSetResource(ctx, block, outNextBlock);
+    return inkdot::halftoneSetResource(ctx, inkdot::ByteView(block, inkdot::kUnboundedBlock), outNextBlock);
+}
+
+INKDOT_API uint32_t INKDOT_CALL HalftoneSetResourceSized(HtContext* ctx, const uint8_t* block,
+                                                         uint32_t size, uint32_t* outNextBlock) {
+    return inkdot::halftoneSetResource(ctx, inkdot::ByteView(block, size), outNextBlock);
 }
 
 INKDOT_API uint32_t INKDOT_CALL Halftone(HtContext* ctx, const uint8_t* src, uint8_t* dst,

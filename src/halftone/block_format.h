@@ -1,21 +1,17 @@
-// Byte layouts of the halftone resource blocks, described once, and the
-// little-endian readers every phase reads them through.
+// Byte layouts of the halftone resource blocks, described once. Every phase
+// reads its block through the bounded readers of frame/byte_reader.h, and
+// refuses with RC_DATA a block shorter than its layout needs.
 #pragma once
 
 #include <cstdint>
 
 namespace inkdot::block {
 
-inline uint16_t readU16le(const uint8_t* p) { return static_cast<uint16_t>(p[0] | p[1] << 8); }
-inline uint32_t readU32le(const uint8_t* p) {
-    return static_cast<uint32_t>(p[0]) | static_cast<uint32_t>(p[1]) << 8 |
-           static_cast<uint32_t>(p[2]) << 16 | static_cast<uint32_t>(p[3]) << 24;
-}
-
 // Request list: u16 ids ended by kEndOfList; positions name the blocks below.
 namespace request_list {
 constexpr uint16_t kEndOfList = 65535;
 constexpr unsigned kMaxIds = 15;  // requestIds keeps one more place for the terminator
+constexpr unsigned kIdBytes = 2;
 constexpr unsigned kGridLevels = 0;
 constexpr unsigned kMatrixGeneral = 1;
 constexpr unsigned kMatrixDoubleX = 2;  // resolutionX = 2 x resolutionY
@@ -28,13 +24,15 @@ namespace grid_levels {
 constexpr unsigned kCountOffset = 0;
 constexpr unsigned kLevelsOffset = 2;
 constexpr unsigned kLevelCount = 32;
+constexpr unsigned kBlockBytes = kLevelsOffset + kLevelCount;
 }  // namespace grid_levels
 
 // Threshold matrix block: width byte, height byte, two unread bytes, u16 values row by row.
 namespace threshold_matrix {
 constexpr unsigned kWidthOffset = 0;
 constexpr unsigned kHeightOffset = 1;
-constexpr unsigned kValuesOffset = 4;
+constexpr unsigned kValuesOffset = 4;  // also the header's length
+constexpr unsigned kCellBytes = 2;
 constexpr uint8_t kByteFor256 = 255;  // a byte cannot say 256, so 255 stands for it
 }  // namespace threshold_matrix
 
@@ -44,6 +42,9 @@ constexpr unsigned kPresentOffset = 0;  // u32, nonzero
 constexpr unsigned kFormatOffset = 4;   // u16, must be kFormat
 constexpr unsigned kBlockIdOffset = 6;  // u16 id of the dot-split block
 constexpr uint16_t kFormat = 1;
+// Colour management keeps the data area in a block of at least these bytes
+// (zero-filled behind a shorter area), so the descriptor is read whole.
+constexpr unsigned kBytes = 8;
 }  // namespace dot_split_descriptor
 
 // Dot-split block: one row of three amounts (small, medium, large) per ink level.

@@ -3,13 +3,16 @@
 
 #include <cstdint>
 
+#include "frame/byte_reader.h"
 #include "inkdot/inkdot.h"
 
 namespace inkdot {
 
 uint32_t halftoneNew(const HtSettings* settings, const CmLut* lut, uint32_t reserved3,
                      uint32_t* outModelId, HtContext** outHandle);
-uint32_t halftoneSetResource(HtContext* ctx, const uint8_t* block, uint32_t* outNextBlock);
+// `block` carries the length the driver gave (HalftoneSetResourceSized) or
+// kUnboundedBlock (HalftoneSetResource); a valid block reads the same either way.
+uint32_t halftoneSetResource(HtContext* ctx, ByteView block, uint32_t* outNextBlock);
 uint32_t halftone(HtContext* ctx, const uint8_t* src, uint8_t* dst, uint32_t planeStride,
                   uint32_t bitOffset, uint32_t count, uint32_t startX, uint32_t reserved8,
                   uint32_t lineNo, uint32_t reserved10, uint32_t option11);

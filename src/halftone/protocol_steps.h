@@ -5,14 +5,15 @@
 
 #include <cstdint>
 
+#include "frame/byte_reader.h"
 #include "halftone/ht_context.h"
 
 namespace inkdot {
 
 // request_list.cpp
 // Stores the ids of the request list in requestIds with the terminator behind them.
-// More than 15 ids: RC_DATA.
-uint32_t readRequestList(HtContext& ctx, const uint8_t* block);
+// More than 15 ids, or no terminator inside the block: RC_DATA.
+uint32_t readRequestList(HtContext& ctx, ByteView block);
 // The threshold matrix id of the instance's resolution class.
 uint16_t classMatrixId(const HtContext& ctx);
 
@@ -55,7 +56,8 @@ void buildGridCellTable(uint8_t cells[512], const uint8_t* levels, uint32_t coun
 uint32_t chooseSpreadThresholds(HtContext& ctx);
 
 // dot_split.cpp
-// Copies the rows; a row adding up to more than 255 stops the copy with RC_DATA.
+// Copies the rows; a row adding up to more than 255 stops the copy with
+// RC_DATA. The caller has checked that the block holds all 768 bytes.
 uint32_t copyDotSplitRows(uint8_t table[768], const uint8_t* block);
 // Phase 4 change of the two-bit threshold table, re-indexed by dot total.
 void reindexEdThresholds(int16_t edThreshold[512], const uint8_t table[768], uint32_t resolutionX);

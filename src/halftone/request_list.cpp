@@ -4,11 +4,12 @@
 
 namespace inkdot {
 
-uint32_t readRequestList(HtContext& ctx, const uint8_t* block) {
+uint32_t readRequestList(HtContext& ctx, ByteView block) {
     using namespace block::request_list;
     unsigned stored = 0;
-    for (const uint8_t* p = block;; p += 2) {
-        const uint16_t id = block::readU16le(p);
+    for (size_t at = 0;; at += kIdBytes) {
+        if (!block.holds(at, kIdBytes)) return RC_DATA;  // the list runs off the block
+        const uint16_t id = block.u16le(at);
         if (id == kEndOfList) break;
         if (stored == kMaxIds) return RC_DATA;
         ctx.requestIds[stored++] = id;

@@ -33,10 +33,10 @@ uint32_t releaseAllAnd(HtContext& ctx, uint32_t rc) {
     return rc;
 }
 
-uint32_t phaseRequestList(HtContext& ctx, const uint8_t* block, uint32_t* outNextBlock) {
+uint32_t phaseRequestList(HtContext& ctx, ByteView block, uint32_t* outNextBlock) {
     if (const uint32_t rc = checkSettings(ctx); rc != RC_OK) return rc;
     ctx.errorLineCount = errorLineCountFor(ctx);
-    if (block == nullptr) return RC_ARG + 2;
+    if (block.isNull()) return RC_ARG + 2;
     if (const uint32_t rc = readRequestList(ctx, block); rc != RC_OK) return rc;
     *outNextBlock = answerOf(ctx.requestIds[block::request_list::kGridLevels]);
     // Line sizes are 32-bit: width x 4 + 240 bytes per error line must fit.
@@ -46,7 +46,7 @@ uint32_t phaseRequestList(HtContext& ctx, const uint8_t* block, uint32_t* outNex
     return RC_OK;
 }
 
-uint32_t phaseColourGrid(HtContext& ctx, const uint8_t* block) {
+uint32_t phaseColourGrid(HtContext& ctx, ByteView block) {
     const CmLut source = ctx.lut;  // the grid as colour management left it
     if (source.lutDataBlock == nullptr || source.lutData == nullptr) return releaseAllAnd(ctx, RC_ARG + 1);
     // The resampled grid packs four inks per node and the per-level index
@@ -68,15 +68,19 @@ uint32_t phaseColourGrid(HtContext& ctx, const uint8_t* block) {
         tableBytes = source.channels * 8;
     } else {
         using namespace block::grid_levels;
+        // A block too short for its count and 32 levels is no grid level
+        // block at all: refused as invalid data before anything is read,
+        // keeping the slots like the protocol's other data refusals.
+        if (!block.isNull() && !block.holds(0, kBlockBytes)) return RC_DATA;
         // A missing block, a count other than 32 and levels that are not a
         // level row are one refusal: the grid level block is unusable.
-        if (block == nullptr || block::readU16le(block + kCountOffset) != kLevelCount ||
-            !isLevelRow(block + kLevelsOffset, kLevelCount)) {
+        if (block.isNull() || block.u16le(kCountOffset) != kLevelCount ||
+            !isLevelRow(block.data + kLevelsOffset, kLevelCount)) {
             return releaseAllAnd(ctx, RC_ARG + 2);
         }
         for (unsigned axis = 0; axis < 3; ++axis) {
             ctx.lut.gridCount[axis] = kLevelCount;
-            std::memcpy(ctx.lut.grid[axis], block + kLevelsOffset, kLevelCount);
+            std::memcpy(ctx.lut.grid[axis], block.data + kLevelsOffset, kLevelCount);
         }
         tableBytes = source.channels * kLevelCount * kLevelCount * kLevelCount;
     }
@@ -90,7 +94,7 @@ uint32_t phaseColourGrid(HtContext& ctx, const uint8_t* block) {
     return RC_OK;
 }
 
-uint32_t phaseGridLevels(HtContext& ctx, const uint8_t* block) {
+uint32_t phaseGridLevels(HtContext& ctx, ByteView block) {
     if (ctx.colourMode == 0) {
         const uint32_t rc = buildInkCurve(ctx);
         return rc == RC_OK ? rc : releaseAllAnd(ctx, rc);
@@ -120,36 +124,38 @@ uint32_t acquireMatrixAndTables(HtContext& ctx) {
     return RC_OK;
 }
 
-uint32_t phaseThresholdMatrix(HtContext& ctx, const uint8_t* block, uint32_t* outNextBlock) {
+uint32_t phaseThresholdMatrix(HtContext& ctx, ByteView block, uint32_t* outNextBlock) {
     if (twoBit(ctx)) {
         using namespace block::dot_split_descriptor;
-        const uint8_t* descriptor = ctx.lut.extraData;
-        if (descriptor == nullptr || block::readU32le(descriptor + kPresentOffset) == 0 ||
-            block::readU16le(descriptor + kFormatOffset) != kFormat) {
+        const ByteView descriptor(ctx.lut.extraData, kBytes);
+        if (descriptor.isNull() || descriptor.u32le(kPresentOffset) == 0 ||
+            descriptor.u16le(kFormatOffset) != kFormat) {
             return RC_DATA;
         }
-        *outNextBlock = answerOf(block::readU16le(descriptor + kBlockIdOffset));
+        *outNextBlock = answerOf(descriptor.u16le(kBlockIdOffset));
     } else {
         *outNextBlock = kNoMoreBlocks;
     }
-    if (block == nullptr) return RC_ARG + 2;
+    if (block.isNull()) return RC_ARG + 2;
 
     using namespace block::threshold_matrix;
-    const uint8_t widthByte = block[kWidthOffset];
-    const uint8_t heightByte = block[kHeightOffset];
+    if (!block.holds(0, kValuesOffset)) return RC_DATA;
+    const uint8_t widthByte = block.u8(kWidthOffset);
+    const uint8_t heightByte = block.u8(kHeightOffset);
     const uint32_t width = widthByte == kByteFor256 ? 256 : widthByte;
     const uint32_t height = heightByte == kByteFor256 ? 256 : heightByte;
     // The kernels address a column as x AND (width - 1) and matrixCells is 16
     // bits wide: an empty side, a width that is no power of two and 256 x 256
     // cells cannot be held.
     if (width == 0 || height == 0 || (width & (width - 1)) != 0 || width * height > 0xFFFF) return RC_DATA;
+    if (!block.holds(kValuesOffset, kCellBytes * width * height)) return RC_DATA;  // cells beyond the block
     ctx.matrixWidth = width;
     ctx.matrixHeight = height;
     ctx.matrixCells = static_cast<uint16_t>(width * height);
     if (const uint32_t rc = acquireMatrixAndTables(ctx); rc != RC_OK) return releaseAllAnd(ctx, rc);
 
     uint16_t* matrix = slotData<uint16_t>(ctx, kThresholdMatrix);
-    for (uint32_t i = 0; i < ctx.matrixCells; ++i) matrix[i] = block::readU16le(block + kValuesOffset + 2 * i);
+    for (uint32_t i = 0; i < ctx.matrixCells; ++i) matrix[i] = block.u16le(kValuesOffset + kCellBytes * i);
 
     buildGridCellTable(slotData<uint8_t>(ctx, kGridCellTable), ctx.lut.grid[0], ctx.lut.gridCount[0]);
     if (const uint32_t rc = chooseSpreadThresholds(ctx); rc != RC_OK) return rc;
@@ -166,20 +172,21 @@ uint32_t phaseThresholdMatrix(HtContext& ctx, const uint8_t* block, uint32_t* ou
     return RC_OK;
 }
 
-uint32_t phaseDotSplit(HtContext& ctx, const uint8_t* block, uint32_t* outNextBlock) {
+uint32_t phaseDotSplit(HtContext& ctx, ByteView block, uint32_t* outNextBlock) {
     *outNextBlock = kNoMoreBlocks;
-    if (block == nullptr) return RC_ARG + 2;
+    if (block.isNull()) return RC_ARG + 2;
+    if (!block.holds(0, block::dot_split::kBlockBytes)) return RC_DATA;  // checked before acquiring: slots kept
     if (const uint32_t rc = acquireSlot(ctx, kDotSplitTable, block::dot_split::kBlockBytes, false); rc != RC_OK) {
         return releaseAllAnd(ctx, rc);
     }
     uint8_t* table = slotData<uint8_t>(ctx, kDotSplitTable);
-    if (const uint32_t rc = copyDotSplitRows(table, block); rc != RC_OK) return rc;
+    if (const uint32_t rc = copyDotSplitRows(table, block.data); rc != RC_OK) return rc;
     reindexEdThresholds(slotData<int16_t>(ctx, kEdThresholdTable), table, ctx.resolutionX);
     buildSplitTables(ctx);
     return RC_OK;
 }
 
-uint32_t runPhase(HtContext& ctx, uint32_t phase, const uint8_t* block, uint32_t* outNextBlock) {
+uint32_t runPhase(HtContext& ctx, uint32_t phase, ByteView block, uint32_t* outNextBlock) {
     if (phase == 1) return phaseRequestList(ctx, block, outNextBlock);
     // A one-bit instance's last phase is 3: its threshold table block has no
     // room for the dot-split re-indexing of phase 4.
@@ -200,7 +207,7 @@ uint32_t runPhase(HtContext& ctx, uint32_t phase, const uint8_t* block, uint32_t
 
 }  // namespace
 
-uint32_t halftoneSetResource(HtContext* ctx, const uint8_t* block, uint32_t* outNextBlock) {
+uint32_t halftoneSetResource(HtContext* ctx, ByteView block, uint32_t* outNextBlock) {
     const uint32_t phase = ++ctx->callCount;  // a call that fails still uses up its phase
     if (ctx->failedPhase != 0) return RC_DATA;  // fed out of order: start anew
 
