@@ -150,7 +150,8 @@ INKDOT_API uint32_t INKDOT_CALL CmSetResource(CmContext* ctx, const uint8_t* blo
  * format needs is refused with RC_DATA and nothing outside it is read. An
  * index text ends at its first NUL or SUB or at the end of the block,
  * whichever comes first, so a sized index text needs no terminator. Valid
- * blocks give exactly the results of CmSetResource. */
+ * blocks give exactly the results of CmSetResource; a null block is refused
+ * as CmSetResource refuses it, whatever the size. */
 INKDOT_API uint32_t INKDOT_CALL CmSetResourceSized(CmContext* ctx, const uint8_t* block, uint32_t size,
                                                    uint32_t* outNextBlock);
 INKDOT_API CmLut* INKDOT_CALL CmGetLut(CmContext* ctx);
@@ -163,7 +164,8 @@ INKDOT_API uint32_t INKDOT_CALL HalftoneSetResource(HtContext* ctx, const uint8_
                                                     uint32_t* outNextBlock);
 /* HalftoneSetResource with the block's length in bytes; a block shorter than
  * its format needs is refused with RC_DATA and nothing outside it is read.
- * Valid blocks give exactly the results of HalftoneSetResource. */
+ * Valid blocks give exactly the results of HalftoneSetResource; a null block
+ * is refused as HalftoneSetResource refuses it, whatever the size. */
 INKDOT_API uint32_t INKDOT_CALL HalftoneSetResourceSized(HtContext* ctx, const uint8_t* block,
                                                          uint32_t size, uint32_t* outNextBlock);
 INKDOT_API uint32_t INKDOT_CALL Halftone(HtContext* ctx, const uint8_t* src, uint8_t* dst,
