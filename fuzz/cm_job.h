@@ -1,0 +1,80 @@
+// The colour-management settings a fuzz input chooses, shared by the
+// protocol harness and the seed generator so that seeds match the keys.
+#pragma once
+
+#include <cstdint>
+#include <cstring>
+
+#include "inkdot/inkdot.h"
+
+namespace inkdot::fuzz {
+
+// Input header of the protocol harness, in this order.
+struct CmHeader {
+    uint8_t flags;    // bit 0 channel weights; 1 pixelFormat 0; 2-3 processMode; 4-5 selectA; 6 blackScaling; 7 gamma chunk
+    uint8_t levels;   // bits 0-1 processLevel; 2 neutralSetting 50; 3 inkScaleGate 1; 4 ready-made curves; 5 curveSource set
+    uint8_t gamma;    // gamma chunk value - 60 (so that values outside 100..300 occur)
+    uint8_t key;      // routing key of the channel-weight record
+    uint8_t weights[20];
+    uint8_t halftone; // bit 0 colour, bit 1 two-bit, bits 2-3 method
+};
+inline constexpr unsigned kCmHeaderBytes = sizeof(CmHeader);
+static_assert(kCmHeaderBytes == 25);
+
+// Everything the settings point to lives here, so it outlives the instance.
+struct CmJob {
+    CmSettings1 s1{};
+    CmSettings2 s2{};
+    int32_t gamma = 0;
+    uint8_t curves[768] = {};
+    uint8_t weightRecord[4 + 20 + 2] = {};
+    struct {
+        int32_t count = 0;
+        ChunkEntry entries[3] = {};
+    } dir;
+
+    explicit CmJob(const CmHeader& h) {
+        static const uint32_t processModes[4] = {0, 1, 2, 4};
+        static const uint32_t selectAs[4] = {1, 2, 0, 3};
+        s1.selectF = 8;
+        s1.selectB = 1;
+        s2.selectD = 5;
+        s2.selectE = 6;
+        s2.selectG = 9;
+        s2.pixelFormat = h.flags & 2 ? 0 : 1;
+        s1.processMode = processModes[(h.flags >> 2) & 3];
+        s2.selectA = selectAs[(h.flags >> 4) & 3];
+        s2.blackScaling = h.flags & 64 ? 1 : 0;
+        s1.processLevel = h.levels & 3;
+        s1.neutralSetting = h.levels & 4 ? 50 : 40;
+        s2.inkScaleGate = h.levels & 8 ? 1 : 2;
+        s1.curveSource = h.levels & 32 ? 1 : 0;
+        if (h.flags & 128) {
+            gamma = 60 + h.gamma;
+            dir.entries[dir.count++] = ChunkEntry{1, &gamma};
+        }
+        if (h.levels & 16) {
+            for (int i = 0; i < 768; ++i) curves[i] = static_cast<uint8_t>((i % 256) * (200 + i / 256 * 20) / 255);
+            dir.entries[dir.count++] = ChunkEntry{256, curves};
+        }
+        s1.chunkDir = reinterpret_cast<const ChunkDirectory*>(&dir);  // an empty directory holds nothing
+    }
+
+    // The channel-weight record for a table of `channels` inks; the loader
+    // reads it when the colour table has been read, so the harness writes it
+    // before that call, when the table's channel count is known.
+    void setWeights(const CmHeader& h, uint32_t channels) {
+        if (!(h.flags & 1)) return;
+        if (channels > 20) channels = 20;
+        std::memcpy(weightRecord, "CW:", 3);
+        weightRecord[3] = h.key;
+        for (uint32_t c = 0; c < channels; ++c) weightRecord[4 + c] = static_cast<uint8_t>(30 + h.weights[c] % 41);
+        weightRecord[4 + channels] = 0xFE;
+        weightRecord[5 + channels] = 0xFF;
+        bool listed = false;
+        for (int i = 0; i < dir.count; ++i) listed |= dir.entries[i].id == 512;
+        if (!listed) dir.entries[dir.count++] = ChunkEntry{512, weightRecord};
+    }
+};
+
+}  // namespace inkdot::fuzz

@@ -1,0 +1,64 @@
+// Reading a fuzzer's byte string as the choices and blocks of a harness.
+// Every read past the end gives zeros or an empty block, so a harness always
+// runs to its end; blocks come as a 16-bit little-endian length and that
+// many bytes, copied into an allocation of exactly that length so the
+// sanitizers see any read behind a block.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <memory>
+#include <vector>
+
+namespace inkdot::fuzz {
+
+class FuzzInput {
+public:
+    FuzzInput(const uint8_t* data, size_t size) : data_(data), size_(size) {}
+
+    bool empty() const { return at_ >= size_; }
+    size_t remaining() const { return empty() ? 0 : size_ - at_; }
+
+    uint8_t u8() { return at_ < size_ ? data_[at_++] : 0; }
+    uint16_t u16() { return static_cast<uint16_t>(u8() | u8() << 8); }
+    uint32_t u32() { return static_cast<uint32_t>(u16()) | static_cast<uint32_t>(u16()) << 16; }
+
+    // The next length-prefixed block.
+    std::vector<uint8_t> block() {
+        size_t length = u16();
+        if (length > remaining()) length = remaining();
+        std::vector<uint8_t> out(data_ + at_, data_ + at_ + length);
+        at_ += length;
+        return out;
+    }
+
+    // Fills `out` from the input, repeating a ramp once the input is used up.
+    void fill(uint8_t* out, size_t n) {
+        for (size_t i = 0; i < n; ++i) out[i] = empty() ? static_cast<uint8_t>(i * 37) : u8();
+    }
+
+private:
+    const uint8_t* data_;
+    size_t size_;
+    size_t at_ = 0;
+};
+
+// A block in an allocation of exactly its length (never null).
+struct ExactBlock {
+    std::unique_ptr<uint8_t[]> bytes;
+    uint32_t length;
+    explicit ExactBlock(const std::vector<uint8_t>& from)
+        : bytes(new uint8_t[from.size()]), length(static_cast<uint32_t>(from.size())) {
+        for (size_t i = 0; i < from.size(); ++i) bytes[i] = from[i];
+    }
+    const uint8_t* data() const { return bytes.get(); }
+};
+
+// Appends a length-prefixed block (seed writing).
+inline void putBlock(std::vector<uint8_t>& out, const std::vector<uint8_t>& block) {
+    out.push_back(static_cast<uint8_t>(block.size()));
+    out.push_back(static_cast<uint8_t>(block.size() >> 8));
+    out.insert(out.end(), block.begin(), block.end());
+}
+
+}  // namespace inkdot::fuzz

@@ -1,0 +1,156 @@
+// Writes the seed corpora of the four fuzz targets from the test writers:
+//   fuzz_seeds <directory>   ->  <directory>/<target>/seed-N
+// Each seed is a valid input of its harness, so the fuzzers start from
+// complete protocols and mutate from there.
+#include <cstdio>
+#include <string>
+#include <vector>
+
+#include "cm/cm_context.h"
+#include "cm_job.h"
+#include "fuzz_input.h"
+#include "support/colour_table_writer.h"
+#include "support/ht_fixture.h"
+#include "support/index_text_writer.h"
+
+namespace {
+
+using namespace inkdot;
+using namespace inkdot::fuzz;
+using Bytes = std::vector<uint8_t>;
+
+void write(const std::string& dir, const std::string& target, int n, const Bytes& bytes) {
+    const std::string path = dir + "/" + target + "/seed-" + std::to_string(n);
+    FILE* f = std::fopen(path.c_str(), "wb");
+    if (f == nullptr) {
+        std::perror(path.c_str());
+        return;
+    }
+    std::fwrite(bytes.data(), 1, bytes.size(), f);
+    std::fclose(f);
+}
+
+Bytes textBytes(const std::string& text) { return Bytes(text.begin(), text.end()); }
+
+test::IndexTextWriter indexFor(int32_t block, uint32_t selectA, int selectC, const char* lastName = "M") {
+    test::IndexTextWriter w;
+    w.add(7, 1, "L0", "Plain", 1, 1, "M0", 1, 1);  // a record that matches nothing
+    w.add(block, 317, "L" + std::to_string(selectA), "Photo", 5, 6, lastName + std::to_string(selectC), 8, 9);
+    return w;
+}
+
+void indexSeeds(const std::string& dir) {
+    test::IndexTextWriter plain = indexFor(100, 1, 3);
+    write(dir, "index_text", 0, textBytes(plain.text()));
+    test::IndexTextWriter spaced = plain;
+    spaced.blankLines = "\r\n\r\n";
+    spaced.lead = " \t";
+    spaced.list2Base = 0;
+    write(dir, "index_text", 1, textBytes(spaced.text()));
+    test::IndexTextWriter lfOnly = plain;
+    lfOnly.lineEnd = "\n";
+    lfOnly.records[1].trailing = "extra tokens";
+    write(dir, "index_text", 2, textBytes(lfOnly.text() + std::string(1, '\x1a')));
+}
+
+Bytes correctionTables() {
+    Bytes out(21 * 256);
+    for (int d = 0; d < 21; ++d)
+        for (int x = 0; x < 256; ++x) out[d * 256 + x] = static_cast<uint8_t>(x > 255 - d ? 255 : x + d);
+    return out;
+}
+
+void cmSeeds(const std::string& dir) {
+    const uint8_t flagSets[][2] = {{0x01, 0x03}, {0x00, 0x02}, {0x45, 0x17}, {0x91, 0x0B}, {0x21, 0x0E}, {0x32, 0x01}};
+    int n = 0;
+    for (const auto& flags : flagSets) {
+        for (int grid : {3, 5}) {
+            CmHeader h{};
+            h.flags = flags[0];
+            h.levels = flags[1];
+            h.gamma = 90;
+            h.key = 7;
+            for (int c = 0; c < 20; ++c) h.weights[c] = static_cast<uint8_t>(10 + 3 * c);  // 40 + 3c after the mapping
+            h.halftone = static_cast<uint8_t>(n & 15);
+            CmJob job(h);
+            CmContext* ctx = nullptr;
+            uint32_t first = 0;
+            if (CmNew(&job.s1, &job.s2, 0, &first, &ctx) != RC_OK) continue;
+            const uint32_t selectA = ctx->settings2.selectA;
+            const int selectC = ctx->selectC;
+            CmDelete(ctx);
+
+            Bytes seed(reinterpret_cast<const uint8_t*>(&h), reinterpret_cast<const uint8_t*>(&h) + kCmHeaderBytes);
+            putBlock(seed, textBytes(indexFor(100, selectA, selectC).text()));
+            test::ColourTableWriter table;
+            table.gridCount[0] = table.gridCount[1] = table.gridCount[2] = static_cast<uint8_t>(grid);
+            table.inkParam[0] = 250;
+            table.blackMode = static_cast<uint8_t>(n % 4);
+            table.tableMode = n % 2 ? 50 : 0;
+            table.extraData = test::dotSplitDescriptor(test::kDotSplitId);
+            putBlock(seed, table.build());
+            putBlock(seed, {7, 1, 0, 3, 2, 0xFE, 9, 0, 0, 0, 0, 0xFE, 0xFF});
+            putBlock(seed, {45, 52, 50, 58});
+            putBlock(seed, textBytes(indexFor(4321, selectA, 0).text()));
+            putBlock(seed, correctionTables());
+            write(dir, "cm_protocol", n++, seed);
+        }
+    }
+}
+
+void htSeeds(const std::string& dir) {
+    // method, ditherMode, inputFormat, colourMode, resolution X, Y (indices), outputBits, scaleMode
+    const uint8_t settings[][8] = {
+        {1, 1, 0, 0, 0, 0, 1, 0},   {1, 1, 3, 1, 1, 0, 1, 0},   {3, 0, 3, 1, 0, 0, 1, 2},
+        {3, 1, 0, 0, 2, 0, 2, 0},   {1, 1, 3, 1, 0, 0, 2, 1},   {0, 1, 4, 2, 0, 0, 1, 255},
+        {3, 1, 3, 3, 2, 0, 2, 3},   {1, 1, 0, 0, 1, 0, 2, 0},
+    };
+    const test::HtBlocks blocks;
+    int n = 0;
+    for (const auto& s : settings) {
+        Bytes seed(s, s + 8);
+        seed.push_back(200);  // width 200
+        seed.push_back(0);
+        seed.push_back(static_cast<uint8_t>(n % 3));  // ink choice: 250, 350, 500
+        const Bytes descriptor = test::dotSplitDescriptor(test::kDotSplitId);
+        seed.insert(seed.end(), descriptor.begin(), descriptor.end());
+        putBlock(seed, blocks.requestList);
+        putBlock(seed, blocks.gridLevels);
+        putBlock(seed, n % 2 ? test::thresholdMatrixBlock(64, 4, test::rampValues(256)) : blocks.matrix);
+        putBlock(seed, blocks.dotSplit);
+        write(dir, "ht_protocol", n++, seed);
+    }
+}
+
+void runSeeds(const std::string& dir) {
+    for (int n = 0; n < 24; ++n) {
+        const uint8_t choice = static_cast<uint8_t>(n * 37 + (n & 1));
+        Bytes seed{choice, static_cast<uint8_t>(n * 11), 120, 0};
+        for (int call = 0; call < 4; ++call) {
+            const uint16_t count = static_cast<uint16_t>(call == 3 ? 120 - 31 * 2 : 31);
+            const uint16_t startX = static_cast<uint16_t>(31 * (call < 3 ? call : 2) + (call == 3 ? 31 : 0));
+            test::putU16(seed, count);
+            test::putU16(seed, startX);
+            seed.push_back(static_cast<uint8_t>(call));
+            test::putU16(seed, static_cast<uint16_t>(n));
+            seed.push_back(0);
+            for (int i = 0; i < 31 * 4; ++i) seed.push_back(static_cast<uint8_t>(i * 7 + n * 13));
+        }
+        write(dir, "halftone_run", n, seed);
+    }
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+    if (argc != 2) {
+        std::fprintf(stderr, "usage: %s <corpus directory>\n", argv[0]);
+        return 2;
+    }
+    const std::string dir = argv[1];
+    indexSeeds(dir);
+    cmSeeds(dir);
+    htSeeds(dir);
+    runSeeds(dir);
+    return 0;
+}
