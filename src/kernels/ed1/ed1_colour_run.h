@@ -54,9 +54,19 @@ struct DoubleYColourFamily {
 
 namespace detail {
 
+// The pattern choice and the spread are flattened into each plane's step, so
+// that the branches of the choice lead straight to the additions of their
+// pattern instead of through a call and a jump table (a third of the time
+// per pixel otherwise).
+#if defined(__GNUC__)
+#define INKDOT_FLATTEN [[gnu::flatten]]
+#else
+#define INKDOT_FLATTEN
+#endif
+
 // One diffused plane of one coloured pixel. `cell` points at the column's cell.
 template <class Family, unsigned Plane, class Tables>
-inline bool diffusePlane(const Tables& tables, int32_t* cell, int32_t& carry, ActivityHistory& history,
+INKDOT_FLATTEN inline bool diffusePlane(const Tables& tables, int32_t* cell, int32_t& carry, ActivityHistory& history,
                          int32_t level, int32_t p, bool odd, const SpreadThresholds& bands) {
     if (!history.step(level)) {
         dropCell(*cell, carry);
