@@ -156,7 +156,10 @@ uint32_t runColour(HtContext& ctx, const HtRun& run) {
 
     if ((run.count & 1) != 0) {
         const ColourDots dots = oddPixelDots(tables, ctx.inputFormat, in, run.startX + diffused, ctx.matrixCells);
-        for (unsigned k = 0; k < Planes; ++k) packer.dot(k, dots.dot[k]);
+        packer.dot(0, dots.dot[0]);
+        packer.dot(1, dots.dot[1]);
+        packer.dot(2, dots.dot[2]);
+        if constexpr (Planes == 4) packer.dot(3, dots.dot[3]);
         packer.next();
     }
     packer.finish();  // the carries left over are discarded
