@@ -12,8 +12,10 @@
 #pragma once
 
 #include <cstdint>
+#include <initializer_list>
 
 #include "halftone/ht_context.h"
+#include "kernels/dither/force_inline.h"
 #include "kernels/dither/grid_node.h"
 
 namespace inkdot {
@@ -51,26 +53,25 @@ public:
     // Main pass: node by the matrix value m, then smoothing of c0, c1 and c3
     // with the previous non-white pixel of the run when no node index moved
     // by more than one. c2 is never smoothed.
-    Inks main(const ColourBytes& px, uint32_t m) {
+    INKDOT_FORCE_INLINE Inks main(const ColourBytes& px, uint32_t m) {
         const uint32_t q = nodeChoiceQ(m);
         const uint32_t i2 = gridNode(cells_, px.b[2], q);
         const uint32_t i1 = gridNode(cells_, px.b[1], q);
         const uint32_t i0 = gridNode(cells_, px.b[0], q);
         Inks c = unpackInks(grid_[gridEntryIndex(i2, i1, i0)]);
-        if (hasPrev_ && near(i2, prevNode_[0]) && near(i1, prevNode_[1]) && near(i0, prevNode_[2])) {
-            // The mean rounds up or down by bit 2 of m, so that smoothing adds no bias.
-            const uint32_t roundUp = (m & 4) == 0 ? 1 : 0;
-            c.c[0] = (c.c[0] + prevInk_[0] + roundUp) >> 1;
-            c.c[1] = (c.c[1] + prevInk_[1] + roundUp) >> 1;
-            c.c[3] = (c.c[3] + prevInk_[3] + roundUp) >> 1;
+        // Written without branches: whether neighbours are near is as good as random.
+        const bool smooth = hasPrev_ & near(i2, prevNode_[0]) & near(i1, prevNode_[1]) & near(i0, prevNode_[2]);
+        // The mean rounds up or down by bit 2 of m, so that smoothing adds no bias.
+        const uint32_t roundUp = (m & 4) == 0 ? 1 : 0;
+        for (unsigned k : {0u, 1u, 3u}) {
+            const uint32_t mean = (c.c[k] + prevInk_[k] + roundUp) >> 1;
+            c.c[k] = smooth ? mean : c.c[k];
+            prevInk_[k] = c.c[k];
         }
         hasPrev_ = true;
         prevNode_[0] = i2;
         prevNode_[1] = i1;
         prevNode_[2] = i0;
-        prevInk_[0] = c.c[0];
-        prevInk_[1] = c.c[1];
-        prevInk_[3] = c.c[3];
         return c;
     }
 

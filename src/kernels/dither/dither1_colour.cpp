@@ -22,6 +22,10 @@
 namespace inkdot {
 namespace {
 
+// A dot decision as a byte pattern for the packer: the matrix makes the
+// decisions as good as random, so they are never branched on.
+inline uint8_t dotPattern(bool printed) { return static_cast<uint8_t>(-static_cast<int>(printed)); }
+
 // Plane 1 by the matrix, read from its other end (cells above maxT - tone),
 // so that it does not pile onto the cells that planes 3 and 0 take first.
 struct MatrixPlane1 {
@@ -86,10 +90,10 @@ void ditherRun(const HtContext& ctx, const HtRun& run, Source source, Plane1 pla
         } else {
             const Inks c = source.main(px, m);
             const PairedDots p30 = pairedThreshold(tone[c.c[3]], tone[c.c[0]], static_cast<int32_t>(m), maxT);
-            out.dot(3, p30.a);
-            out.dot(0, p30.b);
-            out.dot(1, plane1.decide(x, m, c.c[1], tone[c.c[1]], maxT));
-            out.dot(2, tone[c.c[2]] > maxT - static_cast<int32_t>(m));
+            out.set(3, dotPattern(p30.a));
+            out.set(0, dotPattern(p30.b));
+            out.set(1, dotPattern(plane1.decide(x, m, c.c[1], tone[c.c[1]], maxT)));
+            out.set(2, dotPattern(tone[c.c[2]] > maxT - static_cast<int32_t>(m)));
         }
         out.next();
         in.advanceAfter(i);
@@ -100,10 +104,10 @@ void ditherRun(const HtContext& ctx, const HtRun& run, Source source, Plane1 pla
         const Inks c = source.lastByMatrix(Source::read(in), m);
         const PairedDots p30 = pairedThreshold(tone[c.c[3]], tone[c.c[0]], static_cast<int32_t>(m), maxT);
         const PairedDots p12 = pairedThreshold(tone[c.c[1]], tone[c.c[2]], maxT - static_cast<int32_t>(m), maxT);
-        out.dot(3, p30.a);
-        out.dot(0, p30.b);
-        out.dot(1, p12.a);
-        out.dot(2, p12.b);
+        out.set(3, dotPattern(p30.a));
+        out.set(0, dotPattern(p30.b));
+        out.set(1, dotPattern(p12.a));
+        out.set(2, dotPattern(p12.b));
         out.next();
     }
     out.finish();

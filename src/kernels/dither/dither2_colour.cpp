@@ -5,6 +5,7 @@
 // with the halving reduction.
 #include "halftone/ht_context.h"
 #include "kernels/dither/colour_sources.h"
+#include "kernels/dither/force_inline.h"
 #include "kernels/dither/input_walk.h"
 #include "kernels/dither/matrix_row.h"
 #include "kernels/dither/run_checks.h"
@@ -29,7 +30,7 @@ struct PlaneThresholds {
 };
 
 template <class Packer>
-void setCodes(const HtContext& ctx, Packer& out, const PlaneThresholds& rows, uint32_t x, const Inks& c) {
+INKDOT_FORCE_INLINE void setCodes(const HtContext& ctx, Packer& out, const PlaneThresholds& rows, uint32_t x, const Inks& c) {
     out.set(0, kCodeByte[threeSizeCode(ctx, c.c[0], rows.rowA(x))]);
     out.set(1, kCodeByte[threeSizeCode(ctx, c.c[1], rows.rowB(x + kPlane1Column))]);
     out.set(2, kCodeByte[threeSizeCode(ctx, c.c[2], rows.rowA(x + kPlane2Column))]);

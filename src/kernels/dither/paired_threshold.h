@@ -13,11 +13,15 @@ struct PairedDots {
     bool b;
 };
 
-// Tone values and thresholds are compared as signed 32-bit numbers.
+// Tone values and thresholds are compared as signed 32-bit numbers. Both
+// cases are evaluated and one is selected, without a branch: which case holds
+// changes from pixel to pixel with the ink amounts.
 inline PairedDots pairedThreshold(int32_t toneA, int32_t toneB, int32_t threshold, int32_t maxT) {
     const bool a = toneA > threshold;
-    if (toneA + toneB > maxT) return {a, toneB > maxT - threshold};
-    return {a, !a && toneA + toneB > threshold};
+    const bool overfull = toneA + toneB > maxT;
+    const bool bFromTop = toneB > maxT - threshold;
+    const bool bAfterA = !a & (toneA + toneB > threshold);
+    return {a, overfull ? bFromTop : bAfterA};
 }
 
 }  // namespace inkdot

@@ -13,12 +13,13 @@ namespace inkdot {
 // The stacked tones come ready-made per split row from the resource protocol:
 // tl in the low half of splitToneCumulative, tl + tm in its high half, and
 // ts + tm + tl in splitToneTotal.
+// The three tests are selected without branches: the matrix makes every
+// one of them as good as random.
 inline unsigned threeSizeCode(const HtContext& ctx, uint32_t amount, uint32_t threshold) {
     const uint32_t cumulative = ctx.splitToneCumulative[amount];
-    if ((cumulative & 0xFFFF) > threshold) return 3;  // large
-    if ((cumulative >> 16) > threshold) return 2;     // medium
-    if (ctx.splitToneTotal[amount] > threshold) return 1;  // small
-    return 0;
+    const unsigned small = ctx.splitToneTotal[amount] > threshold ? 1 : 0;
+    const unsigned medium = (cumulative >> 16) > threshold ? 2 : small;
+    return (cumulative & 0xFFFF) > threshold ? 3 : medium;  // large
 }
 
 }  // namespace inkdot
