@@ -9,6 +9,13 @@
 
 namespace inkdot {
 
+inline constexpr uint32_t kGridLevels = 32;  // nodes per axis of the resampled grid
+// With q = 128 the choice is the nearest node instead of a matrix-dithered one.
+inline constexpr uint32_t kNearestNodeQ = 128;
+
+// q from a matrix value: its bits 1 to 7 (bit 0 and the high byte are not used).
+inline uint32_t nodeChoiceQ(uint32_t m) { return m & 0xFE; }
+
 // gridCellTable entry of an input byte: the lower node on its axis and that
 // node's weight (255 = the byte sits on the node).
 struct GridCell {
@@ -24,6 +31,12 @@ inline GridCell gridCell(const uint8_t* table, uint8_t v) { return {table[2 * v]
 // (weight 255) always keeps it.
 inline int32_t gridNode(uint8_t node, uint8_t weight, uint32_t q) { return node + (weight <= q ? 1 : 0); }
 
+// The same choice read straight from the table for input byte b.
+inline uint32_t gridNode(const uint8_t* gridCellTable, uint8_t b, uint32_t q) {
+    const uint8_t* cell = gridCellTable + 2 * b;
+    return cell[0] + (cell[1] <= q ? 1u : 0u);
+}
+
 // Node indices from input bytes 0, 1 and 2.
 struct NodeIndices {
     int32_t i0, i1, i2;
@@ -33,8 +46,12 @@ struct NodeIndices {
 // slowest axis. The mask keeps a damaged cell table inside the grid; valid
 // tables never need it (their indices stay within 0..31).
 inline uint32_t gridEntry(NodeIndices n) {
-    constexpr uint32_t kGridEntries = 32 * 32 * 32;
+    constexpr uint32_t kGridEntries = kGridLevels * kGridLevels * kGridLevels;
     return static_cast<uint32_t>((n.i2 * 32 + n.i1) * 32 + n.i0) & (kGridEntries - 1);
+}
+
+inline uint32_t gridEntryIndex(uint32_t i2, uint32_t i1, uint32_t i0) {
+    return gridEntry({static_cast<int32_t>(i0), static_cast<int32_t>(i1), static_cast<int32_t>(i2)});
 }
 
 // Two pixels fall into neighbouring grid cells when no index moved by more

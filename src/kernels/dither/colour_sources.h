@@ -16,7 +16,7 @@
 
 #include "halftone/ht_context.h"
 #include "kernels/dither/force_inline.h"
-#include "kernels/dither/grid_node.h"
+#include "kernels/grid_node.h"
 
 namespace inkdot {
 

@@ -10,7 +10,7 @@
 #include "kernels/dither/colour_sources.h"
 #include "kernels/dither/input_walk.h"
 #include "kernels/dither/matrix_row.h"
-#include "kernels/dither/paired_threshold.h"
+#include "kernels/paired_threshold.h"
 #include "kernels/dither/run_checks.h"
 #include "kernels/ed1/diffusion_step.h"
 #include "kernels/ed1/pattern_choice.h"
@@ -89,7 +89,7 @@ void ditherRun(const HtContext& ctx, const HtRun& run, Source source, Plane1 pla
             plane1.white(x);
         } else {
             const Inks c = source.main(px, m);
-            const PairedDots p30 = pairedThreshold(tone[c.c[3]], tone[c.c[0]], static_cast<int32_t>(m), maxT);
+            const PairDots p30 = pairedThreshold(tone[c.c[3]], tone[c.c[0]], maxT, static_cast<int32_t>(m));
             out.set(3, dotPattern(p30.a));
             out.set(0, dotPattern(p30.b));
             out.set(1, dotPattern(plane1.decide(x, m, c.c[1], tone[c.c[1]], maxT)));
@@ -102,8 +102,8 @@ void ditherRun(const HtContext& ctx, const HtRun& run, Source source, Plane1 pla
     if (run.count & 1) {
         const uint32_t m = row(run.startX + mainCount);
         const Inks c = source.lastByMatrix(Source::read(in), m);
-        const PairedDots p30 = pairedThreshold(tone[c.c[3]], tone[c.c[0]], static_cast<int32_t>(m), maxT);
-        const PairedDots p12 = pairedThreshold(tone[c.c[1]], tone[c.c[2]], maxT - static_cast<int32_t>(m), maxT);
+        const PairDots p30 = pairedThreshold(tone[c.c[3]], tone[c.c[0]], maxT, static_cast<int32_t>(m));
+        const PairDots p12 = pairedThreshold(tone[c.c[1]], tone[c.c[2]], maxT, maxT - static_cast<int32_t>(m));
         out.set(3, dotPattern(p30.a));
         out.set(0, dotPattern(p30.b));
         out.set(1, dotPattern(p12.a));
