@@ -105,8 +105,10 @@ uint32_t runColour(HtContext& ctx, const HtRun& run) {
 
     // Ink input (inputFormat 4) carries the four levels itself: it steps four
     // bytes a pixel and skips the grid and the smoothing; all four zero is white.
+    // Colour input steps by its pixel size: three bytes, or four (inputFormat 3,
+    // a padding byte behind the colour) as replication copies them.
     const bool inkInput = ctx.inputFormat == 4;
-    const uint32_t pixelBytes = inkInput ? 4 : 3;
+    const uint32_t pixelBytes = bytesPerPixel(ctx.inputFormat);
     const bool doubling = ctx.scaleMode == 1;  // every input pixel serves two output pixels
     const uint8_t* in = run.src;
 
