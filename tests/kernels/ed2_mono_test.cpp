@@ -178,7 +178,7 @@ TEST(Ed2MonoWhite, WhiteDropsTheCellAndPrintsNothing) {
     EXPECT_EQ(m.line(0)[4], 0);
 }
 
-TEST(Ed2MonoWhite, DoubleYReducesPairsToTheLighter) {
+TEST(Ed2MonoWhite, DoubleYReducesPairsToTheSmallerByte) {
     Mono m(360, 720, -1);
     m.setFlatMatrix(1, 1, 0);
     m.setSplit(7, 0, 0, 255);

@@ -69,7 +69,7 @@ uint32_t ed2Mono(HtContext& ctx, const HtRun& run) {
         const uint32_t x = run.startX + i;
         int32_t* const cell = line + x;
         const uint8_t* const in = run.src + step.offset(i);
-        const uint8_t v = reduce ? std::min(in[0], in[1]) : in[0];  // the lighter of a pair
+        const uint8_t v = reduce ? std::min(in[0], in[1]) : in[0];  // the smaller (darker) byte of a pair
         if (v == kWhiteByte) {
             dropCell(*cell, carry);
             out.next();

@@ -1,7 +1,8 @@
 // Where a two-bit error-diffusion kernel finds the input of output pixel i
 // of a run. scaleMode 1 lets each input pixel serve two output pixels;
 // scaleMode -1 feeds two input pixels to each output pixel in the kernels
-// that reduce (the DoubleY ones, which keep the lighter of the two); any
+// that reduce (the DoubleY ones, which keep the smaller byte of each pair:
+// the darker gray or colour value, the lighter ink amount); any
 // other value is one input pixel per output pixel.
 #pragma once
 
