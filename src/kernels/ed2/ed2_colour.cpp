@@ -177,7 +177,7 @@ inline uint8_t diffusePlane(DiffusedPlane& plane, uint32_t x, const SplitRowInfo
     const DotDecision d =
         decideDot(sum, m, {row.toneLarge, row.toneLargeMedium, row.small, row.smallThreshold + perturbation});
     const Pattern pattern = Family::choose({row.toneLargeMedium != 0, row.small, d.code != kNoDot, aForm}, bands);
-    spread(pattern, cell, d.err, plane.carry);
+    Family::spread(pattern, cell, d.err, plane.carry);
     return d.code;
 }
 

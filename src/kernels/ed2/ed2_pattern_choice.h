@@ -29,7 +29,22 @@ struct SmallDotPixel {
     bool aForm;     // the matrix parity selects the a forms
 };
 
+// Each family also applies its own patterns: a switch over a handful of
+// cases that inlines into the pixel loop, instead of the call through the
+// switch over every pattern.
 struct GeneralFamily {
+    static void spread(Pattern pattern, int32_t* cell, int32_t err, int32_t& carry) {
+        using namespace patterns;
+        switch (pattern) {
+            case Pattern::G0: inkdot::spread<G0>(cell, err, carry); return;
+            case Pattern::G1: inkdot::spread<G1>(cell, err, carry); return;
+            case Pattern::G2a: inkdot::spread<G2a>(cell, err, carry); return;
+            case Pattern::G2b: inkdot::spread<G2b>(cell, err, carry); return;
+            case Pattern::G3: inkdot::spread<G3>(cell, err, carry); return;
+            case Pattern::G4a: inkdot::spread<G4a>(cell, err, carry); return;
+            default: inkdot::spread<G4b>(cell, err, carry); return;
+        }
+    }
     static Pattern choose(const SmallDotPixel& p, const SmallThresholds& t) {
         if (p.heavy || p.small > t.t1) return Pattern::G1;
         if (!p.dot) return Pattern::G0;
@@ -40,6 +55,16 @@ struct GeneralFamily {
 };
 
 struct Family1440x720 {
+    static void spread(Pattern pattern, int32_t* cell, int32_t err, int32_t& carry) {
+        using namespace patterns;
+        switch (pattern) {
+            case Pattern::H0a: inkdot::spread<H0a>(cell, err, carry); return;
+            case Pattern::H0b: inkdot::spread<H0b>(cell, err, carry); return;
+            case Pattern::H1: inkdot::spread<H1>(cell, err, carry); return;
+            case Pattern::H2: inkdot::spread<H2>(cell, err, carry); return;
+            default: inkdot::spread<H3>(cell, err, carry); return;
+        }
+    }
     static Pattern choose(const SmallDotPixel& p, const SmallThresholds& t) {
         if (!p.dot) return p.aForm ? Pattern::H0a : Pattern::H0b;
         if (p.heavy || p.small > t.t1) return Pattern::H1;
@@ -49,6 +74,16 @@ struct Family1440x720 {
 };
 
 struct DoubleYFamily {
+    static void spread(Pattern pattern, int32_t* cell, int32_t err, int32_t& carry) {
+        using namespace patterns;
+        switch (pattern) {
+            case Pattern::Y0: inkdot::spread<Y0>(cell, err, carry); return;
+            case Pattern::Y1: inkdot::spread<Y1>(cell, err, carry); return;
+            case Pattern::Y2: inkdot::spread<Y2>(cell, err, carry); return;
+            case Pattern::Y3: inkdot::spread<Y3>(cell, err, carry); return;
+            default: inkdot::spread<G3>(cell, err, carry); return;
+        }
+    }
     static Pattern choose(const SmallDotPixel& p, const SmallThresholds& t) {
         if (p.heavy || p.small > t.t1) return Pattern::Y1;
         if (p.small > t.t2) return Pattern::Y2;
