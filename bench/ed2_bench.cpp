@@ -4,12 +4,8 @@
 // to large dots), and the input is a smooth colour ramp with some noise, so
 // grid smoothing, history and all spread patterns take part.
 //
-// Usage: ed2_bench [lines]   (default 400 lines of 4800 pixels)
-// Reports CPU time per pixel as Mpixel/s.
-#include <ctime>
-#include <cstdio>
-#include <cstdlib>
-#include <cstring>
+#include <benchmark/benchmark.h>
+
 #include <vector>
 
 #include "halftone/dispatch.h"
@@ -93,45 +89,40 @@ struct BenchInstance {
         }
         ctx.buffers[kConversionTable].data = conversion.data();
         ctx.kernel = chooseKernel(ctx).kernel;
-        std::printf("%-20s", chooseKernel(ctx).name);
     }
 };
 
-void bench(uint32_t colourMode, uint32_t inputFormat, uint32_t resX, uint32_t resY, uint32_t lines) {
-    BenchInstance b(colourMode, inputFormat, resX, resY);
-    const uint32_t bpp = colourMode == 0 ? 1 : inputFormat == 4 ? 4 : 3;
+// One whole line per iteration; lines advance so the matrix rows and the
+// continuity rule see an ordinary page. Args: {colourMode, inputFormat, resX, resY}.
+void BM_Ed2Line(benchmark::State& state) {
+    const auto arg = [&](int i) { return static_cast<uint32_t>(state.range(i)); };
+    BenchInstance b(arg(0), arg(1), arg(2), arg(3));
+    state.SetLabel(chooseKernel(b.ctx).name);
+    const uint32_t bpp = arg(0) == 0 ? 1 : arg(1) == 4 ? 4 : 3;
     std::vector<uint8_t> in(kWidth * bpp);
     uint32_t seed = 12345;
     for (uint32_t x = 0; x < kWidth; ++x)
         for (uint32_t c = 0; c < bpp; ++c) {
-            seed = seed * 1103515245 + 12345;
+            seed = seed * 1103515245 + 12345;  // a little noise on the ramp
             const uint32_t ramp = (x * 255 / kWidth + 60 * c) % 256;
             in[x * bpp + c] = static_cast<uint8_t>((ramp + (seed >> 28)) & 0xFF);
         }
     const uint32_t stride = kWidth / 4 + 4;
     std::vector<uint8_t> out(4 * stride);
-    // Process CPU time, not wall time: the build machines are shared, and a
-    // busy neighbour would otherwise be counted as kernel time.
-    const std::clock_t start = std::clock();
-    for (uint32_t y = 0; y < lines; ++y) {
-        if (Halftone(&b.ctx, in.data(), out.data(), stride, 0, kWidth, 0, 0, y, 0, 0) != RC_OK) {
-            std::printf("failed\n");
-            return;
+    uint32_t line = 0;
+    for (auto _ : state) {
+        if (Halftone(&b.ctx, in.data(), out.data(), stride, 0, kWidth, 0, 0, line++, 0, 0) != RC_OK) {
+            state.SkipWithError("Halftone refused the run");
+            break;
         }
+        benchmark::DoNotOptimize(out.data());
     }
-    const double seconds = static_cast<double>(std::clock() - start) / CLOCKS_PER_SEC;
-    std::printf(" %-5s %8.1f Mpixel/s\n", colourMode == 0 ? "gray" : inputFormat == 4 ? "ink" : "rgb",
-                static_cast<double>(kWidth) * lines / seconds / 1e6);
+    state.SetItemsProcessed(static_cast<int64_t>(state.iterations()) * kWidth);
 }
+// Colour with three-channel and ink input, then gray, in each class.
+BENCHMARK(BM_Ed2Line)
+    ->Args({1, 3, 720, 720})->Args({1, 4, 720, 720})->Args({0, 0, 720, 720})
+    ->Args({1, 3, 1440, 720})->Args({1, 4, 1440, 720})->Args({0, 0, 1440, 720})
+    ->Args({1, 3, 720, 1440})->Args({1, 4, 720, 1440})->Args({0, 0, 720, 1440});
 
 }  // namespace
-
-int main(int argc, char** argv) {
-    const uint32_t lines = argc > 1 ? static_cast<uint32_t>(std::atoi(argv[1])) : 400;
-    for (auto [x, y] : {std::pair{720u, 720u}, {1440u, 720u}, {720u, 1440u}}) {
-        bench(1, 3, x, y, lines);
-        bench(1, 4, x, y, lines);
-        bench(0, 0, x, y, lines);
-    }
-    return 0;
-}
