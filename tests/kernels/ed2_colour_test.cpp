@@ -15,7 +15,7 @@ uint32_t pack(uint8_t v0, uint8_t v1, uint8_t v2, uint8_t v3) {
 }
 
 struct Colour : Ed2Hand {
-    explicit Colour(uint32_t inputFormat = 3, uint32_t resX = 720, uint32_t resY = 720, int32_t scaleMode = 0)
+    explicit Colour(uint32_t inputFormat = 2, uint32_t resX = 720, uint32_t resY = 720, int32_t scaleMode = 0)
         : Ed2Hand(ed2Settings(1, inputFormat, resX, resY, kWidth, scaleMode)) {}
     Planes out;
     uint32_t runPixels(const std::vector<uint8_t>& in, uint32_t count, uint32_t startX, uint32_t lineNo = 0,
@@ -331,7 +331,7 @@ TEST(Ed2ColourInput, DoubleYInkTakesTheLighterOfTwo) {
 }
 
 TEST(Ed2ColourInput, DoubleYRgbTakesTheSmallerChannelBytes) {
-    Colour c(3, 720, 1440, -1);
+    Colour c(2, 720, 1440, -1);
     c.setGridCell(254, 2, 255);
     c.setGridCell(255, 3, 255);
     c.setNode(2, 3, 3, pack(5, 0, 0, 0));

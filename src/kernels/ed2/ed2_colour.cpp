@@ -21,6 +21,7 @@
 #include "kernels/ed2/input_step.h"
 #include "kernels/ed2/matrix_scale.h"
 #include "kernels/kernels.h"
+#include "kernels/grid_node.h"
 #include "kernels/packing.h"
 
 namespace inkdot {
@@ -35,8 +36,7 @@ constexpr uint32_t kPlane1Column = 16;  // row B
 constexpr uint32_t kPlane2Column = 48;  // row A
 constexpr uint32_t kPlane3Column = 40;  // row B
 
-constexpr uint32_t kGridNodesPerAxis = 32;
-constexpr uint32_t kLastGridNode = kGridNodesPerAxis - 1;
+constexpr uint8_t kLastGridNode = kGridLevels - 1;
 
 // The small-dot history: a plane keeps diffusing while it has seen small-dot
 // ink at this pixel or one of the four non-white pixels before it. Bit 4 is
@@ -64,26 +64,14 @@ void gatherSplitRows(const HtContext& ctx, SplitRowInfo* rows) {
     }
 }
 
-// Grid node choice for one input byte: the lower node, or the next one when
-// the lower node's weight does not exceed the matrix value q. The weight is
-// at most 255 and q at most 254, so a byte exactly on a node never moves.
-struct GridStep {
-    int32_t node;
-    int32_t weight;
-};
-
-inline int32_t chooseGridNode(const GridStep& step, uint32_t q) {
-    return step.node + (step.weight <= static_cast<int32_t>(q) ? 1 : 0);
-}
-
 // Ink input: the pixel already holds the four split rows, white being 0 in all.
 template <bool ReducesPairs>
 class InkPixels {
 public:
-    static constexpr uint32_t kBytesPerPixel = 4;
     static constexpr bool kReducesPairs = ReducesPairs;
 
     explicit InkPixels(const HtContext&) {}
+    uint32_t pixelBytes() const { return 4; }
 
     // Reads one pixel (or the lighter of a pair, byte by byte); false when white.
     bool load(const uint8_t* in, bool reduce) {
@@ -106,24 +94,27 @@ private:
 template <bool ReducesPairs>
 class RgbPixels {
 public:
-    static constexpr uint32_t kBytesPerPixel = 3;
     static constexpr bool kReducesPairs = ReducesPairs;
     static constexpr uint32_t kWhiteSum = 3 * 255;
 
-    explicit RgbPixels(const HtContext& ctx) : grid_(slotData<uint32_t>(ctx, kConversionTable)) {
+    // Three colour bytes a pixel, or four when a padding byte follows them
+    // (inputFormat 3), as replication copies them.
+    explicit RgbPixels(const HtContext& ctx)
+        : grid_(slotData<uint32_t>(ctx, kConversionTable)), pixelBytes_(inkdot::bytesPerPixel(ctx.inputFormat)) {
         const uint8_t* cells = slotData<uint8_t>(ctx, kGridCellTable);
         for (uint32_t v = 0; v < 256; ++v) {
             // A lower node at the grid's last node has no next one: it is held
             // there (weight 255 never moves), so a stray table entry cannot
             // address a node outside the 32 x 32 x 32 grid.
-            const uint32_t node = cells[2 * v];
-            steps_[v] = node >= kLastGridNode ? GridStep{kLastGridNode, 255}
-                                              : GridStep{static_cast<int32_t>(node), cells[2 * v + 1]};
+            const uint8_t node = cells[2 * v];
+            steps_[v] = node >= kLastGridNode ? GridCell{kLastGridNode, 255} : GridCell{node, cells[2 * v + 1]};
         }
     }
 
+    uint32_t pixelBytes() const { return pixelBytes_; }
+
     bool load(const uint8_t* in, bool reduce) {
-        for (uint32_t c = 0; c < 3; ++c) bytes_[c] = reduce ? std::min(in[c], in[c + 3]) : in[c];
+        for (uint32_t c = 0; c < 3; ++c) bytes_[c] = reduce ? std::min(in[c], in[c + pixelBytes_]) : in[c];
         return uint32_t{bytes_[0]} + bytes_[1] + bytes_[2] != kWhiteSum;
     }
 
@@ -131,13 +122,13 @@ public:
         int32_t node[3];
         bool neighbours = true;
         for (uint32_t c = 0; c < 3; ++c) {
-            node[c] = chooseGridNode(steps_[bytes_[c]], q);
+            node[c] = gridNode(steps_[bytes_[c]].node, steps_[bytes_[c]].weight, q);
             // -1, 0 or +1 from the previous pixel's node, as one unsigned test
             neighbours &= static_cast<uint32_t>(node[c] - previousNode_[c] + 1) <= 2;
             previousNode_[c] = node[c];
         }
         // Byte 2 runs along the slowest axis, byte 0 along the fastest.
-        InkLanes v = InkLanes::fromPacked(grid_[(node[2] * kGridNodesPerAxis + node[1]) * kGridNodesPerAxis + node[0]]);
+        InkLanes v = InkLanes::fromPacked(grid_[gridEntry({node[0], node[1], node[2]})]);
         if (neighbours) v = averageLanes(previous_, v, round);
         previous_ = v;
         return v;
@@ -145,7 +136,8 @@ public:
 
 private:
     const uint32_t* grid_;
-    GridStep steps_[256];
+    uint32_t pixelBytes_;
+    GridCell steps_[256];
     uint8_t bytes_[3] = {};
     int32_t previousNode_[3] = {-2, -2, -2};  // -2: the run's first pixel has no neighbour
     InkLanes previous_{0, 0};
@@ -198,7 +190,7 @@ void colourRun(HtContext& ctx, const HtRun& run) {
     const uint16_t* rowB = matrix + ((run.lineNo + kRowBOffset) % ctx.matrixHeight) * ctx.matrixWidth;
     const uint32_t columnMask = ctx.matrixWidth - 1;
     const ed2::SmallThresholds bands = ed2::smallThresholds(ctx);
-    const InputStep step = inputStep(ctx.scaleMode, Pixels::kBytesPerPixel, Pixels::kReducesPairs);
+    const InputStep step = inputStep(ctx.scaleMode, pixels.pixelBytes(), Pixels::kReducesPairs);
     const bool reduce = Pixels::kReducesPairs && ctx.scaleMode == -1;
     DiffusedPlane plane0{errorLine(ctx, 0)}, plane1{errorLine(ctx, 1)}, plane3{errorLine(ctx, 2)};
 
