@@ -34,8 +34,8 @@ void halftoneFrom(const CmLut* lut, uint8_t choice) {
         rc = HalftoneSetResourceSized(ht, order[phase]->data(), static_cast<uint32_t>(order[phase]->size()), &next);
     }
     if (rc == RC_OK) {
-        uint8_t src[40 * 3];
-        for (int i = 0; i < 40 * 3; ++i) src[i] = static_cast<uint8_t>(i * 13);
+        uint8_t src[40 * 4];  // gray or four-byte colour pixels (inputFormat 3 is padded to four)
+        for (int i = 0; i < 40 * 4; ++i) src[i] = static_cast<uint8_t>(i * 13);
         uint8_t dst[4 * 10] = {};
         Halftone(ht, src, dst, 10, 0, 40, 0, 0, 0, 0, 0);
     }
