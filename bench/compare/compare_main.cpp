@@ -111,6 +111,10 @@ int run(const Options& o, const char* argv0) {
     const std::vector<uint8_t> rgb = bench::photoImage(3, o.width, o.height);
     const std::vector<uint8_t> gray = bench::photoImage(1, o.width, o.height);
     std::vector<Row> rows;
+    double grayInk = 0;
+    for (uint8_t v : gray) grayInk += 255 - v;
+    std::printf("Mean ink of the gray image: %.3f (a halftone's dot share differs by its dot-gain correction).\n",
+                grayInk / 255.0 / static_cast<double>(n));
     const double rgbToCmykBase = bandwidthSeconds(3 * n, 4 * n, o.reps);
 
     // Colour conversion: one table, two interpolators.

@@ -31,9 +31,10 @@ ColourManagement::ColourManagement(uint8_t gridPoints) {
     rc_ = CmNew(&s1, &s2, 0, &next, &ctx_);
     if (rc_ != RC_OK) return;
 
+    std::string thirdName = "M";  // the third name list's entry that the instance's process level selects
+    thirdName += std::to_string(ctx_->selectC);
     test::IndexTextWriter index;
-    index.add(static_cast<int32_t>(kTableBlock), kTableId, "L3", "Photo", 0, 0, "M" + std::to_string(ctx_->selectC), 0,
-              0);
+    index.add(static_cast<int32_t>(kTableBlock), kTableId, "L3", "Photo", 0, 0, thirdName, 0, 0);
     test::ColourTableWriter table;
     table.gridCount[0] = table.gridCount[1] = table.gridCount[2] = gridPoints;
     table.inkParam[0] = 250;  // the ink amounts one-bit halftoning accepts

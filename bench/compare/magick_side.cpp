@@ -3,6 +3,7 @@
 
 #include <magick/MagickCore.h>
 
+#include <algorithm>
 #include <cstring>
 #include <set>
 
@@ -72,25 +73,28 @@ double MagickImage::timedRun(MagickOp op) {
     return done == MagickTrue ? elapsed : -1;
 }
 
-double MagickImage::inkCoverage() const {
-    if (result_ == nullptr) return 0;
-    const unsigned channels = cmyk_ ? 4 : 1;
-    std::vector<uint8_t> out(static_cast<size_t>(width_) * height_ * channels);
+std::vector<uint8_t> MagickImage::exported() const {
+    if (result_ == nullptr) return {};
+    std::vector<uint8_t> out(static_cast<size_t>(width_) * height_ * (cmyk_ ? 4 : 1));
     ExceptionInfo* exception = AcquireExceptionInfo();
     ExportImagePixels(asImage(result_), 0, 0, width_, height_, cmyk_ ? "CMYK" : "I", CharPixel, out.data(), exception);
     DestroyExceptionInfo(exception);
+    return out;
+}
+
+double MagickImage::inkCoverage() const {
+    const std::vector<uint8_t> out = exported();
+    if (out.empty()) return 0;
+    // Quantizing to two grays picks its own pair of levels, not always black and white.
+    const uint8_t darkest = *std::min_element(out.begin(), out.end());
     size_t inked = 0;
-    for (uint8_t v : out) inked += cmyk_ ? v >= 128 : v < 128;  // CMYK holds ink, gray holds light
+    for (uint8_t v : out) inked += cmyk_ ? v >= 128 : v == darkest;
     return static_cast<double>(inked) / static_cast<double>(out.size());
 }
 
 unsigned MagickImage::distinctLevels() const {
-    if (result_ == nullptr) return 0;
+    const std::vector<uint8_t> out = exported();
     const unsigned channels = cmyk_ ? 4 : 1;
-    std::vector<uint8_t> out(static_cast<size_t>(width_) * height_ * channels);
-    ExceptionInfo* exception = AcquireExceptionInfo();
-    ExportImagePixels(asImage(result_), 0, 0, width_, height_, cmyk_ ? "CMYK" : "I", CharPixel, out.data(), exception);
-    DestroyExceptionInfo(exception);
     unsigned most = 0;
     for (unsigned c = 0; c < channels; ++c) {
         std::set<uint8_t> seen;

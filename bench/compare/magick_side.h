@@ -38,12 +38,15 @@ public:
     // inkCoverage and distinctLevels.
     double timedRun(MagickOp op);
 
-    // Fraction of pixels (over all channels) that print after the last run.
+    // Fraction of pixel values (over all channels) that print after the
+    // last run: the darker of two gray levels, CMYK values of 128 and up.
     double inkCoverage() const;
     // Largest number of different values found in one channel after the last run.
     unsigned distinctLevels() const;
 
 private:
+    std::vector<uint8_t> exported() const;
+
     void* image_ = nullptr;
     void* result_ = nullptr;
     void* palette_ = nullptr;  // the 16 bilevel CMYK inks, for remapping
