@@ -1,36 +1,13 @@
 # Cross build of the 32-bit Windows library, inkdot.dll, with Debian's mingw-w64
-# toolchain (package g++-mingw-w64-i686):
+# toolchain (packages g++-mingw-w64-i686, binutils-mingw-w64-i686):
 #
-#   cmake -S . -B build-win32 -G Ninja -DCMAKE_TOOLCHAIN_FILE=cmake/mingw-i686.cmake \
+#   cmake -S . -B build/win32 -G Ninja -DCMAKE_TOOLCHAIN_FILE=cmake/mingw-i686.cmake \
 #         -DCMAKE_BUILD_TYPE=Release
-#   ninja -C build-win32
+#   cmake --build build/win32
 #
 # scripts/build-dll.sh does exactly this and checks the export table. The test
 # suite is built too, with GoogleTest compiled from /usr/src/googletest by the
 # same toolchain (INKDOT_GTEST_FROM_SOURCE is on by default in a cross build).
-set(CMAKE_SYSTEM_NAME Windows)
 set(CMAKE_SYSTEM_PROCESSOR i686)
-
 set(INKDOT_MINGW_TRIPLE i686-w64-mingw32)
-# The posix thread model, so that std::thread and std::mutex exist for the tests;
-# its winpthread runtime is linked in statically like the rest (below).
-set(CMAKE_C_COMPILER ${INKDOT_MINGW_TRIPLE}-gcc-posix)
-set(CMAKE_CXX_COMPILER ${INKDOT_MINGW_TRIPLE}-g++-posix)
-set(CMAKE_RC_COMPILER ${INKDOT_MINGW_TRIPLE}-windres)
-
-set(CMAKE_FIND_ROOT_PATH /usr/${INKDOT_MINGW_TRIPLE})
-set(CMAKE_FIND_ROOT_PATH_MODE_PROGRAM NEVER)
-set(CMAKE_FIND_ROOT_PATH_MODE_LIBRARY ONLY)
-set(CMAKE_FIND_ROOT_PATH_MODE_INCLUDE ONLY)
-set(CMAKE_FIND_ROOT_PATH_MODE_PACKAGE ONLY)
-
-# A driver loads inkdot.dll on its own: the C++ runtime, libgcc and winpthread
-# are linked in, so the DLL imports nothing but system libraries.
-set(CMAKE_SHARED_LINKER_FLAGS_INIT "-static")
-set(CMAKE_EXE_LINKER_FLAGS_INIT "-static")
-
-# ctest runs the Windows test programs under Wine when it is installed.
-find_program(INKDOT_WINE wine)
-if(INKDOT_WINE)
-  set(CMAKE_CROSSCOMPILING_EMULATOR ${INKDOT_WINE})
-endif()
+include(${CMAKE_CURRENT_LIST_DIR}/mingw-common.cmake)
