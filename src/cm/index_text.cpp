@@ -35,7 +35,13 @@ struct Cursor {
         while (isBlank(here())) ++at;
         int length = 0;
         while (!isBlank(here()) && !endsLine(here())) {
-            if (length == kIndexMaxTokenChars) { broken = true; return; }
+            if (length == kIndexMaxTokenChars) {
+                // Too long: the text is broken, and the token reads as empty
+                // so that nobody converts or copies a half-read one.
+                broken = true;
+                out[0] = '\0';
+                return;
+            }
             out[length++] = static_cast<char>(here());
             ++at;
         }
