@@ -24,7 +24,7 @@ struct Row {
     const char* name;
 };
 
-#define ROW(condition, kernel) {[](const HtContext& c) { return condition; }, kernel, #kernel}
+#define ROW(condition, kernel) {[]([[maybe_unused]] const HtContext& c) { return condition; }, kernel, #kernel}
 
 // clang-format off
 constexpr Row kRows[] = {

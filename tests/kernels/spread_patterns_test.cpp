@@ -1,0 +1,111 @@
+#include <gtest/gtest.h>
+
+#include <vector>
+
+#include "kernels/ed1/spread_patterns.h"
+
+namespace inkdot {
+namespace {
+
+using namespace patterns;
+
+// Weights are taken from the pattern definitions themselves.
+static_assert(weightIn64ths<G0>() == 64 && weightIn64ths<G1>() == 64);
+static_assert(weightIn64ths<G2a>() == 64 && weightIn64ths<G2b>() == 64);
+static_assert(weightIn64ths<G3>() == 64 && weightIn64ths<G4a>() == 64 && weightIn64ths<G4b>() == 64);
+static_assert(weightIn64ths<G5a>() == 60 && weightIn64ths<G5b>() == 60, "G5 spreads 30/32");
+static_assert(weightIn64ths<H0a>() == 64 && weightIn64ths<H0b>() == 64 && weightIn64ths<H1>() == 64);
+static_assert(weightIn64ths<H2>() == 64 && weightIn64ths<H3>() == 64 && weightIn64ths<H4>() == 64);
+static_assert(weightIn64ths<H5>() == 64);
+static_assert(weightIn64ths<Y0>() == 64 && weightIn64ths<Y1>() == 64);
+static_assert(weightIn64ths<Y2>() == 64 && weightIn64ths<Y3>() == 64);
+
+// A line of cells with the margin in front; column x is cells[40 + x].
+struct Cells {
+    std::vector<int32_t> cells = std::vector<int32_t>(100, 0);
+    int32_t* at(int x) { return cells.data() + 40 + x; }
+    int32_t total() const { int32_t s = 0; for (int32_t c : cells) s += c; return s; }
+};
+
+template <class P>
+void expectSpreadsItsWeights(int err) {
+    Cells line;
+    int32_t carry = 7;
+    spread<P>(line.at(0), err, carry);
+    // The cell at x got its weight plus the old carry; the +1 weight travels in the new carry.
+    const int32_t expectedTotal = (weightIn64ths<P>() * err) / 2 + 7;
+    EXPECT_EQ(line.total() + carry, expectedTotal);
+}
+
+TEST(SpreadPatterns, EveryPatternDeliversItsWholeWeight) {
+    expectSpreadsItsWeights<G0>(10);  expectSpreadsItsWeights<G1>(10);
+    expectSpreadsItsWeights<G2a>(10); expectSpreadsItsWeights<G2b>(10);
+    expectSpreadsItsWeights<G3>(10);  expectSpreadsItsWeights<G4a>(10);
+    expectSpreadsItsWeights<G4b>(10); expectSpreadsItsWeights<G5a>(10);
+    expectSpreadsItsWeights<G5b>(10); expectSpreadsItsWeights<H0a>(10);
+    expectSpreadsItsWeights<H0b>(10); expectSpreadsItsWeights<H1>(10);
+    expectSpreadsItsWeights<H2>(10);  expectSpreadsItsWeights<H3>(10);
+    expectSpreadsItsWeights<H4>(10);  expectSpreadsItsWeights<H5>(10);
+    expectSpreadsItsWeights<Y0>(10);  expectSpreadsItsWeights<Y1>(10);
+    expectSpreadsItsWeights<Y2>(10);  expectSpreadsItsWeights<Y3>(10);
+}
+
+TEST(SpreadPatterns, G1PlacesCarryAndNeighbours) {
+    Cells line;
+    int32_t carry = 5;
+    spread<G1>(line.at(0), -208, carry);
+    EXPECT_EQ(*line.at(1), -1664);   // this line, x+1: 8
+    EXPECT_EQ(*line.at(2), -832);    // this line, x+2: 4
+    EXPECT_EQ(*line.at(-2), -832);   // next line, x-2: 4
+    EXPECT_EQ(*line.at(-1), -832);   // next line, x-1: 4
+    EXPECT_EQ(*line.at(0), -1664 + 5);
+    EXPECT_EQ(carry, -832);          // next line, x+1: 4
+}
+
+TEST(SpreadPatterns, PatternWithoutPlusOneLeavesNoCarry) {
+    Cells line;
+    int32_t carry = 99;
+    spread<G0>(line.at(0), 30, carry);
+    EXPECT_EQ(*line.at(0), 240 + 99);
+    EXPECT_EQ(carry, 0);
+}
+
+TEST(SpreadPatterns, H5HalvesByArithmeticShift) {
+    Cells line;
+    int32_t carry = 0;
+    spread<H5>(line.at(0), -5, carry);
+    EXPECT_EQ(*line.at(10), -3);   // h = -5 >> 1
+    EXPECT_EQ(*line.at(23), -3);
+    EXPECT_EQ(*line.at(-21), -3);
+    EXPECT_EQ(*line.at(9), -5);
+    EXPECT_EQ(*line.at(0), -3);
+    EXPECT_EQ(carry, -3);
+    EXPECT_EQ(*line.at(24), 0);
+    EXPECT_EQ(*line.at(-22), 0);
+}
+
+template <class P>
+void expectRuntimeChoice(Pattern pattern) {
+    Cells a, b;
+    int32_t ca = 3, cb = 3;
+    spread(pattern, a.at(0), 77, ca);
+    spread<P>(b.at(0), 77, cb);
+    EXPECT_EQ(a.cells, b.cells) << static_cast<int>(pattern);
+    EXPECT_EQ(ca, cb);
+}
+
+TEST(SpreadPatterns, RuntimeChoiceNamesTheRightPattern) {
+    expectRuntimeChoice<G0>(Pattern::G0);   expectRuntimeChoice<G1>(Pattern::G1);
+    expectRuntimeChoice<G2a>(Pattern::G2a); expectRuntimeChoice<G2b>(Pattern::G2b);
+    expectRuntimeChoice<G3>(Pattern::G3);   expectRuntimeChoice<G4a>(Pattern::G4a);
+    expectRuntimeChoice<G4b>(Pattern::G4b); expectRuntimeChoice<G5a>(Pattern::G5a);
+    expectRuntimeChoice<G5b>(Pattern::G5b); expectRuntimeChoice<H0a>(Pattern::H0a);
+    expectRuntimeChoice<H0b>(Pattern::H0b); expectRuntimeChoice<H1>(Pattern::H1);
+    expectRuntimeChoice<H2>(Pattern::H2);   expectRuntimeChoice<H3>(Pattern::H3);
+    expectRuntimeChoice<H4>(Pattern::H4);   expectRuntimeChoice<H5>(Pattern::H5);
+    expectRuntimeChoice<Y0>(Pattern::Y0);   expectRuntimeChoice<Y1>(Pattern::Y1);
+    expectRuntimeChoice<Y2>(Pattern::Y2);   expectRuntimeChoice<Y3>(Pattern::Y3);
+}
+
+}  // namespace
+}  // namespace inkdot
