@@ -33,6 +33,18 @@ std::string stemOf(const std::string& path) {
     return stem.empty() ? "page" : stem;
 }
 
+// Removes an output directory that this run made, if the run fails before
+// anything was put into it. Declared before the writers, so it runs after
+// their temporary files are gone.
+struct MadeDirectory {
+    std::filesystem::path path;
+    bool keep = false;
+    ~MadeDirectory() {
+        std::error_code ec;
+        if (!keep && !path.empty()) std::filesystem::remove(path, ec);  // only removes an empty directory
+    }
+};
+
 int fail(std::ostream& err, const std::string& message) {
     err << "inkdot print: " << message << "\n";
     return kExitFailed;
@@ -69,6 +81,8 @@ int printCommand(const std::vector<std::string>& args, std::ostream& out, std::o
     if (pageHeight > 0xFFFFFFu) return fail(err, "the image is too tall to print");
 
     std::error_code ec;
+    MadeDirectory made;
+    if (!std::filesystem::exists(options.outputDir, ec)) made.path = options.outputDir;
     std::filesystem::create_directories(options.outputDir, ec);
     if (ec) return fail(err, "cannot make " + options.outputDir + ": " + ec.message());
 
@@ -108,6 +122,7 @@ int printCommand(const std::vector<std::string>& args, std::ostream& out, std::o
     for (PlaneWriter& w : writers)
         if (!w.finish(error)) return fail(err, error);
     if (!preview.finish(error)) return fail(err, error);
+    made.keep = true;
 
     out << "printed " << options.input << ": " << job->outputWidth() << " x " << pageHeight << " dots at " << dpi.x
         << "x" << dpi.y << " dpi, " << bits << " bit" << (bits == 1 ? "" : "s") << ", table " << job->modelId()
