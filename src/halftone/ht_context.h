@@ -69,6 +69,10 @@ struct HtContext {
     // The kernel chosen when the resource protocol completed; null until then,
     // so a Halftone call on an instance that was not fed completely is refused.
     inkdot::HtKernel kernel;
+    // The phase whose call failed, 0 while none has. Tables after a failed
+    // phase are incomplete, so every later call is refused and the instance
+    // never becomes ready: it is deleted and created anew.
+    uint32_t failedPhase;
 };
 
 namespace inkdot {

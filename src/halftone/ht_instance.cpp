@@ -34,16 +34,19 @@ uint32_t halftoneNew(const HtSettings* settings, const CmLut* lut, uint32_t rese
     ctx->prevLineNo = 0;
     ctx->prevRunEnd = 0;
     clearSlots(*ctx);
+    return checkSettings(*ctx);
+}
 
-    const bool gray = ctx->inputFormat == 0;
-    const bool colour = ctx->colourMode != 0;
-    if (gray == colour || ctx->inputFormat == 1 || ctx->inputFormat == 7) return RC_ARG + 1;
+uint32_t checkSettings(const HtContext& ctx) {
+    const bool gray = ctx.inputFormat == 0;
+    const bool colour = ctx.colourMode != 0;
+    if (gray == colour || ctx.inputFormat == 1 || ctx.inputFormat == 7) return RC_ARG + 1;
     // Only one-bit and two-bit output exist. Other values would be dispatched
     // as one-bit output but built with tables of another shape, so they are refused.
-    if (ctx->outputBits != 1 && ctx->outputBits != 2) return RC_ARG + 1;
+    if (ctx.outputBits != 1 && ctx.outputBits != 2) return RC_ARG + 1;
     // No kernel has a reading for six-byte pixels (they step three bytes, or
     // four for ink input), so such a layout is refused up front.
-    if (bytesPerPixel(ctx->inputFormat) == 6) return RC_ARG + 1;
+    if (bytesPerPixel(ctx.inputFormat) == 6) return RC_ARG + 1;
     return RC_OK;
 }
 

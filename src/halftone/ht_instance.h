@@ -15,4 +15,8 @@ uint32_t halftone(HtContext* ctx, const uint8_t* src, uint8_t* dst, uint32_t pla
                   uint32_t lineNo, uint32_t reserved10, uint32_t option11);
 uint32_t halftoneDelete(HtContext* ctx);
 
+// The settings HalftoneNew refuses (RC_ARG + 1) though it hands the record
+// back; the resource protocol refuses to feed such an instance as well.
+uint32_t checkSettings(const HtContext& ctx);
+
 }  // namespace inkdot

@@ -4,9 +4,6 @@
 
 namespace inkdot {
 
-uint32_t Ed1MonoGeneral(HtContext&, const HtRun&) { return RC_DATA; }
-uint32_t Ed1Mono1440x720(HtContext&, const HtRun&) { return RC_DATA; }
-uint32_t Ed1MonoDoubleY(HtContext&, const HtRun&) { return RC_DATA; }
 uint32_t Ed1ColourGeneral(HtContext&, const HtRun&) { return RC_DATA; }
 uint32_t Ed1Colour1440x720(HtContext&, const HtRun&) { return RC_DATA; }
 uint32_t Ed1ColourDoubleY(HtContext&, const HtRun&) { return RC_DATA; }

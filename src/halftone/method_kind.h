@@ -1,0 +1,13 @@
+// Which halftoning methods dither and which diffuse error.
+#pragma once
+
+#include <cstdint>
+
+namespace inkdot {
+
+// Methods 3 (threshold matrix) and 0 (fixed threshold) are the dither methods.
+// Every other method, 1 and 2 included, is error diffusion: it gets error
+// lines, a plain tone table and the error-diffusion kernels.
+constexpr bool isDitherMethod(uint32_t method) { return method == 3 || method == 0; }
+
+}  // namespace inkdot

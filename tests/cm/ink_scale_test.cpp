@@ -1,0 +1,41 @@
+#include <gtest/gtest.h>
+
+#include "cm/ink_scale.h"
+
+namespace inkdot {
+namespace {
+
+TEST(InkScale, IdentityAtOneHundredPercent) {
+    for (int v = 0; v <= 255; ++v) EXPECT_EQ(inkScale(static_cast<uint8_t>(v), 100, 100), v) << v;
+}
+
+TEST(InkScale, WorkedValues) {
+    // A = 150, B = 100. v = 128: t = 127^2 x 50 + 1 = 806451, u = (3162 + 25500) / 100 = 286,
+    // (143 + 32640) / 286 = 114.
+    EXPECT_EQ(inkScale(128, 150, 100), 114);
+    // v = 0: u = (12750 + 25500) / 100 = 382; (191 + 0) / 382 = 0.
+    EXPECT_EQ(inkScale(0, 150, 100), 0);
+    // v = 255: t = 1, u = 255; (127 + 65025) / 255 = 255.
+    EXPECT_EQ(inkScale(255, 150, 100), 255);
+}
+
+TEST(InkScale, LargerPercentagesLowerTheValue) {
+    for (int v = 0; v <= 255; ++v) {
+        EXPECT_LE(inkScale(static_cast<uint8_t>(v), 130, 120), v);
+        EXPECT_LE(inkScale(static_cast<uint8_t>(v), 200, 200), inkScale(static_cast<uint8_t>(v), 130, 120));
+    }
+}
+
+TEST(InkScale, OutOfRangeTablesAreClampedOrLeftAlone) {
+    // A = B = 50: u = 127, v = 200 gives (63 + 51000) / 127 = 402: clamped.
+    EXPECT_EQ(inkScale(200, 50, 50), 255);
+    // A = B = 0: u = (1 / 255 + 0) / 100 = 0: the value stays.
+    for (int v : {0, 1, 77, 255}) EXPECT_EQ(inkScale(static_cast<uint8_t>(v), 0, 0), v);
+    // Negative u (B far below 0) gives a negative quotient: clamped to 0.
+    EXPECT_EQ(inkScale(200, 0, -1000), 0);
+    // Extreme 16-bit percentages wrap in 32 bits instead of overflowing.
+    for (int v = 0; v <= 255; ++v) (void)inkScale(static_cast<uint8_t>(v), 32767, -32768);
+}
+
+}  // namespace
+}  // namespace inkdot

@@ -1,0 +1,131 @@
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <cstring>
+#include <random>
+#include <vector>
+
+#include "cm/interpolate.h"
+
+namespace inkdot {
+namespace {
+
+// A CmLut over caller-owned node data, levels the same on every axis.
+struct Grid {
+    CmLut lut{};
+    std::vector<uint8_t> data;
+    Grid(std::vector<uint8_t> levels, uint32_t channels, uint8_t (*value)(uint32_t, uint32_t, uint32_t, uint32_t)) {
+        const auto n = static_cast<uint32_t>(levels.size());
+        lut.channels = channels;
+        for (int a = 0; a < 3; ++a) {
+            lut.gridCount[a] = n;
+            std::copy(levels.begin(), levels.end(), lut.grid[a]);
+        }
+        for (uint32_t i0 = 0; i0 < n; ++i0)
+            for (uint32_t i1 = 0; i1 < n; ++i1)
+                for (uint32_t i2 = 0; i2 < n; ++i2)
+                    for (uint32_t c = 0; c < channels; ++c) data.push_back(value(i0, i1, i2, c));
+        lut.lutData = data.data();
+    }
+    const uint8_t* node(uint32_t i0, uint32_t i1, uint32_t i2) const {
+        const uint32_t n = lut.gridCount[0];
+        return data.data() + ((i0 * n + i1) * n + i2) * lut.channels;
+    }
+};
+
+uint8_t scrambled(uint32_t i0, uint32_t i1, uint32_t i2, uint32_t c) {
+    return static_cast<uint8_t>((i0 * 73 + i1 * 151 + i2 * 37 + c * 59 + i0 * i1 * i2 * 11) % 256);
+}
+
+TEST(Interpolate, ExactAtGridPoints) {
+    const Grid g({0, 30, 100, 101, 255}, 3, scrambled);
+    for (uint32_t i0 = 0; i0 < 5; ++i0)
+        for (uint32_t i1 = 0; i1 < 5; ++i1)
+            for (uint32_t i2 = 0; i2 < 5; ++i2) {
+                const uint8_t rgb[3] = {g.lut.grid[0][i0], g.lut.grid[1][i1], g.lut.grid[2][i2]};
+                uint8_t out[3];
+                interpolateRgb(g.lut, 1, rgb, out);
+                ASSERT_EQ(std::memcmp(out, g.node(i0, i1, i2), 3), 0) << i0 << i1 << i2;
+            }
+}
+
+TEST(Interpolate, DiagonalUsesOnlyTheTwoDiagonalNodes) {
+    const Grid g({0, 100, 255}, 2, scrambled);
+    for (uint32_t v = 0; v <= 255; ++v) {
+        const uint32_t cell = v <= 100 ? 1 : 2;
+        const uint32_t x0 = g.lut.grid[0][cell - 1];
+        const uint32_t dx = g.lut.grid[0][cell] - x0;
+        const uint32_t fx = v - x0;
+        const uint8_t rgb[3] = {static_cast<uint8_t>(v), static_cast<uint8_t>(v), static_cast<uint8_t>(v)};
+        uint8_t out[2];
+        interpolateRgb(g.lut, 1, rgb, out);
+        for (uint32_t c = 0; c < 2; ++c) {
+            const uint32_t low = g.node(cell - 1, cell - 1, cell - 1)[c];
+            const uint32_t high = g.node(cell, cell, cell)[c];
+            EXPECT_EQ(out[c], (low * (dx - fx) + high * fx) / dx) << "v " << v;
+        }
+    }
+}
+
+TEST(Interpolate, WorkedTetrahedra) {
+    // Two points per axis, one channel, eight unrelated node values.
+    const Grid g({0, 255}, 1, [](uint32_t a, uint32_t b, uint32_t c, uint32_t) {
+        static const uint8_t v[8] = {10, 30, 90, 200, 250, 60, 120, 40};  // index a*4 + b*2 + c
+        return v[a * 4 + b * 2 + c];
+    });
+    struct Case { uint8_t x, y, z; uint8_t want; };
+    const Case cases[] = {
+        // fx >= fy >= fz: V000 55, V100 100, V110 50, V111 50 -> (550 + 25000 + 6000 + 2000) / 255
+        {200, 100, 50, 131},
+        // fx >= fz > fy: V000 55, V100 150, V101 20, V111 30 -> (550 + 37500 + 1200 + 1200) / 255
+        {200, 30, 50, 158},
+        // fz > fx >= fy: V000 (255-200), V001 100, V101 50, V111 50 -> (550 + 3000 + 3000 + 2000) / 255
+        {100, 50, 200, 33},
+        // fy > fx >= fz: V000 55, V010 100, V110 50, V111 50 -> (550 + 9000 + 6000 + 2000) / 255
+        {100, 200, 50, 68},
+        // fy >= fz > fx: V000 55, V010 50, V011 50, V111 100 -> (550 + 4500 + 10000 + 4000) / 255
+        {100, 200, 150, 74},
+        // fz > fy > fx: V000 55, V001 50, V011 50, V111 100 -> (550 + 1500 + 10000 + 4000) / 255
+        {100, 150, 200, 62},
+    };
+    for (const Case& c : cases) {
+        const uint8_t rgb[3] = {c.x, c.y, c.z};
+        uint8_t out = 0;
+        interpolateRgb(g.lut, 1, rgb, &out);
+        EXPECT_EQ(out, c.want) << int(c.x) << "," << int(c.y) << "," << int(c.z);
+    }
+}
+
+// Tetrahedral interpolation reproduces a function linear in r, g, b exactly
+// (before the final truncation) on a two-point grid.
+TEST(Interpolate, LinearFunctionsAreReproduced) {
+    const Grid g({0, 255}, 3, [](uint32_t a, uint32_t b, uint32_t c, uint32_t ch) {
+        const uint32_t weights[3][3] = {{100, 50, 25}, {0, 255, 0}, {85, 85, 85}};
+        return static_cast<uint8_t>(a * weights[ch][0] + b * weights[ch][1] + c * weights[ch][2]);
+    });
+    std::mt19937 rng(7);
+    for (int t = 0; t < 5000; ++t) {
+        const uint8_t rgb[3] = {static_cast<uint8_t>(rng()), static_cast<uint8_t>(rng()), static_cast<uint8_t>(rng())};
+        uint8_t out[3];
+        interpolateRgb(g.lut, 1, rgb, out);
+        EXPECT_EQ(out[0], (100u * rgb[0] + 50u * rgb[1] + 25u * rgb[2]) / 255);
+        EXPECT_EQ(out[1], rgb[1]);
+        EXPECT_EQ(out[2], (85u * rgb[0] + 85u * rgb[1] + 85u * rgb[2]) / 255);
+    }
+}
+
+TEST(Interpolate, PixelLayoutAndConstantGrid) {
+    const Grid g({0, 17, 200, 255}, 4, [](uint32_t, uint32_t, uint32_t, uint32_t c) {
+        return static_cast<uint8_t>(40 + c);
+    });
+    std::mt19937 rng(3);
+    std::vector<uint8_t> src(4 * 300);
+    for (auto& b : src) b = static_cast<uint8_t>(rng());
+    std::vector<uint8_t> dst(4 * 300, 0xEE);
+    interpolatePixels(g.lut, PixelLayout{4, 1, 2, 3}, 300, src.data(), dst.data());
+    for (size_t p = 0; p < 300; ++p)
+        for (uint32_t c = 0; c < 4; ++c) ASSERT_EQ(dst[p * 4 + c], 40 + c);  // weights always sum to dx
+}
+
+}  // namespace
+}  // namespace inkdot

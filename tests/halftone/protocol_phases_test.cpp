@@ -1,0 +1,183 @@
+// The phase machine: request list, answers, the phase counter and completion.
+#include <gtest/gtest.h>
+
+#include "halftone/dispatch.h"
+#include "support/ht_fixture.h"
+#include "support/memory_watch.h"
+
+namespace inkdot {
+namespace {
+
+using test::Bytes;
+using test::HtBlocks;
+using test::HtInstance;
+using test::MonoLut;
+
+const auto kGray = [](int v) { return 255 - v; };
+
+HtSettings monoEd(uint32_t resX = 720, uint32_t resY = 720) {
+    HtSettings s = test::htSettings(1, 0, 1);
+    s.resolutionX = resX;
+    s.resolutionY = resY;
+    return s;
+}
+
+TEST(RequestList, ListStartingWithTerminatorAnswersMinusOne) {
+    test::MemoryWatch watch;
+    MonoLut lut(kGray);
+    HtBlocks blocks;
+    blocks.requestList = test::requestListBlock({});
+    HtInstance ht(monoEd(), lut.lut, blocks, 1);
+    EXPECT_EQ(ht.rc, RC_OK);
+    EXPECT_EQ(ht.answers[0], 0xFFFFFFFFu);
+    EXPECT_EQ(ht.ctx->requestIds[0], 65535);
+}
+
+TEST(RequestList, TwoIdsAndTheClassAnswers) {
+    struct Case { uint32_t resX, resY, rc, answer; };
+    const Case cases[] = {
+        {720, 480, RC_OK, 101},       // General: position 1
+        {720, 360, RC_DATA, 0xDEADBEEF},  // resolutionX = 2 x resolutionY: position 2 is the terminator
+        {1440, 720, RC_OK, 0},        // position 3 behind the terminator
+        {360, 720, RC_OK, 0},         // DoubleY: position 4 behind the terminator
+    };
+    for (const Case& c : cases) {
+        test::MemoryWatch watch;
+        MonoLut lut(kGray);
+        HtBlocks blocks;
+        blocks.requestList = test::requestListBlock({100, 101});
+        HtInstance ht(monoEd(c.resX, c.resY), lut.lut, blocks, 2);
+        EXPECT_EQ(ht.answers[0], 100u);
+        EXPECT_EQ(ht.rc, c.rc) << c.resX << "x" << c.resY;
+        EXPECT_EQ(ht.answers[1], c.answer) << c.resX << "x" << c.resY;
+    }
+}
+
+TEST(RequestList, FifteenIdsAcceptedSixteenRefused) {
+    test::MemoryWatch watch;
+    MonoLut lut(kGray);
+    HtBlocks blocks;
+    blocks.requestList = test::requestListBlock({1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11, 12, 13, 14, 15});
+    HtInstance fifteen(monoEd(), lut.lut, blocks, 1);
+    EXPECT_EQ(fifteen.rc, RC_OK);
+    EXPECT_EQ(fifteen.ctx->requestIds[14], 15);
+    EXPECT_EQ(fifteen.ctx->requestIds[15], 65535);
+
+    blocks.requestList = test::requestListBlock({1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11, 12, 13, 14, 15, 16});
+    const int64_t liveBefore = watch.seam().liveBlocks;
+    HtInstance sixteen(monoEd(), lut.lut, blocks, 1);
+    EXPECT_EQ(sixteen.rc, RC_DATA);
+    EXPECT_EQ(sixteen.answers[0], 0xDEADBEEFu) << "no answer before the list is read";
+    EXPECT_EQ(watch.seam().liveBlocks - liveBefore, 1) << "only the record: no slot acquired";
+}
+
+TEST(RequestList, IdsArriveWidenedWithTheirSign) {
+    test::MemoryWatch watch;
+    MonoLut lut(kGray);
+    HtBlocks blocks;
+    blocks.requestList = test::requestListBlock({40000, 32767});
+    HtInstance ht(monoEd(), lut.lut, blocks, 2);
+    EXPECT_EQ(ht.answers[0], 0xFFFF9C40u);  // 40000 read as a signed 16-bit id
+    EXPECT_EQ(ht.answers[1], 32767u);
+}
+
+TEST(PhaseCounter, RaisedByEveryCallEvenAFailingOne) {
+    test::MemoryWatch watch;
+    MonoLut lut(kGray);
+    HtBlocks blocks;
+    blocks.requestList = test::requestListBlock({1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11, 12, 13, 14, 15, 16});
+    HtInstance ht(monoEd(), lut.lut, blocks, 1);
+    EXPECT_EQ(ht.ctx->callCount, 1u);
+    EXPECT_EQ(ht.feed(blocks.gridLevels), RC_DATA);  // the instance failed: no going on
+    EXPECT_EQ(ht.ctx->callCount, 2u);
+    EXPECT_EQ(ht.feed(blocks.matrix), RC_DATA);
+    EXPECT_EQ(ht.ctx->callCount, 3u);
+    EXPECT_EQ(ht.ctx->kernel, nullptr);
+}
+
+TEST(PhaseCounter, CallWithoutAnAnswerWordUsesUpItsPhase) {
+    test::MemoryWatch watch;
+    MonoLut lut(kGray);
+    HtInstance ht(monoEd(), lut.lut, HtBlocks{}, 0);
+    EXPECT_EQ(HalftoneSetResource(ht.ctx, HtBlocks{}.requestList.data(), nullptr), RC_ARG + 3);
+    EXPECT_EQ(ht.ctx->callCount, 1u);
+    EXPECT_EQ(ht.ctx->failedPhase, 1u);
+    // The request list never arrived: the later phases are refused.
+    EXPECT_EQ(ht.feed(HtBlocks{}.gridLevels), RC_DATA);
+    EXPECT_EQ(ht.feed(HtBlocks{}.matrix), RC_DATA);
+    EXPECT_EQ(ht.ctx->kernel, nullptr);
+}
+
+TEST(PhaseCounter, AFailedPhaseStopsTheProtocol) {
+    // Phase 2 fails on the class id; a driver that goes on anyway gets no
+    // kernel, so Halftone keeps refusing the instance.
+    test::MemoryWatch watch;
+    MonoLut lut(kGray);
+    HtBlocks blocks;
+    blocks.requestList = test::requestListBlock({100});
+    HtInstance ht(monoEd(), lut.lut, blocks, 2);
+    EXPECT_EQ(ht.rc, RC_DATA);
+    EXPECT_EQ(ht.ctx->failedPhase, 2u);
+    EXPECT_EQ(ht.feed(blocks.matrix), RC_DATA);
+    EXPECT_EQ(ht.ctx->kernel, nullptr);
+    EXPECT_EQ(ht.ctx->buffers[kThresholdMatrix].data, nullptr);
+}
+
+TEST(Completion, OneBitChoosesItsKernelAfterPhaseThree) {
+    test::MemoryWatch watch;
+    MonoLut lut(kGray);
+    HtInstance ht(monoEd(), lut.lut, HtBlocks{}, 2);
+    ASSERT_EQ(ht.rc, RC_OK);
+    EXPECT_EQ(ht.answers[1], test::kMatrixGeneralId);
+    EXPECT_EQ(ht.ctx->kernel, nullptr) << "not ready before the last phase";
+    uint32_t next = 0;
+    ASSERT_EQ(ht.feed(HtBlocks{}.matrix, &next), RC_OK);
+    EXPECT_EQ(next, 0xFFFFFFFFu);
+    EXPECT_EQ(ht.ctx->kernel, chooseKernel(*ht.ctx).kernel);
+    EXPECT_NE(ht.ctx->kernel, nullptr);
+}
+
+TEST(Completion, TwoBitAsksForTheDotSplitBlockThenEnds) {
+    test::MemoryWatch watch;
+    MonoLut lut(kGray);
+    HtSettings s = test::htSettings(3, 0, 2);
+    HtInstance ht(s, lut.lut);
+    ASSERT_EQ(ht.rc, RC_OK);
+    EXPECT_EQ(ht.answers, (std::vector<uint32_t>{test::kGridLevelsId, test::kMatrixGeneralId, test::kDotSplitId,
+                                                 0xFFFFFFFFu}));
+    EXPECT_EQ(ht.ctx->kernel, chooseKernel(*ht.ctx).kernel);
+}
+
+TEST(Completion, ClassIdsByResolution) {
+    struct Case { uint32_t resX, resY; uint16_t id; };
+    const Case cases[] = {{720, 720, test::kMatrixGeneralId}, {720, 360, test::kMatrixDoubleXId},
+                          {1440, 720, test::kMatrix1440x720Id}, {720, 1440, test::kMatrixDoubleYId},
+                          {600, 300, test::kMatrixDoubleXId},   {300, 600, test::kMatrixDoubleYId}};
+    for (const Case& c : cases) {
+        test::MemoryWatch watch;
+        MonoLut lut(kGray);
+        HtInstance ht(monoEd(c.resX, c.resY), lut.lut, HtBlocks{}, 2);
+        EXPECT_EQ(ht.answers[1], c.id) << c.resX << "x" << c.resY;
+    }
+}
+
+TEST(Completion, CallsBeyondTheLastPhaseAreRefusedAndKeepTheInstance) {
+    test::MemoryWatch watch;
+    MonoLut lut(kGray);
+    HtInstance oneBit(monoEd(), lut.lut);
+    ASSERT_EQ(oneBit.rc, RC_OK);
+    HtContext before = *oneBit.ctx;
+    EXPECT_EQ(oneBit.feed(HtBlocks{}.dotSplit), RC_DATA);  // a fourth call on a one-bit instance
+    EXPECT_EQ(oneBit.ctx->callCount, 4u);
+    EXPECT_NE(oneBit.ctx->kernel, nullptr) << "still ready";
+    for (unsigned k = 0; k < kSlotCount; ++k) EXPECT_EQ(oneBit.ctx->buffers[k].data, before.buffers[k].data);
+
+    HtInstance twoBit(test::htSettings(3, 0, 2), lut.lut);
+    ASSERT_EQ(twoBit.rc, RC_OK);
+    EXPECT_EQ(twoBit.feed(HtBlocks{}.dotSplit), RC_DATA);  // no fifth phase
+    EXPECT_NE(twoBit.ctx->kernel, nullptr);
+    EXPECT_NE(twoBit.ctx->buffers[kDotSplitTable].data, nullptr);
+}
+
+}  // namespace
+}  // namespace inkdot

@@ -1,0 +1,499 @@
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <bit>
+#include <cstdint>
+#include <cstdlib>
+#include <random>
+#include <utility>
+#include <vector>
+
+#include "kernels/ed1/diffusion_step.h"
+#include "kernels/ed1/pattern_choice.h"
+#include "kernels/ed1/perturbation.h"
+#include "kernels/ed1/spread_patterns.h"
+#include "kernels/kernels.h"
+#include "support/hand_context.h"
+
+namespace inkdot {
+namespace {
+
+using test::HandContext;
+
+// The three resolution classes that pick the three monochrome kernels.
+struct MonoClass {
+    const char* name;
+    uint32_t resolutionX, resolutionY;
+};
+constexpr MonoClass kGeneral{"Ed1MonoGeneral", 360, 360};
+constexpr MonoClass k1440x720{"Ed1Mono1440x720", 1440, 720};
+constexpr MonoClass kDoubleY{"Ed1MonoDoubleY", 360, 720};
+constexpr MonoClass kAllClasses[] = {kGeneral, k1440x720, kDoubleY};
+
+HtSettings monoSettings(const MonoClass& c, uint32_t width, int32_t scaleMode = 0) {
+    HtSettings s{};
+    s.method = 1;  // error diffusion
+    s.resolutionX = c.resolutionX;
+    s.resolutionY = c.resolutionY;
+    s.outputBits = 1;
+    s.scaleMode = scaleMode;
+    s.width = width;
+    return s;
+}
+
+// A small one-bit instance: spread thresholds 32, 9, 4, 2, a flat matrix.
+struct Mono {
+    HandContext h;
+    explicit Mono(const MonoClass& c, uint32_t width = 64, int32_t scaleMode = 0, uint16_t matrixValue = 0x43)
+        : h(monoSettings(c, width, scaleMode)) {
+        h.setSpread(32, 9, 4, 2);
+        h.setFlatMatrix(4, 4, matrixValue);
+    }
+    void level(uint8_t byte, int16_t level) { h.monoCurve()[byte] = static_cast<uint16_t>(level); }
+    // The previous call of this instance, as the continuity rule sees it.
+    void previous(uint32_t line, uint32_t end) {
+        h.ctx.prevLineNo = line;
+        h.ctx.prevRunEnd = end;
+    }
+    int32_t& cell(int column) { return h.line(0)[column]; }
+    uint32_t matrixAt(uint32_t line, uint32_t column) const {
+        return h.matrix[(line % h.ctx.matrixHeight) * h.ctx.matrixWidth + (column & (h.ctx.matrixWidth - 1))];
+    }
+    uint32_t run(const std::vector<uint8_t>& src, uint8_t* dst, uint32_t bitOffset, uint32_t count,
+                 uint32_t startX, uint32_t lineNo) {
+        return h.run(src.data(), dst, 0, bitOffset, count, startX, lineNo);
+    }
+};
+
+// Byte 1 always prints (level 255 against a very low threshold); byte 0 is white.
+void setPrintAndWhite(Mono& m) {
+    m.level(1, 255);
+    m.h.edThreshold[255] = -30000;
+}
+
+TEST(Ed1Mono, DispatchReachesTheThreeKernels) {
+    for (const MonoClass& c : kAllClasses) {
+        HandContext h(monoSettings(c, 16));
+        const HtKernel k = h.ready().kernel;
+        if (c.resolutionX == 1440) EXPECT_EQ(k, &Ed1Mono1440x720);
+        else if (c.resolutionY == 2 * c.resolutionX) EXPECT_EQ(k, &Ed1MonoDoubleY);
+        else EXPECT_EQ(k, &Ed1MonoGeneral);
+    }
+}
+
+// Two pixels worked by hand: column 60 (sum 30 < 35, no dot, G0) and column 61
+// (sum 47 >= -80, dot, err -208, G1).
+TEST(Ed1Mono, WorkedTwoPixelRun) {
+    Mono m(kGeneral, 100);
+    m.level(1, 20);
+    m.level(2, 40);
+    m.h.edThreshold[20] = 15;
+    m.h.edThreshold[40] = -100;
+    m.cell(60) = 320;
+    m.previous(5, 60);  // an earlier run of the same line ended here: nothing is cleared
+    uint8_t out = 0xFF;
+    ASSERT_EQ(m.run({1, 2}, &out, 0, 2, 60, 5), RC_OK);
+
+    const int32_t expected[] = {120, -592, -592, -1664, -1544, -832};
+    for (int k = 0; k < 6; ++k) EXPECT_EQ(m.cell(58 + k), expected[k]) << "column " << 58 + k;
+    EXPECT_EQ(m.cell(57), 0);
+    EXPECT_EQ(m.cell(64), 0) << "the final carry is discarded";
+    EXPECT_EQ(out, 0x40);
+    EXPECT_EQ(m.h.ctx.prevLineNo, 5u);
+    EXPECT_EQ(m.h.ctx.prevRunEnd, 62u);
+}
+
+TEST(Ed1Mono, ArgumentChecksComeInOrderAndChangeNothing) {
+    Mono m(kGeneral, 64);
+    setPrintAndWhite(m);
+    m.previous(3, 10);
+    for (int x = -30; x < 94; ++x) m.cell(x) = x * 3 + 1;
+    const std::vector<int32_t> cellsBefore = m.h.errorLines[0];
+    uint8_t out[2] = {0xA5, 0xA5};
+    const std::vector<uint8_t> src(64, 1);
+
+    EXPECT_EQ(m.h.run(src.data(), out, 0, 0, 4, 10, 4, 1), RC_ARG + 11);  // option11
+    EXPECT_EQ(m.run(src, out, 0, 10, 55, 4), RC_ARG + 6);                 // ends at 65 > 64
+
+    // The kernel's own order: option11 before the width, the width before reserved10.
+    HtRun bad{src.data(), out, 0, 0, 10, 60, 0, 4, 1, 1};
+    EXPECT_EQ(Ed1MonoGeneral(m.h.ctx, bad), RC_ARG + 11);
+    bad.option11 = 0;
+    EXPECT_EQ(Ed1Mono1440x720(m.h.ctx, bad), RC_ARG + 6);
+    bad.startX = 0xFFFFFFF0u;  // startX + count wraps to 10: still beyond the line
+    bad.count = 0x1A;
+    EXPECT_EQ(Ed1MonoDoubleY(m.h.ctx, bad), RC_ARG + 6);
+    bad.startX = 0;
+    bad.count = 4;
+    EXPECT_EQ(Ed1MonoGeneral(m.h.ctx, bad), RC_ARG + 10);
+
+    EXPECT_EQ(out[0], 0xA5);
+    EXPECT_EQ(out[1], 0xA5);
+    EXPECT_EQ(m.h.ctx.prevLineNo, 3u);
+    EXPECT_EQ(m.h.ctx.prevRunEnd, 10u);
+    EXPECT_EQ(m.h.errorLines[0], cellsBefore);
+}
+
+TEST(Ed1Mono, RunEndingAtTheWidthIsAccepted) {
+    for (const MonoClass& c : kAllClasses) {
+        Mono m(c, 64);
+        setPrintAndWhite(m);
+        std::vector<uint8_t> out(8, 0);
+        EXPECT_EQ(m.run(std::vector<uint8_t>(64, 1), out.data(), 0, 64, 0, 0), RC_OK) << c.name;
+        for (uint8_t b : out) EXPECT_EQ(b, 0xFF);
+        EXPECT_EQ(m.h.ctx.prevRunEnd, 64u);
+    }
+}
+
+TEST(Ed1Mono, EmptyRunStillUpdatesStateAndFirstByte) {
+    Mono m(kGeneral, 64);
+    m.previous(7, 30);
+    uint8_t out[2] = {0xAB, 0xCD};
+    ASSERT_EQ(m.run({}, out, 0, 0, 30, 7), RC_OK);
+    EXPECT_EQ(out[0], 0xAB) << "bitOffset 0: nothing written";
+    EXPECT_EQ(m.h.ctx.prevRunEnd, 30u);
+
+    out[0] = 0xFF;
+    ASSERT_EQ(m.run({}, out, 3, 0, 40, 9), RC_OK);
+    EXPECT_EQ(out[0], 0xE0) << "the 3 leading bits survive, the rest is cleared";
+    EXPECT_EQ(out[1], 0xCD);
+    EXPECT_EQ(m.h.ctx.prevLineNo, 9u);
+    EXPECT_EQ(m.h.ctx.prevRunEnd, 40u);
+}
+
+TEST(Ed1Mono, BitOffsetKeepsLeadingBitsAndClearsTrailingOnes) {
+    for (const MonoClass& c : kAllClasses) {
+        Mono m(c, 64);
+        setPrintAndWhite(m);
+        uint8_t out[3] = {0x5A, 0xFF, 0xFF};
+        ASSERT_EQ(m.run({1, 0, 1, 1, 0, 1}, out, 5, 6, 0, 0), RC_OK);
+        EXPECT_EQ(out[0], 0x58 | 0x05) << c.name;  // top 5 bits kept, then dots 1 0 1
+        EXPECT_EQ(out[1], 0xA0) << c.name;         // dots 1 0 1, zeros behind the run
+        EXPECT_EQ(out[2], 0xFF) << c.name;
+    }
+}
+
+// Line 14 to 15 to 16 with runs that end at the line's end, observed through
+// cells the runs themselves do not touch (white pixels only write their own cell).
+TEST(Ed1Mono, ContinuityRuleRunsInsideTheKernel) {
+    const uint32_t width = 64;
+    const auto marked = [&](Mono& m) {
+        for (int x = -30; x < static_cast<int>(width) + 30; ++x) m.cell(x) = 7;
+    };
+    const std::vector<uint8_t> white(width, 0);
+    uint8_t out[8];
+
+    Mono a(kGeneral, width);
+    marked(a);
+    a.previous(14, width);
+    ASSERT_EQ(a.run(white, out, 0, 44, 20, 15), RC_OK);  // line 15 from column 20 to the end
+    for (int x = 0; x < 20; ++x) EXPECT_EQ(a.cell(x), 0) << "band edge clears in front of the run, " << x;
+    EXPECT_EQ(a.cell(-1), 7) << "margins are never cleared";
+
+    marked(a);  // line 16 after a line 15 whose run ended at the width: nothing cleared
+    ASSERT_EQ(a.run(white, out, 0, 0, 0, 16), RC_OK);
+    for (int x = 0; x < static_cast<int>(width); ++x) EXPECT_EQ(a.cell(x), 7) << x;
+
+    Mono b(kGeneral, width);
+    marked(b);
+    b.previous(13, width);
+    ASSERT_EQ(b.run(white, out, 0, 44, 20, 14), RC_OK);  // line 14: no band edge
+    for (int x = 0; x < 20; ++x) EXPECT_EQ(b.cell(x), 7) << x;
+
+    Mono c(k1440x720, width);
+    c.previous(14, width);
+    ASSERT_EQ(c.run(white, out, 0, 40, 0, 15), RC_OK);  // line 15 ends at 40
+    marked(c);
+    ASSERT_EQ(c.run(white, out, 0, 0, 0, 16), RC_OK);
+    for (int x = 0; x < 40; ++x) EXPECT_EQ(c.cell(x), 7) << x;
+    for (int x = 40; x < static_cast<int>(width); ++x) EXPECT_EQ(c.cell(x), 0) << x;
+    EXPECT_EQ(c.cell(static_cast<int>(width)), 7);
+
+    Mono d(kDoubleY, width);
+    marked(d);
+    ASSERT_EQ(d.run(white, out, 0, 0, 0, 2), RC_OK);  // line 1 skipped after creation
+    for (int x = 0; x < static_cast<int>(width); ++x) EXPECT_EQ(d.cell(x), 0) << x;
+}
+
+// Pixel 0 (level 200, dot, err -55) leaves a carry; pixel 1 is white and
+// overwrites its cell: the carry in General and DoubleY, 0 in 1440x720.
+TEST(Ed1Mono, WhitePixelDropsItsError) {
+    struct Case {
+        MonoClass cls;
+        int32_t cellAfterWhite;
+    };
+    // Carries: G1 and H1 leave 4 x err, Y1 8 x err.
+    const Case cases[] = {{kGeneral, 4 * -55}, {k1440x720, 0}, {kDoubleY, 8 * -55}};
+    for (const Case& k : cases) {
+        Mono m(k.cls, 64);
+        m.level(1, 200);
+        m.h.edThreshold[200] = 128;  // 200 >= 128 + 20
+        m.h.edThreshold[0] = -30000;  // a white pixel never consults it
+        m.cell(11) = 32000;
+        m.cell(12) = 5000;
+        m.previous(3, 10);
+        uint8_t out = 0;
+        ASSERT_EQ(m.run({1, 0, 0}, &out, 0, 3, 10, 3), RC_OK);
+        EXPECT_EQ(out, 0x80) << k.cls.name;
+        EXPECT_EQ(m.cell(11), k.cellAfterWhite) << k.cls.name;
+        EXPECT_EQ(m.cell(12), 0) << k.cls.name << ": the carry was spent";
+    }
+}
+
+TEST(Ed1Mono, SumEqualToThresholdPrints) {
+    for (const MonoClass& c : kAllClasses) {
+        for (int16_t threshold : {0, 1}) {
+            Mono m(c, 64);  // matrix 0x43: threshold + 20
+            m.level(1, 20);
+            m.h.edThreshold[20] = threshold;
+            uint8_t out = 0;
+            ASSERT_EQ(m.run({1}, &out, 0, 1, 0, 0), RC_OK);
+            EXPECT_EQ(out, threshold == 0 ? 0x80 : 0x00) << c.name;
+        }
+    }
+}
+
+// The threshold moves by +24, +20, -20 or -24 with bits 1..7 of the matrix value:
+// a sum equal to threshold + p prints, one below it does not.
+TEST(Ed1Mono, MatrixPerturbationShiftsTheThreshold) {
+    const std::pair<uint16_t, int16_t> cases[] = {{0x00, 24}, {0x07, 24},  {0x08, 20},  {0x81, 20},
+                                                  {0x82, -20}, {0xF7, -20}, {0xF8, -24}, {0x1FF, -24}};
+    for (auto [value, p] : cases) {
+        for (int16_t above : {0, 1}) {
+            Mono m(kGeneral, 64, 0, value);
+            m.level(1, 100);
+            m.h.edThreshold[100] = static_cast<int16_t>(100 - p + above);
+            uint8_t out = 0;
+            ASSERT_EQ(m.run({1}, &out, 0, 1, 0, 0), RC_OK);
+            EXPECT_EQ(out, above ? 0x00 : 0x80) << "matrix value " << value;
+        }
+    }
+}
+
+TEST(Ed1Mono, DotValueIsReadUnsigned) {
+    Mono m(kGeneral, 64);
+    m.level(1, 100);
+    m.h.edThreshold[100] = 0;
+    m.h.dotValue[100] = -1;  // 0xFFFF: a dot removes 65535
+    uint8_t out = 0;
+    ASSERT_EQ(m.run({1}, &out, 0, 1, 10, 0), RC_OK);
+    EXPECT_EQ(out, 0x80);
+    EXPECT_EQ(m.cell(10), 8 * (100 - 65535)) << "G1 keeps 8/32 at the pixel's own cell";
+}
+
+// Curve entries are signed: 0xFFEC is level -20. Such a level lies outside
+// what the ink curve holds; the kernel indexes its level tables with the
+// level's low byte (236) so that it cannot read past them.
+TEST(Ed1Mono, CurveEntriesAreSignExtended) {
+    Mono m(kGeneral, 64);  // odd matrix cells
+    m.level(1, -20);
+    m.h.edThreshold[236] = -100;  // -20 >= -80: a dot
+    m.h.dotValue[236] = 10;       // err = -30
+    uint8_t out = 0;
+    ASSERT_EQ(m.run({1}, &out, 0, 1, 30, 0), RC_OK);
+    EXPECT_EQ(out, 0x80);
+    // The lowest band on an odd cell: G5b, 1/32 of err in each of its cells.
+    for (int k = -14; k <= 14; ++k) EXPECT_EQ(m.cell(30 + k), -30) << k;
+    EXPECT_EQ(m.cell(15), 0);
+    EXPECT_EQ(m.cell(45), 0);
+}
+
+// Expected cells built by hand from (offset, amount) pairs around column x.
+std::vector<int32_t> cellsAround(int x, int width, const std::vector<std::pair<int, int32_t>>& taps) {
+    std::vector<int32_t> cells(width, 0);
+    for (auto [offset, amount] : taps) cells[x + offset] += amount;
+    return cells;
+}
+
+TEST(Ed1Mono, LevelAboveT1SpreadsG1EvenWithoutADot) {
+    Mono m(kGeneral, 64);
+    m.level(1, 33);
+    m.h.edThreshold[33] = 1000;  // no dot: err = 33
+    uint8_t out = 0xFF;
+    ASSERT_EQ(m.run({1, 0}, &out, 0, 2, 10, 0), RC_OK);
+    EXPECT_EQ(out, 0x00);
+    // G1: this line +1: 8, +2: 4; next line -2: 4, -1: 4, 0: 8, +1: 4 (the carry,
+    // which the white pixel at column 11 writes into its own cell).
+    const int32_t e = 33;
+    const auto expected = cellsAround(10, 64, {{2, 4 * e}, {-2, 4 * e}, {-1, 4 * e}, {0, 8 * e}, {1, 4 * e}});
+    for (int x = 0; x < 64; ++x) EXPECT_EQ(m.cell(x), expected[x]) << x;
+}
+
+TEST(Ed1Mono, LowestBandsPickFormsByMatrixParity) {
+    const int32_t e = 2 - 255;  // level 2 with a dot
+    // G4a: this line +1..+4: 2, +5..+10: 1; next line -10..-5: 1, -4..0: 2 (+1: 2 is the carry).
+    std::vector<std::pair<int, int32_t>> g4a;
+    for (int k = 1; k <= 4; ++k) g4a.push_back({k, 2 * e});
+    for (int k = 5; k <= 10; ++k) g4a.push_back({k, e});
+    for (int k = -10; k <= -5; ++k) g4a.push_back({k, e});
+    for (int k = -4; k <= 0; ++k) g4a.push_back({k, 2 * e});
+    // G5b: this line +1..+14: 1; next line -14..0: 1 (+1: 1 is the carry).
+    std::vector<std::pair<int, int32_t>> g5b;
+    for (int k = 1; k <= 14; ++k) g5b.push_back({k, e});
+    for (int k = -14; k <= 0; ++k) g5b.push_back({k, e});
+
+    for (uint16_t value : {uint16_t{0x42}, uint16_t{0x43}}) {
+        Mono m(kGeneral, 64, 0, value);
+        m.level(1, 2);
+        m.h.edThreshold[2] = -100;
+        uint8_t out = 0;
+        ASSERT_EQ(m.run({1}, &out, 0, 1, 30, 0), RC_OK);
+        ASSERT_EQ(out, 0x80);
+        const auto expected = cellsAround(30, 64, value == 0x42 ? g4a : g5b);
+        for (int x = 0; x < 64; ++x) EXPECT_EQ(m.cell(x), expected[x]) << "matrix " << value << ", column " << x;
+    }
+}
+
+TEST(Ed1Mono, DoubledInputServesTwoPixels) {
+    for (const MonoClass& c : kAllClasses) {
+        Mono m(c, 64, 1);
+        setPrintAndWhite(m);
+        uint8_t out[2] = {0, 0};
+        ASSERT_EQ(m.run({1, 0, 1, 1, 0}, out, 0, 9, 0, 0), RC_OK);
+        EXPECT_EQ(out[0], 0xCF) << c.name;  // 1 1 0 0 1 1 1 1
+        EXPECT_EQ(out[1], 0x00) << c.name;  // 0
+    }
+}
+
+TEST(Ed1Mono, HalvedInputKeepsSmallerOrLargerByte) {
+    for (const MonoClass& c : kAllClasses) {
+        Mono m(c, 64, -1);
+        m.level(10, 255);
+        m.h.edThreshold[255] = -30000;  // byte 10 prints, byte 20 is white
+        uint8_t out = 0;
+        ASSERT_EQ(m.run({10, 20, 20, 10, 20, 20, 10, 10}, &out, 0, 4, 0, 0), RC_OK);
+        const bool larger = c.resolutionX == 1440;
+        EXPECT_EQ(out, larger ? 0x10 : 0xD0) << c.name;
+    }
+}
+
+// Random tables from a fixed seed, so two instances get the same ones.
+// Bytes below 8 are white.
+void randomTables(Mono& m, unsigned seed) {
+    std::mt19937 rng(seed);
+    std::vector<uint16_t> cells(16 * 16);
+    for (auto& v : cells) v = static_cast<uint16_t>(rng() & 0xFF);
+    m.h.setMatrix(16, 16, cells);
+    m.h.setSpread(56, 22, 11, 4);
+    for (int b = 0; b < 256; ++b) {
+        m.level(static_cast<uint8_t>(b), static_cast<int16_t>(b < 8 ? 0 : b));
+        m.h.edThreshold[b] = static_cast<int16_t>(100 + rng() % 60);
+        m.h.dotValue[b] = static_cast<int16_t>(255 + rng() % 40);
+    }
+}
+
+void expectSameState(Mono& a, Mono& b, const std::vector<uint8_t>& outA, const std::vector<uint8_t>& outB) {
+    EXPECT_EQ(outA, outB);
+    for (int x = -30; x < static_cast<int>(a.h.ctx.width) + 30; ++x) ASSERT_EQ(a.cell(x), b.cell(x)) << x;
+}
+
+// Random runs through two sister settings must agree bit for bit and cell for cell.
+TEST(Ed1Mono, ScaledInputEqualsPreparedPlainInput) {
+    std::mt19937 rng(7);
+    for (const MonoClass& c : kAllClasses) {
+        for (int32_t scale : {1, -1}) {
+            Mono scaled(c, 200, scale), plain(c, 200, 0);
+            randomTables(scaled, 11);
+            randomTables(plain, 11);
+            for (uint32_t line = 0; line < 6; ++line) {
+                const uint32_t start = rng() % 40, count = rng() % 150 + 1;
+                std::vector<uint8_t> input(2 * count), prepared(count);
+                for (auto& v : input) v = static_cast<uint8_t>(rng());
+                for (uint32_t i = 0; i < count; ++i) {
+                    if (scale == 1) prepared[i] = input[i / 2];
+                    else prepared[i] = c.resolutionX == 1440 ? std::max(input[2 * i], input[2 * i + 1])
+                                                             : std::min(input[2 * i], input[2 * i + 1]);
+                }
+                std::vector<uint8_t> outA(count / 8 + 2, 0x3C), outB(outA);
+                ASSERT_EQ(scaled.run(input, outA.data(), line % 8, count, start, line), RC_OK);
+                ASSERT_EQ(plain.run(prepared, outB.data(), line % 8, count, start, line), RC_OK);
+                expectSameState(scaled, plain, outA, outB);
+            }
+        }
+    }
+}
+
+// A plain per-pixel reading of one run, built from the shared step, pattern
+// choice and spreads, with the cell read and written in memory every time.
+void referenceRun(Mono& m, const MonoClass& c, const std::vector<uint8_t>& src, uint8_t* dst, uint32_t startX,
+                  uint32_t lineNo) {
+    const HtContext& ctx = m.h.ctx;
+    int32_t* line = m.h.line(0);
+    const SpreadThresholds t = spreadThresholds(ctx);
+    int32_t carry = 0;
+    for (uint32_t i = 0; i < src.size(); ++i) {
+        const uint32_t x = startX + i;
+        const int32_t level = static_cast<int16_t>(m.h.monoCurve()[src[i]]);
+        const uint8_t bit = static_cast<uint8_t>(0x80 >> (i % 8));
+        dst[i / 8] = static_cast<uint8_t>(i % 8 == 0 ? 0 : dst[i / 8]);
+        if (level == 0) {
+            line[x] = c.resolutionX == 1440 ? 0 : carry;
+            carry = 0;
+            continue;
+        }
+        const uint32_t mv = m.matrixAt(lineNo, x);
+        const DiffusionResult r = diffuse(line[x], level, m.h.edThreshold[level] + perturbation(mv),
+                                          static_cast<uint16_t>(m.h.dotValue[level]));
+        if (r.dot) dst[i / 8] |= bit;
+        const PixelClass p{level, r.dot, (mv & 1) == 0, (mv & 1) == 0};
+        const Pattern pattern = c.resolutionX == 1440 ? choose1440x720(p, t)
+                                : c.resolutionY == 2 * c.resolutionX ? chooseDoubleY(p, t)
+                                                                     : chooseGeneral(p, t);
+        spread(pattern, &line[x], r.err, carry);
+    }
+}
+
+TEST(Ed1Mono, KernelsEqualAPlainPerPixelReading) {
+    std::mt19937 rng(5);
+    for (const MonoClass& c : kAllClasses) {
+        Mono fast(c, 300), plain(c, 300);
+        randomTables(fast, 3);
+        randomTables(plain, 3);
+        for (uint32_t line = 0; line < 12; ++line) {
+            const uint32_t start = rng() % 100, count = rng() % 200 + 1;
+            std::vector<uint8_t> input(count);
+            for (auto& v : input) v = static_cast<uint8_t>(rng() % 3 == 0 ? rng() % 8 : rng());  // whites too
+            std::vector<uint8_t> outA(count / 8 + 1), outB(count / 8 + 1);
+            ASSERT_EQ(fast.run(input, outA.data(), 0, count, start, line), RC_OK);
+            // Lines 0 to 11 follow each other away from the band edges: the
+            // continuity rule clears nothing, so the reading needs no rule.
+            referenceRun(plain, c, input, outB.data(), start, line);
+            expectSameState(fast, plain, outA, outB);
+        }
+    }
+}
+
+// A flat patch many lines tall: the share of printed dots follows the level.
+double dotDensity(const MonoClass& c, uint8_t level) {
+    const uint32_t width = 256, lines = 64;
+    Mono m(c, width);
+    std::vector<uint16_t> cells(256);
+    for (uint32_t i = 0; i < 256; ++i) cells[i] = static_cast<uint16_t>((i * 167 + 13) & 0xFF);  // a permutation
+    m.h.setMatrix(16, 16, cells);
+    m.h.setSpread(56, 22, 11, 4);
+    for (int b = 0; b < 256; ++b) {
+        m.level(static_cast<uint8_t>(b), static_cast<int16_t>(b));
+        m.h.edThreshold[b] = 128;
+        m.h.dotValue[b] = 255;
+    }
+    const std::vector<uint8_t> src(width, level);
+    std::vector<uint8_t> out(width / 8);
+    long dots = 0;
+    for (uint32_t line = 0; line < lines; ++line) {
+        EXPECT_EQ(m.run(src, out.data(), 0, width, 0, line), RC_OK);
+        for (uint8_t b : out) dots += std::popcount(b);
+    }
+    return static_cast<double>(dots) / (width * lines);
+}
+
+TEST(Ed1Mono, DotDensityFollowsTheLevel) {
+    for (const MonoClass& c : kAllClasses) {
+        for (uint8_t level : {8, 20, 32, 64, 100, 128, 160, 200, 240}) {
+            const double density = dotDensity(c, level);
+            EXPECT_NEAR(density, level / 255.0, 0.01) << c.name << " level " << int(level);
+        }
+    }
+}
+
+}  // namespace
+}  // namespace inkdot

@@ -1,0 +1,108 @@
+// Builds colour table blocks for tests: header parameters, grid levels, node
+// data from a function of the node's input colour, the two neutral lists and
+// an optional data area appended at the end.
+#pragma once
+
+#include <cstdint>
+#include <functional>
+#include <vector>
+
+namespace inkdot::test {
+
+struct ColourTableWriter {
+    uint8_t gridCount[3] = {3, 3, 3};
+    uint8_t channels = 4;
+    std::vector<uint8_t> levels[3];  // empty: evenly spaced from 0 to 255
+    uint8_t tableMode = 0;
+    uint8_t blackMode = 0;
+    uint8_t adjustDominant[3] = {};
+    int8_t adjustHue[3] = {};
+    int8_t saturationOffset = 0;
+    int8_t adjustMinimum[3] = {};
+    int16_t inkParam[5] = {100, 100, 0, 0, 0};
+    int16_t auxParam[4] = {};
+    std::vector<uint8_t> extraData;  // optional data area
+    std::vector<uint8_t> neutralList;   // n values; empty: 200 + i
+    std::vector<uint8_t> neutralNodes;  // n x channels; empty: 10 x i + c
+    // Ink bytes of a node from its red, green, blue levels. The default is a
+    // simple CMYK separation: c, m, y = 255 - r, g, b; black = their minimum / 2.
+    // Empty: defaultNode(channels).
+    std::function<void(uint8_t r, uint8_t g, uint8_t b, uint8_t* inks)> node;
+
+    static std::function<void(uint8_t, uint8_t, uint8_t, uint8_t*)> defaultNode(uint8_t channels) {
+        return [channels](uint8_t r, uint8_t g, uint8_t b, uint8_t* inks) {
+            const uint8_t c = 255 - r, m = 255 - g, y = 255 - b;
+            uint8_t k = c < m ? c : m;
+            k = k < y ? k : y;
+            for (uint8_t i = 0; i < channels; ++i) inks[i] = 0;
+            if (channels > 0) inks[0] = c;
+            if (channels > 1) inks[1] = m;
+            if (channels > 2) inks[2] = y;
+            if (channels > 3) inks[channels - 1] = static_cast<uint8_t>(k / 2);
+        };
+    }
+
+    std::vector<uint8_t> level(int axis) const {
+        if (!levels[axis].empty()) return levels[axis];
+        std::vector<uint8_t> out;
+        const int n = gridCount[0];
+        for (int i = 0; i < n; ++i) out.push_back(static_cast<uint8_t>(n > 1 ? i * 255 / (n - 1) : 0));
+        return out;
+    }
+
+    size_t nodeDataOffset() const { return 76 + 3u * gridCount[0]; }
+
+    std::vector<uint8_t> build() const {
+        const int n = gridCount[0];
+        std::vector<uint8_t> out(76, 0);
+        out[15] = tableMode;
+        out[24] = blackMode;
+        for (int i = 0; i < 3; ++i) {
+            out[32 + i] = adjustDominant[i];
+            out[36 + i] = static_cast<uint8_t>(adjustHue[i]);
+            out[42 + i] = static_cast<uint8_t>(adjustMinimum[i]);
+        }
+        out[39] = static_cast<uint8_t>(saturationOffset);
+        for (int i = 0; i < 5; ++i) putBe16(out, 48 + 2 * i, inkParam[i]);
+        for (int i = 0; i < 4; ++i) putBe16(out, 64 + 2 * i, auxParam[i]);
+        for (int i = 0; i < 3; ++i) out[72 + i] = gridCount[i];
+        out[75] = channels;
+        std::vector<uint8_t> lv[3];
+        for (int a = 0; a < 3; ++a) {
+            lv[a] = level(a);
+            out.insert(out.end(), lv[a].begin(), lv[a].end());
+        }
+        // Node data in lutData order, built from the first n levels of each
+        // axis (a table with unequal counts still gets n^3 nodes).
+        const auto fill = node ? node : defaultNode(channels);
+        std::vector<uint8_t> inks(channels > 0 ? channels : 1);
+        for (int i0 = 0; i0 < n; ++i0)
+            for (int i1 = 0; i1 < n; ++i1)
+                for (int i2 = 0; i2 < n; ++i2) {
+                    fill(at(lv[0], i0), at(lv[1], i1), at(lv[2], i2), inks.data());
+                    out.insert(out.end(), inks.begin(), inks.begin() + channels);
+                }
+        for (int i = 0; i < n; ++i) out.push_back(neutralList.empty() ? static_cast<uint8_t>(200 + i) : neutralList[i]);
+        for (int i = 0; i < n; ++i)
+            for (int c = 0; c < channels; ++c)
+                out.push_back(neutralNodes.empty() ? static_cast<uint8_t>(10 * i + c) : neutralNodes[i * channels + c]);
+        if (!extraData.empty()) {
+            putU32le(out, 16, static_cast<uint32_t>(out.size()));
+            putU32le(out, 20, static_cast<uint32_t>(extraData.size()));
+            out.insert(out.end(), extraData.begin(), extraData.end());
+        }
+        return out;
+    }
+
+private:
+    static uint8_t at(const std::vector<uint8_t>& v, int i) { return i < static_cast<int>(v.size()) ? v[i] : 0; }
+    static void putBe16(std::vector<uint8_t>& out, size_t at, int16_t v) {
+        out[at] = static_cast<uint8_t>(static_cast<uint16_t>(v) >> 8);
+        out[at + 1] = static_cast<uint8_t>(v);
+    }
+    static void putU32le(std::vector<uint8_t>& out, size_t at, uint32_t v) {
+        for (int i = 0; i < 4; ++i) out[at + i] = static_cast<uint8_t>(v >> (8 * i));
+    }
+};
+
+}  // namespace inkdot::test

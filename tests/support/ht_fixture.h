@@ -1,0 +1,237 @@
+// Building halftone instances in tests through the real resource protocol,
+// from hand-made blocks.
+//
+//   test::HtBlocks blocks;                      // defaults: a 16 x 16 matrix, 32 even levels
+//   blocks.matrix = test::thresholdMatrixBlock(4, 4, test::rampValues(16));
+//   test::MonoLut lut([](int v) { return 255 - v; });
+//   test::HtInstance ht(settings, lut.lut, blocks);  // HalftoneNew and every phase
+//   ASSERT_EQ(ht.rc, RC_OK);                    // first failing code, else RC_OK
+//   ... Halftone(ht.ctx, ...) ...                // deleted when `ht` goes out of scope
+//
+// Colour instances read their source grid and dot-split descriptor through
+// pointers into a ColourLut, which must outlive the protocol (as the
+// colour-management instance must in real use).
+#pragma once
+
+#include <gtest/gtest.h>
+
+#include <array>
+#include <cstdint>
+#include <functional>
+#include <initializer_list>
+#include <vector>
+
+#include "halftone/ht_context.h"
+#include "inkdot/inkdot.h"
+
+namespace inkdot::test {
+
+using Bytes = std::vector<uint8_t>;
+
+inline void putU16(Bytes& out, uint16_t v) {
+    out.push_back(static_cast<uint8_t>(v));
+    out.push_back(static_cast<uint8_t>(v >> 8));
+}
+inline void putU32(Bytes& out, uint32_t v) {
+    putU16(out, static_cast<uint16_t>(v));
+    putU16(out, static_cast<uint16_t>(v >> 16));
+}
+
+// Request list: the ids in order, then the terminator 65535.
+inline Bytes requestListBlock(std::initializer_list<uint16_t> ids) {
+    Bytes out;
+    for (uint16_t id : ids) putU16(out, id);
+    putU16(out, 65535);
+    return out;
+}
+
+// Ids used by the default request list: position p names block 100 + p.
+constexpr uint16_t kGridLevelsId = 100;
+constexpr uint16_t kMatrixGeneralId = 101;
+constexpr uint16_t kMatrixDoubleXId = 102;
+constexpr uint16_t kMatrix1440x720Id = 103;
+constexpr uint16_t kMatrixDoubleYId = 104;
+constexpr uint16_t kDotSplitId = 200;
+
+// n levels spread evenly from 0 to 255 (level i = 255 i / (n - 1)).
+inline Bytes evenLevels(unsigned n) {
+    Bytes levels;
+    for (unsigned i = 0; i < n; ++i) levels.push_back(static_cast<uint8_t>(255 * i / (n - 1)));
+    return levels;
+}
+
+// Grid level block: the u16 count (the number of levels unless given), then the levels.
+inline Bytes gridLevelBlock(const Bytes& levels, int count = -1) {
+    Bytes out;
+    putU16(out, static_cast<uint16_t>(count < 0 ? levels.size() : static_cast<unsigned>(count)));
+    out.insert(out.end(), levels.begin(), levels.end());
+    return out;
+}
+
+// Threshold matrix block from the two size bytes (255 stands for 256) and the
+// values row by row.
+inline Bytes thresholdMatrixBlock(uint8_t widthByte, uint8_t heightByte, const std::vector<uint16_t>& values) {
+    Bytes out{widthByte, heightByte, 0, 0};
+    for (uint16_t v : values) putU16(out, v);
+    return out;
+}
+
+// 0, 1, 2 ... cells - 1: every threshold once.
+inline std::vector<uint16_t> rampValues(unsigned cells) {
+    std::vector<uint16_t> values(cells);
+    for (unsigned i = 0; i < cells; ++i) values[i] = static_cast<uint16_t>(i);
+    return values;
+}
+
+using DotSplitRow = std::array<uint8_t, 3>;  // small, medium, large
+
+// Dot-split block: 256 rows from rowFor(level).
+inline Bytes dotSplitBlock(const std::function<DotSplitRow(int)>& rowFor) {
+    Bytes out;
+    for (int r = 0; r < 256; ++r) {
+        const DotSplitRow row = rowFor(r);
+        out.insert(out.end(), row.begin(), row.end());
+    }
+    return out;
+}
+
+// A split that puts a level's ink into small dots up to 85, then medium, then large.
+inline DotSplitRow layeredSplit(int level) {
+    const int s = level < 85 ? level : 85;
+    const int m = level < 85 ? 0 : (level < 170 ? level - 85 : 85);
+    const int l = level < 170 ? 0 : level - 170;
+    return {static_cast<uint8_t>(s), static_cast<uint8_t>(m), static_cast<uint8_t>(l)};
+}
+
+// Dot-split descriptor as colour management keeps it in extraData.
+inline Bytes dotSplitDescriptor(uint16_t blockId, uint32_t present = 1, uint16_t format = 1) {
+    Bytes out;
+    putU32(out, present);
+    putU16(out, format);
+    putU16(out, blockId);
+    return out;
+}
+
+// Monochrome CmLut: grayTable[v] = gray(v), the ink parameters, and a
+// dot-split descriptor for two-bit instances. Not copyable: the CmLut points
+// into `descriptor`.
+struct MonoLut {
+    CmLut lut{};
+    Bytes descriptor = dotSplitDescriptor(kDotSplitId);
+
+    explicit MonoLut(const std::function<int(int)>& gray, int32_t inkParam0 = 250, int32_t inkParam1 = 100) {
+        for (int v = 0; v < 256; ++v) lut.grayTable[v] = static_cast<uint8_t>(gray(v));
+        lut.channels = 4;
+        lut.inkParam[0] = inkParam0;
+        lut.inkParam[1] = inkParam1;
+        lut.modelId = 7;
+        refresh();
+    }
+    MonoLut(const MonoLut&) = delete;
+    MonoLut& operator=(const MonoLut&) = delete;
+
+    // Points the CmLut at the descriptor again after a test changed it.
+    void refresh() { lut.extraData = descriptor.empty() ? nullptr : descriptor.data(); }
+};
+
+// Colour CmLut with an n x n x n grid of four inks per node held in `nodes`,
+// and a dot-split descriptor in `descriptor`. Not copyable: the CmLut points
+// into the two vectors.
+struct ColourLut {
+    using Node = std::array<uint8_t, 4>;
+    CmLut lut{};
+    Bytes nodes;
+    Bytes descriptor;
+
+    // nodeAt(r, g, b) gives the inks at the grid levels r, g, b.
+    ColourLut(const Bytes& levels, const std::function<Node(int, int, int)>& nodeAt,
+              int32_t inkParam0 = 250, int32_t inkParam1 = 100)
+        : descriptor(dotSplitDescriptor(kDotSplitId)) {
+        const unsigned n = static_cast<unsigned>(levels.size());
+        for (unsigned a = 0; a < n; ++a)
+            for (unsigned b = 0; b < n; ++b)
+                for (unsigned c = 0; c < n; ++c) {
+                    const Node node = nodeAt(levels[a], levels[b], levels[c]);
+                    nodes.insert(nodes.end(), node.begin(), node.end());
+                }
+        lut.channels = 4;
+        for (unsigned axis = 0; axis < 3; ++axis) {
+            lut.gridCount[axis] = n;
+            for (unsigned i = 0; i < n; ++i) lut.grid[axis][i] = levels[i];
+        }
+        lut.inkParam[0] = inkParam0;
+        lut.inkParam[1] = inkParam1;
+        lut.modelId = 9;
+        refresh();
+    }
+    ColourLut(const ColourLut&) = delete;
+    ColourLut& operator=(const ColourLut&) = delete;
+
+    // Points the CmLut at the vectors again after a test changed them.
+    void refresh() {
+        lut.lutData = nodes.data();
+        lut.lutDataBlock = nodes.data();  // owned here, never released by the halftone instance
+        lut.extraData = descriptor.empty() ? nullptr : descriptor.data();
+    }
+};
+
+// The blocks of one instance, one per phase.
+struct HtBlocks {
+    Bytes requestList = requestListBlock(
+        {kGridLevelsId, kMatrixGeneralId, kMatrixDoubleXId, kMatrix1440x720Id, kMatrixDoubleYId});
+    Bytes gridLevels = gridLevelBlock(evenLevels(32));
+    Bytes matrix = thresholdMatrixBlock(16, 16, rampValues(256));
+    Bytes dotSplit = dotSplitBlock(layeredSplit);
+};
+
+// Settings with the usual defaults: one-bit error diffusion, monochrome, 720 x 720.
+inline HtSettings htSettings(uint32_t method, uint32_t colourMode, uint32_t outputBits, uint32_t width = 64) {
+    HtSettings s{};
+    s.method = method;
+    s.ditherMode = 1;
+    s.inputFormat = colourMode == 0 ? 0 : 3;
+    s.colourMode = colourMode;
+    s.resolutionX = 720;
+    s.resolutionY = 720;
+    s.outputBits = outputBits;
+    s.width = width;
+    return s;
+}
+
+// An instance created by HalftoneNew and fed every block its protocol asks
+// for. `rc` is the first code other than RC_OK (or RC_OK), `answers` the
+// next-block answers of the calls made. Deleted on destruction.
+struct HtInstance {
+    HtContext* ctx = nullptr;
+    uint32_t rc = RC_OK;
+    std::vector<uint32_t> answers;
+
+    // Feeds `phases` calls (every phase the instance needs when negative).
+    HtInstance(const HtSettings& settings, const CmLut& lut, const HtBlocks& blocks = HtBlocks{}, int phases = -1) {
+        uint32_t model = 0;
+        rc = HalftoneNew(&settings, &lut, 0, &model, &ctx);
+        if (rc != RC_OK) return;
+        const Bytes* order[] = {&blocks.requestList, &blocks.gridLevels, &blocks.matrix, &blocks.dotSplit};
+        if (phases < 0) phases = settings.outputBits == 2 ? 4 : 3;
+        for (int p = 0; p < phases && p < 4 && rc == RC_OK; ++p) {
+            uint32_t next = 0xDEADBEEF;  // shows whether the call wrote an answer
+            rc = HalftoneSetResource(ctx, order[p]->data(), &next);
+            answers.push_back(next);
+        }
+    }
+    ~HtInstance() {
+        if (ctx != nullptr) {
+            EXPECT_EQ(HalftoneDelete(ctx), RC_OK);
+        }
+    }
+    HtInstance(const HtInstance&) = delete;
+    HtInstance& operator=(const HtInstance&) = delete;
+
+    // One further call, as a driver would make it.
+    uint32_t feed(const Bytes& block, uint32_t* next = nullptr) {
+        uint32_t ignored = 0;
+        return HalftoneSetResource(ctx, block.data(), next ? next : &ignored);
+    }
+};
+
+}  // namespace inkdot::test

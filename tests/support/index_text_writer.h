@@ -1,0 +1,86 @@
+// Builds resource index texts for tests: records, the three name lists and
+// the framing lines, as the driver's index files lay them out.
+#pragma once
+
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace inkdot::test {
+
+struct IndexEntry {
+    std::string blockNo;  // tokens as text, so tests can write odd values
+    std::string tableId;
+    std::string name1;
+    std::string name2;
+    std::string key5;
+    std::string key6;
+    std::string name3;
+    std::string key8;
+    std::string key9;
+    std::string trailing;  // extra tokens after the ninth
+
+    IndexEntry(int32_t block, int32_t table, std::string n1, std::string n2, int32_t k5, int32_t k6,
+               std::string n3, int32_t k8, int32_t k9)
+        : blockNo(std::to_string(block)), tableId(std::to_string(table)), name1(std::move(n1)),
+          name2(std::move(n2)), key5(std::to_string(k5)), key6(std::to_string(k6)), name3(std::move(n3)),
+          key8(std::to_string(k8)), key9(std::to_string(k9)) {}
+};
+
+struct IndexTextWriter {
+    std::string preamble = "; colour table index\r\n";
+    char version = '3';
+    std::vector<IndexEntry> records;
+    std::vector<std::string> list1{"L0", "L1", "L2", "L3"};
+    std::optional<int32_t> list2Base;  // written before list 2's names when set
+    std::vector<std::string> list2{"Plain", "Photo"};
+    std::vector<std::string> list3{"M0", "M1", "M2", "M3", "M4"};
+    std::string lineEnd = "\r\n";
+    std::string blankLines;  // inserted between sections ("\r\n\r\n" to test that they vanish)
+    std::string lead;        // written before every token (blanks to test skipping)
+    bool endMarker = true;   // the '/' line after the records
+
+    IndexEntry& add(int32_t block, int32_t table, std::string n1, std::string n2, int32_t k5, int32_t k6,
+                    std::string n3, int32_t k8, int32_t k9) {
+        records.emplace_back(block, table, std::move(n1), std::move(n2), k5, k6, std::move(n3), k8, k9);
+        return records.back();
+    }
+
+    // The text, NUL-terminated (c_str of the result).
+    std::string text() const {
+        std::string out = preamble;
+        out += "//";
+        out += version;
+        out += " index" + lineEnd;
+        out += "; block table name1 name2 k5 k6 name3 k8 k9" + lineEnd + blankLines;
+        for (const IndexEntry& r : records) {
+            const std::string* tokens[] = {&r.blockNo, &r.tableId, &r.name1, &r.name2, &r.key5,
+                                           &r.key6,    &r.name3,   &r.key8,  &r.key9};
+            for (const std::string* t : tokens) out += lead + *t + " ";
+            out += r.trailing + lineEnd;
+        }
+        if (endMarker) out += "//" + lineEnd + blankLines;
+        out += names(list1) + blankLines;
+        std::string second;
+        if (list2Base) second = lead + std::to_string(*list2Base) + " ";
+        out += second + names(list2) + blankLines;
+        out += names(list3) + blankLines;
+        out += "1" + lineEnd;
+        return out;
+    }
+
+    const uint8_t* bytes(std::string& storage) const {
+        storage = text();
+        return reinterpret_cast<const uint8_t*>(storage.c_str());
+    }
+
+private:
+    std::string names(const std::vector<std::string>& list) const {
+        std::string out;
+        for (const std::string& n : list) out += lead + n + " ";
+        return out + lineEnd;
+    }
+};
+
+}  // namespace inkdot::test
