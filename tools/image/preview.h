@@ -1,11 +1,15 @@
 // A screen-sized picture of the printed page.
 //
-// Every printed pixel is drawn as paper with its dots on top: a dot of ink k
-// covers a share of the pixel (one-bit dot: all of it; two-bit: small 35 %,
-// medium 65 %, large 100 %) and lets through the ink's own transmission in
-// red, green and blue, so overlapping cyan and magenta make blue. The pixels
-// are averaged in linear light over boxes that are square on paper (two
-// columns per row at 1440 × 720 dpi) and the averages encoded as sRGB.
+// The page is cut into boxes that are square on paper (two columns per line
+// at 1440 × 720 dpi). In each box every ink's dots cover a share f of the
+// area (a one-bit dot its whole cell; two-bit dots: small 35 %, medium 65 %,
+// large 100 %). Printed dots spread beyond their cell, sparse ones most; the
+// preview applies the dot gain that the pack's ink parameters (250 at the
+// light end, 100 at the dark end) stand for: apparent coverage
+// a = f (1 + 1.5 (1 − f)²), at most 1. Each ink then lets through its own
+// transmission in red, green and blue over a share a of the box, inks
+// multiply (cyan over magenta makes blue), and the result, linear light, is
+// encoded as sRGB.
 #pragma once
 
 #include <array>
@@ -44,9 +48,9 @@ private:
     uint32_t pageWidth_ = 0, pageHeight_ = 0;
     unsigned planes_ = 4, bits_ = 1;
     uint32_t linesInRow_ = 0, linesDone_ = 0;
-    // Linear RGB of a printed pixel for each combination of dot codes.
-    std::vector<std::array<float, 3>> pixelColour_;
-    std::vector<float> sums_;      // per preview column: linear R, G, B sums
+    std::array<float, 4> codeCoverage_{};            // cell share of each dot code
+    std::array<std::array<float, 3>, 4> inkAbsorb_{};  // 1 − transmission per plane and channel
+    std::vector<float> sums_;      // per preview column and plane: coverage sums
     std::vector<uint32_t> counts_; // printed pixels per preview column in the current row
     std::vector<uint8_t> row_;
 };
