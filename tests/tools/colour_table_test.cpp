@@ -38,12 +38,12 @@ TEST(GridLevels, RiseStrictlyFromZeroTo255) {
 class ColourTableLayout : public ::testing::TestWithParam<unsigned> {};
 
 TEST_P(ColourTableLayout, FieldsSitWhereTheLayoutSays) {
-    ColourTableSpec spec;
-    spec.points = GetParam();
-    spec.blackMode = 1;
-    spec.inkParam = {250, 100, -3, 0, 7};
-    spec.dotSplitBlock = 1100;
-    const Bytes bytes = buildColourTable(spec);
+    ColourTableParams params;
+    params.points = GetParam();
+    params.blackMode = 1;
+    params.inkParam = {250, 100, -3, 0, 7};
+    params.dotSplitBlock = 1100;
+    const Bytes bytes = buildColourTable(params);
     const TableView t{bytes};
 
     EXPECT_EQ(std::string(bytes.begin(), bytes.begin() + 13), "inkdot ctable");
@@ -94,17 +94,17 @@ TEST_P(ColourTableLayout, FieldsSitWhereTheLayoutSays) {
 INSTANTIATE_TEST_SUITE_P(Sizes, ColourTableLayout, ::testing::Values(17u, 33u));
 
 TEST(ColourTable, WithoutDotSplitHasNoDataArea) {
-    ColourTableSpec spec;
-    spec.points = 2;
-    const Bytes bytes = buildColourTable(spec);
+    ColourTableParams params;
+    params.points = 2;
+    const Bytes bytes = buildColourTable(params);
     EXPECT_EQ(readU32le(bytes, kDataAreaSizeAt), 0u);
     EXPECT_EQ(bytes.size(), kGridLevelsAt + 6 + 32 + 2 + 8);
 }
 
 TEST(ColourTableCheck, AcceptsAWrittenTableAndRefusesAShortOne) {
-    ColourTableSpec spec;
-    spec.dotSplitBlock = 1100;
-    Bytes bytes = buildColourTable(spec);
+    ColourTableParams params;
+    params.dotSplitBlock = 1100;
+    Bytes bytes = buildColourTable(params);
     EXPECT_EQ(checkBlock(BlockRole::ColourTable, bytes), "");
     bytes.resize(bytes.size() - 9);  // the descriptor and one neutral byte gone
     EXPECT_NE(checkBlock(BlockRole::ColourTable, bytes), "");

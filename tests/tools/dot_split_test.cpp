@@ -18,11 +18,11 @@ bool unimodal(Get get) {
     return r == 256;
 }
 
-class DotSplitRows : public ::testing::TestWithParam<DotSplitSpec> {};
+class DotSplitRows : public ::testing::TestWithParam<DotSplitParams> {};
 
 TEST_P(DotSplitRows, FitAPixelAndHandOverMonotonically) {
-    const DotSplitSpec spec = GetParam();
-    const auto rows = makeDotSplit(spec);
+    const DotSplitParams params = GetParam();
+    const auto rows = makeDotSplit(params);
     EXPECT_EQ(rows[0].small + rows[0].medium + rows[0].large, 0);
     EXPECT_EQ(rows[255].large, 255);
     for (int r = 0; r < 256; ++r) EXPECT_LE(rows[r].small + rows[r].medium + rows[r].large, 255) << r;
@@ -39,14 +39,14 @@ TEST_P(DotSplitRows, FitAPixelAndHandOverMonotonically) {
     EXPECT_LT(mediumPeak, 255);
     // The ink the row delivers follows the row number (within rounding).
     for (int r = 0; r < 256; ++r) {
-        const double ink = rows[r].small * spec.smallInk + rows[r].medium * spec.mediumInk + rows[r].large;
+        const double ink = rows[r].small * params.smallInk + rows[r].medium * params.mediumInk + rows[r].large;
         EXPECT_NEAR(ink, r, 1.5) << r;  // three roundings of half a unit each
     }
 }
 
-INSTANTIATE_TEST_SUITE_P(Specs, DotSplitRows,
-                         ::testing::Values(DotSplitSpec{}, DotSplitSpec{0.25, 0.6, 0.05, 0.5, 0.25, 1.0},
-                                           DotSplitSpec{0.4, 0.7, 0.1, 0.7, 0.4, 1.0}));
+INSTANTIATE_TEST_SUITE_P(Shapes, DotSplitRows,
+                         ::testing::Values(DotSplitParams{}, DotSplitParams{0.25, 0.6, 0.05, 0.5, 0.25, 1.0},
+                                           DotSplitParams{0.4, 0.7, 0.1, 0.7, 0.4, 1.0}));
 
 TEST(DotSplitBlock, IsThreeBytesPerRowInSmallMediumLargeOrder) {
     std::array<DotSplitRow, 256> rows{};

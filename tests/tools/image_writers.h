@@ -43,7 +43,7 @@ inline bool writeTestPng(const std::string& path, uint32_t w, uint32_t h, int co
     return true;
 }
 
-struct TiffSpec {
+struct TiffParams {
     uint16_t photometric = PHOTOMETRIC_RGB;
     uint16_t samplesPerPixel = 3;
     uint16_t bits = 8;
@@ -51,34 +51,34 @@ struct TiffSpec {
     bool tiled = false;
 };
 
-inline bool writeTestTiff(const std::string& path, uint32_t w, uint32_t h, const TiffSpec& spec,
+inline bool writeTestTiff(const std::string& path, uint32_t w, uint32_t h, const TiffParams& params,
                           const std::vector<uint16_t>& samples) {
     TIFF* tif = TIFFOpen(path.c_str(), "w");
     if (tif == nullptr) return false;
     TIFFSetField(tif, TIFFTAG_IMAGEWIDTH, w);
     TIFFSetField(tif, TIFFTAG_IMAGELENGTH, h);
-    TIFFSetField(tif, TIFFTAG_BITSPERSAMPLE, spec.bits);
-    TIFFSetField(tif, TIFFTAG_SAMPLESPERPIXEL, spec.samplesPerPixel);
-    TIFFSetField(tif, TIFFTAG_PHOTOMETRIC, spec.photometric);
+    TIFFSetField(tif, TIFFTAG_BITSPERSAMPLE, params.bits);
+    TIFFSetField(tif, TIFFTAG_SAMPLESPERPIXEL, params.samplesPerPixel);
+    TIFFSetField(tif, TIFFTAG_PHOTOMETRIC, params.photometric);
     TIFFSetField(tif, TIFFTAG_PLANARCONFIG, PLANARCONFIG_CONTIG);
-    const bool alpha = spec.samplesPerPixel == 2 || spec.samplesPerPixel == 4;
+    const bool alpha = params.samplesPerPixel == 2 || params.samplesPerPixel == 4;
     if (alpha) {
-        uint16_t kinds[1] = {spec.extraSample};
+        uint16_t kinds[1] = {params.extraSample};
         TIFFSetField(tif, TIFFTAG_EXTRASAMPLES, 1, kinds);
     }
-    const size_t perRow = size_t{w} * spec.samplesPerPixel;
-    if (spec.tiled) {
+    const size_t perRow = size_t{w} * params.samplesPerPixel;
+    if (params.tiled) {
         TIFFSetField(tif, TIFFTAG_TILEWIDTH, 16);
         TIFFSetField(tif, TIFFTAG_TILELENGTH, 16);
-        std::vector<uint8_t> tile(16 * 16 * spec.samplesPerPixel * (spec.bits / 8), 0);
+        std::vector<uint8_t> tile(16 * 16 * params.samplesPerPixel * (params.bits / 8), 0);
         TIFFWriteTile(tif, tile.data(), 0, 0, 0, 0);
     } else {
         TIFFSetField(tif, TIFFTAG_ROWSPERSTRIP, 2);
-        std::vector<uint8_t> row(perRow * (spec.bits / 8));
+        std::vector<uint8_t> row(perRow * (params.bits / 8));
         for (uint32_t y = 0; y < h; ++y) {
             for (size_t i = 0; i < perRow; ++i) {
                 const uint16_t v = samples[y * perRow + i];
-                if (spec.bits == 16) std::memcpy(&row[2 * i], &v, 2);
+                if (params.bits == 16) std::memcpy(&row[2 * i], &v, 2);
                 else row[i] = static_cast<uint8_t>(v);
             }
             TIFFWriteScanline(tif, row.data(), y, 0);

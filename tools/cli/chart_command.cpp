@@ -8,7 +8,7 @@
 namespace inkdot::tools {
 
 namespace {
-constexpr OptionSpec kChartOptions[] = {{"output", true}, {"width", true}, {"height", true}};
+constexpr OptionDef kChartOptions[] = {{"output", true}, {"width", true}, {"height", true}};
 constexpr const char* kChartHelp =
     "usage: inkdot chart -o FILE.png [--width N] [--height N]\n"
     "\n"

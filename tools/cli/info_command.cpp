@@ -12,7 +12,7 @@
 namespace inkdot::tools {
 
 namespace {
-constexpr OptionSpec kInfoOptions[] = {{"pack", true}};
+constexpr OptionDef kInfoOptions[] = {{"pack", true}};
 constexpr const char* kInfoHelp =
     "usage: inkdot info [--pack FILE]\n"
     "\n"

@@ -5,7 +5,7 @@
 
 namespace inkdot::tools {
 
-bool parseArgs(const std::vector<std::string>& args, std::span<const OptionSpec> specs, ParsedArgs& out,
+bool parseArgs(const std::vector<std::string>& args, std::span<const OptionDef> defs, ParsedArgs& out,
                std::string& error) {
     for (size_t i = 0; i < args.size(); ++i) {
         std::string arg = args[i];
@@ -29,20 +29,20 @@ bool parseArgs(const std::vector<std::string>& args, std::span<const OptionSpec>
             name.erase(eq);
             inlineValue = true;
         }
-        const OptionSpec* spec = nullptr;
-        for (const OptionSpec& s : specs)
-            if (name == s.name) spec = &s;
-        if (spec == nullptr) {
+        const OptionDef* def = nullptr;
+        for (const OptionDef& s : defs)
+            if (name == s.name) def = &s;
+        if (def == nullptr) {
             error = "unknown option --" + name;
             return false;
         }
-        if (spec->takesValue && !inlineValue) {
+        if (def->takesValue && !inlineValue) {
             if (i + 1 >= args.size()) {
                 error = "option --" + name + " needs a value";
                 return false;
             }
             value = args[++i];
-        } else if (!spec->takesValue && inlineValue) {
+        } else if (!def->takesValue && inlineValue) {
             error = "option --" + name + " takes no value";
             return false;
         }

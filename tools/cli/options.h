@@ -9,7 +9,7 @@
 
 namespace inkdot::tools {
 
-struct OptionSpec {
+struct OptionDef {
     const char* name;  // without the leading "--"
     bool takesValue;
 };
@@ -26,7 +26,7 @@ struct ParsedArgs {
     }
 };
 
-bool parseArgs(const std::vector<std::string>& args, std::span<const OptionSpec> specs, ParsedArgs& out,
+bool parseArgs(const std::vector<std::string>& args, std::span<const OptionDef> defs, ParsedArgs& out,
                std::string& error);
 
 // A whole decimal number within [lo, hi]; false with a message naming the option.

@@ -10,7 +10,7 @@
 namespace inkdot::tools {
 
 namespace {
-constexpr OptionSpec kPackOptions[] = {{"output", true}};
+constexpr OptionDef kPackOptions[] = {{"output", true}};
 constexpr const char* kPackHelp =
     "usage: inkdot pack RESOURCE_DIR -o FILE\n"
     "\n"

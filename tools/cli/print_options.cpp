@@ -5,7 +5,7 @@
 
 namespace inkdot::tools {
 
-const OptionSpec kPrintOptions[] = {
+const OptionDef kPrintOptions[] = {
     {"output", true},     {"method", true},     {"bits", true},       {"resolution", true},
     {"mono", false},      {"colour", false},    {"color", false},     {"brightness", true},
     {"contrast", true},   {"saturation", true}, {"gamma", true},      {"offset-r", true},

@@ -18,7 +18,7 @@ struct PrintOptions {
     uint32_t previewWidth = 1000;
 };
 
-extern const OptionSpec kPrintOptions[];
+extern const OptionDef kPrintOptions[];
 extern const size_t kPrintOptionCount;
 extern const char* const kPrintHelp;
 

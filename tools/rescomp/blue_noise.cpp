@@ -16,12 +16,12 @@ uint32_t nextRandom(uint32_t& state) {
 
 class EnergyField {
 public:
-    explicit EnergyField(const BlueNoiseSpec& spec) : w_(spec.width), h_(spec.height) {
-        const double unitX = spec.cellWidth >= 1.0 ? spec.cellWidth : 1.0;
-        const double unitY = spec.cellWidth >= 1.0 ? 1.0 : 1.0 / spec.cellWidth;
+    explicit EnergyField(const BlueNoiseParams& params) : w_(params.width), h_(params.height) {
+        const double unitX = params.cellWidth >= 1.0 ? params.cellWidth : 1.0;
+        const double unitY = params.cellWidth >= 1.0 ? 1.0 : 1.0 / params.cellWidth;
         // The Gaussian is below 1e-7 beyond 5.7 sigma; a window of that radius
         // (or the whole torus when smaller) keeps each update local.
-        const double reach = 5.7 * spec.sigma;
+        const double reach = 5.7 * params.sigma;
         rx_ = std::min<int>(static_cast<int>(std::ceil(reach / unitX)), static_cast<int>(w_ - 1) / 2);
         ry_ = std::min<int>(static_cast<int>(std::ceil(reach / unitY)), static_cast<int>(h_ - 1) / 2);
         const int kw = 2 * rx_ + 1;
@@ -30,7 +30,7 @@ public:
             for (int dx = -rx_; dx <= rx_; ++dx) {
                 const double px = dx * unitX, py = dy * unitY;
                 kernel_[(dy + ry_) * kw + dx + rx_] =
-                    std::exp(-(px * px + py * py) / (2.0 * spec.sigma * spec.sigma));
+                    std::exp(-(px * px + py * py) / (2.0 * params.sigma * params.sigma));
             }
         energy_.assign(static_cast<size_t>(w_) * h_, 0.0);
         dot_.assign(energy_.size(), 0);
@@ -78,14 +78,14 @@ private:
 
 }  // namespace
 
-std::vector<uint16_t> makeBlueNoise(const BlueNoiseSpec& spec) {
-    EnergyField field(spec);
+std::vector<uint16_t> makeBlueNoise(const BlueNoiseParams& params) {
+    EnergyField field(params);
     const size_t cells = field.cells();
     std::vector<uint16_t> rank(cells, 0);
 
     // 1. Seed pattern, a tenth of the cells, at least one.
     const size_t seedCount = std::max<size_t>(1, cells / 10);
-    uint32_t state = spec.seed != 0 ? spec.seed : 1;
+    uint32_t state = params.seed != 0 ? params.seed : 1;
     for (size_t placed = 0; placed < seedCount;) {
         const size_t cell = nextRandom(state) % cells;
         if (field.isDot(cell)) continue;

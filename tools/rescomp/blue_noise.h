@@ -22,7 +22,7 @@
 
 namespace inkdot::tools {
 
-struct BlueNoiseSpec {
+struct BlueNoiseParams {
     unsigned width = 64;      // cells, a power of two
     unsigned height = 64;     // cells
     double cellWidth = 1.0;   // width of a cell on paper, relative to its height
@@ -31,6 +31,6 @@ struct BlueNoiseSpec {
 };
 
 // Rank of each cell, row by row. Requires 1 ≤ width × height ≤ 65535.
-std::vector<uint16_t> makeBlueNoise(const BlueNoiseSpec& spec);
+std::vector<uint16_t> makeBlueNoise(const BlueNoiseParams& params);
 
 }  // namespace inkdot::tools

@@ -42,7 +42,7 @@ inline constexpr unsigned kChannels = 4;
 inline constexpr size_t kDescriptorSize = 8;
 }  // namespace colourtable
 
-struct ColourTableSpec {
+struct ColourTableParams {
     unsigned points = 17;            // grid points per axis, 2..48
     uint8_t blackMode = 0;
     uint8_t tableMode = 50;
@@ -54,6 +54,6 @@ struct ColourTableSpec {
 // Evenly spaced levels 0..255, rounded: strictly rising for 2..256 points.
 uint8_t gridLevel(unsigned index, unsigned points);
 
-Bytes buildColourTable(const ColourTableSpec& spec);
+Bytes buildColourTable(const ColourTableParams& params);
 
 }  // namespace inkdot::tools

@@ -15,14 +15,14 @@ double smoothstep(double edge0, double edge1, double x) {
 
 }  // namespace
 
-std::array<DotSplitRow, 256> makeDotSplit(const DotSplitSpec& spec) {
+std::array<DotSplitRow, 256> makeDotSplit(const DotSplitParams& params) {
     std::array<DotSplitRow, 256> rows{};
     for (int r = 1; r < 256; ++r) {
         const double t = r / 255.0;
-        const double large = smoothstep(spec.largeStart, spec.largeFull, t);
-        const double medium = std::max(0.0, smoothstep(spec.mediumStart, spec.mediumFull, t) - large);
+        const double large = smoothstep(params.largeStart, params.largeFull, t);
+        const double medium = std::max(0.0, smoothstep(params.mediumStart, params.mediumFull, t) - large);
         const double small = 1.0 - large - medium;
-        const double inkPerArea = small * spec.smallInk + medium * spec.mediumInk + large;
+        const double inkPerArea = small * params.smallInk + medium * params.mediumInk + large;
         const double area = std::min(255.0, r / inkPerArea);
         int s = static_cast<int>(std::lround(area * small));
         int m = static_cast<int>(std::lround(area * medium));

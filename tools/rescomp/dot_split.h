@@ -19,7 +19,7 @@
 
 namespace inkdot::tools {
 
-struct DotSplitSpec {
+struct DotSplitParams {
     double smallInk = 0.35;   // ink of a small dot relative to a large one
     double mediumInk = 0.65;
     double mediumStart = 0.08, mediumFull = 0.60;
@@ -30,7 +30,7 @@ struct DotSplitRow {
     uint8_t small, medium, large;
 };
 
-std::array<DotSplitRow, 256> makeDotSplit(const DotSplitSpec& spec);
+std::array<DotSplitRow, 256> makeDotSplit(const DotSplitParams& params);
 
 // 768 bytes: small, medium, large for each row.
 Bytes dotSplitBlock(const std::array<DotSplitRow, 256>& rows);

@@ -113,39 +113,39 @@ SeparationModel separationModel(Settings& s) {
 }
 
 Bytes colourTable(Settings& s) {
-    ColourTableSpec spec;
-    spec.points = static_cast<unsigned>(s.integer("points", 17, 2, 48));
-    spec.blackMode = static_cast<uint8_t>(s.integer("black-mode", 0, 0, 3));
-    spec.tableMode = static_cast<uint8_t>(s.integer("table-mode", 50, 0, 255));
+    ColourTableParams params;
+    params.points = static_cast<unsigned>(s.integer("points", 17, 2, 48));
+    params.blackMode = static_cast<uint8_t>(s.integer("black-mode", 0, 0, 3));
+    params.tableMode = static_cast<uint8_t>(s.integer("table-mode", 50, 0, 255));
     const std::vector<long> ink = s.integers("ink-param", -32768, 32767);
     if (ink.size() > 5) s.fail("ink-param takes at most five values");
-    for (size_t i = 0; i < ink.size() && i < 5; ++i) spec.inkParam[i] = static_cast<int16_t>(ink[i]);
-    spec.dotSplitBlock = static_cast<uint16_t>(s.integer("dot-split", 0, 0, 65534));
-    spec.model = separationModel(s);
-    return buildColourTable(spec);
+    for (size_t i = 0; i < ink.size() && i < 5; ++i) params.inkParam[i] = static_cast<int16_t>(ink[i]);
+    params.dotSplitBlock = static_cast<uint16_t>(s.integer("dot-split", 0, 0, 65534));
+    params.model = separationModel(s);
+    return buildColourTable(params);
 }
 
 Bytes matrix(Settings& s) {
-    BlueNoiseSpec spec;
-    spec.width = static_cast<unsigned>(s.integer("width", 64, 1, 256));
-    spec.height = static_cast<unsigned>(s.integer("height", 64, 1, 256));
-    spec.cellWidth = s.real("cell-width", 1.0, 0.25, 4.0);
-    spec.sigma = s.real("sigma", 1.5, 0.5, 8.0);
-    spec.seed = static_cast<uint32_t>(s.integer("seed", 1, 1, 0x7FFFFFFF));
-    if ((spec.width & (spec.width - 1)) != 0) s.fail("width must be a power of two");
-    if (spec.width * spec.height > 65535) s.fail("a matrix holds at most 65535 cells");
+    BlueNoiseParams params;
+    params.width = static_cast<unsigned>(s.integer("width", 64, 1, 256));
+    params.height = static_cast<unsigned>(s.integer("height", 64, 1, 256));
+    params.cellWidth = s.real("cell-width", 1.0, 0.25, 4.0);
+    params.sigma = s.real("sigma", 1.5, 0.5, 8.0);
+    params.seed = static_cast<uint32_t>(s.integer("seed", 1, 1, 0x7FFFFFFF));
+    if ((params.width & (params.width - 1)) != 0) s.fail("width must be a power of two");
+    if (params.width * params.height > 65535) s.fail("a matrix holds at most 65535 cells");
     if (s.failed()) return {};
-    return matrixBlock(spec.width, spec.height, makeBlueNoise(spec));
+    return matrixBlock(params.width, params.height, makeBlueNoise(params));
 }
 
 Bytes dotSplit(Settings& s) {
-    DotSplitSpec spec;
-    spec.smallInk = s.real("small-ink", spec.smallInk, 0.05, 0.95);
-    spec.mediumInk = s.real("medium-ink", spec.mediumInk, 0.05, 0.95);
-    std::tie(spec.mediumStart, spec.mediumFull) = s.range("medium", {spec.mediumStart, spec.mediumFull});
-    std::tie(spec.largeStart, spec.largeFull) = s.range("large", {spec.largeStart, spec.largeFull});
-    if (spec.smallInk >= spec.mediumInk) s.fail("small-ink must be below medium-ink");
-    return dotSplitBlock(makeDotSplit(spec));
+    DotSplitParams params;
+    params.smallInk = s.real("small-ink", params.smallInk, 0.05, 0.95);
+    params.mediumInk = s.real("medium-ink", params.mediumInk, 0.05, 0.95);
+    std::tie(params.mediumStart, params.mediumFull) = s.range("medium", {params.mediumStart, params.mediumFull});
+    std::tie(params.largeStart, params.largeFull) = s.range("large", {params.largeStart, params.largeFull});
+    if (params.smallInk >= params.mediumInk) s.fail("small-ink must be below medium-ink");
+    return dotSplitBlock(makeDotSplit(params));
 }
 
 Bytes routing(Settings& s) {
