@@ -125,7 +125,7 @@ typedef struct CmLut {
 typedef struct HtSettings {
     uint32_t method;       /* 3 matrix dither, 0 fixed threshold, 1 error diffusion */
     uint32_t ditherMode;
-    uint32_t inputFormat;  /* 0 gray; 3 RGB; 4 four ink bytes */
+    uint32_t inputFormat;  /* 0 gray; 2 three colour bytes; 3 colour + pad byte; 4 four ink bytes */
     uint32_t colourMode;   /* 0 monochrome; nonzero colour (2: three planes) */
     uint32_t resolutionX;
     uint32_t resolutionY;

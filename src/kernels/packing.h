@@ -29,7 +29,15 @@ public:
     }
 
     // ORs the pattern of plane k's pixel into the byte being assembled.
+    // Inlined early: GCC otherwise folds the identical bodies of packers with
+    // different plane counts into one and warns about the smaller one's bounds.
+#if defined(__GNUC__)
+    [[gnu::always_inline]]
+#endif
     void set(unsigned k, uint8_t pattern) { byte_[k] |= pattern & mask_; }
+#if defined(__GNUC__)
+    [[gnu::always_inline]]
+#endif
     void dot(unsigned k, bool printed) { if (printed) byte_[k] |= mask_; }
     uint8_t mask() const { return mask_; }
 

@@ -1,0 +1,139 @@
+// The one-bit colour dither kernels: Dither1Colour, Dither1ColourHybrid and
+// Threshold1Colour share one run loop. They differ in where the ink amounts
+// come from (a colour source) and in how plane 1 is decided in the main pass
+// (by the matrix, or by error diffusion in the hybrid).
+//
+// The main pass covers count AND NOT 1 pixels; an odd run's last pixel is
+// done by itself, without white test or smoothing, and puts planes 1 and 2
+// under the paired rule too.
+#include "halftone/ht_context.h"
+#include "kernels/dither/colour_sources.h"
+#include "kernels/dither/input_walk.h"
+#include "kernels/dither/matrix_row.h"
+#include "kernels/paired_threshold.h"
+#include "kernels/dither/run_checks.h"
+#include "kernels/ed1/diffusion_step.h"
+#include "kernels/ed1/pattern_choice.h"
+#include "kernels/ed1/perturbation.h"
+#include "kernels/ed1/spread_patterns.h"
+#include "kernels/kernels.h"
+#include "kernels/packing.h"
+
+namespace inkdot {
+namespace {
+
+// A dot decision as a byte pattern for the packer: the matrix makes the
+// decisions as good as random, so they are never branched on.
+inline uint8_t dotPattern(bool printed) { return static_cast<uint8_t>(-static_cast<int>(printed)); }
+
+// Plane 1 by the matrix, read from its other end (cells above maxT - tone),
+// so that it does not pile onto the cells that planes 3 and 0 take first.
+struct MatrixPlane1 {
+    void white(uint32_t) {}
+    bool decide(uint32_t, uint32_t m, uint32_t, int32_t tone, int32_t maxT) {
+        return tone > maxT - static_cast<int32_t>(m);
+    }
+};
+
+// Plane 1 by one-bit error diffusion on error line 0, the level being the
+// ink amount itself. The threshold is jittered against the matrix the other
+// way round from the diffusion kernels (p(m) is subtracted). The hybrid keeps
+// no continuity rule: its error line is never cleared.
+class DiffusedPlane1 {
+public:
+    explicit DiffusedPlane1(HtContext& ctx)
+        : line_(errorLine(ctx, 0)),
+          edThreshold_(slotData<int16_t>(ctx, kEdThresholdTable)),
+          dotValue_(slotData<int16_t>(ctx, kDotValueTable)),
+          spread_(spreadThresholds(ctx)) {}
+
+    // A white pixel drops the error pending in its cell.
+    void white(uint32_t x) { dropCell(line_[x], carry_); }
+
+    bool decide(uint32_t x, uint32_t m, uint32_t level, int32_t, int32_t) {
+        int32_t* cell = &line_[x];
+        if (level == 0) {
+            dropCell(*cell, carry_);
+            return false;
+        }
+        const DiffusionResult r =
+            diffuse(*cell, static_cast<int32_t>(level), edThreshold_[level] - perturbation(m), dotValue_[level]);
+        // The a forms go with bit 2 of m clear; the lowest band's boundary is exclusive.
+        const PixelClass pixel{static_cast<int32_t>(level), r.dot, (m & 4) == 0, false};
+        spread(chooseGeneral(pixel, spread_), cell, r.err, carry_);
+        return r.dot;
+    }
+
+private:
+    int32_t* line_;
+    const int16_t* edThreshold_;
+    const int16_t* dotValue_;
+    SpreadThresholds spread_;
+    int32_t carry_ = 0;  // the run's carry; what is left after the last pixel is dropped
+};
+
+template <class Source, class Plane1>
+void ditherRun(const HtContext& ctx, const HtRun& run, Source source, Plane1 plane1) {
+    const MatrixRow row = matrixRow(ctx, run.lineNo);
+    const int32_t maxT = maxThreshold(ctx);
+    const auto* tone = slotData<uint16_t>(ctx, kToneTable);
+    InputWalk<ReadOne> in(run.src, bytesPerPixel(ctx.inputFormat), ctx.scaleMode == 1);
+    PlanePacker<1, 4> out(run.dst, run.planeStride, run.bitOffset);
+
+    const uint32_t mainCount = run.count & ~1u;
+    for (uint32_t i = 0; i < mainCount; ++i) {
+        const uint32_t x = run.startX + i;
+        const uint32_t m = row(x);
+        const ColourBytes px = Source::read(in);
+        if (Source::white(px)) {
+            plane1.white(x);
+        } else {
+            const Inks c = source.main(px, m);
+            const PairDots p30 = pairedThreshold(tone[c.c[3]], tone[c.c[0]], maxT, static_cast<int32_t>(m));
+            out.set(3, dotPattern(p30.a));
+            out.set(0, dotPattern(p30.b));
+            out.set(1, dotPattern(plane1.decide(x, m, c.c[1], tone[c.c[1]], maxT)));
+            out.set(2, dotPattern(tone[c.c[2]] > maxT - static_cast<int32_t>(m)));
+        }
+        out.next();
+        in.advanceAfter(i);
+    }
+
+    if (run.count & 1) {
+        const uint32_t m = row(run.startX + mainCount);
+        const Inks c = source.lastByMatrix(Source::read(in), m);
+        const PairDots p30 = pairedThreshold(tone[c.c[3]], tone[c.c[0]], maxT, static_cast<int32_t>(m));
+        const PairDots p12 = pairedThreshold(tone[c.c[1]], tone[c.c[2]], maxT, maxT - static_cast<int32_t>(m));
+        out.set(3, dotPattern(p30.a));
+        out.set(0, dotPattern(p30.b));
+        out.set(1, dotPattern(p12.a));
+        out.set(2, dotPattern(p12.b));
+        out.next();
+    }
+    out.finish();
+}
+
+}  // namespace
+
+uint32_t Dither1Colour(HtContext& ctx, const HtRun& run) {
+    if (const uint32_t rc = checkDitherRun(ctx, run, Option11::Ignored)) return rc;
+    ctx.prevLineNo = run.lineNo;
+    withColourSource<GridSource>(ctx, [&](auto source) { ditherRun(ctx, run, source, MatrixPlane1{}); });
+    return RC_OK;
+}
+
+uint32_t Dither1ColourHybrid(HtContext& ctx, const HtRun& run) {
+    if (const uint32_t rc = checkDitherRun(ctx, run, Option11::Ignored)) return rc;
+    ctx.prevLineNo = run.lineNo;
+    withColourSource<GridSource>(ctx, [&](auto source) { ditherRun(ctx, run, source, DiffusedPlane1(ctx)); });
+    return RC_OK;
+}
+
+uint32_t Threshold1Colour(HtContext& ctx, const HtRun& run) {
+    if (const uint32_t rc = checkDitherRun(ctx, run, Option11::Ignored)) return rc;
+    ctx.prevLineNo = run.lineNo;
+    withColourSource<ThresholdSource>(ctx, [&](auto source) { ditherRun(ctx, run, source, MatrixPlane1{}); });
+    return RC_OK;
+}
+
+}  // namespace inkdot

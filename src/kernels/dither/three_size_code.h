@@ -1,0 +1,25 @@
+// The three-size code rule of the two-bit dither kernels: an ink amount is
+// split into small, medium and large dot amounts (one dot-split row), and
+// their tone values are stacked against one threshold: large dots take the
+// cells below tl, medium the next tm cells, small the next ts.
+#pragma once
+
+#include <cstdint>
+
+#include "halftone/ht_context.h"
+
+namespace inkdot {
+
+// The stacked tones come ready-made per split row from the resource protocol:
+// tl in the low half of splitToneCumulative, tl + tm in its high half, and
+// ts + tm + tl in splitToneTotal.
+// The three tests are selected without branches: the matrix makes every
+// one of them as good as random.
+inline unsigned threeSizeCode(const HtContext& ctx, uint32_t amount, uint32_t threshold) {
+    const uint32_t cumulative = ctx.splitToneCumulative[amount];
+    const unsigned small = ctx.splitToneTotal[amount] > threshold ? 1 : 0;
+    const unsigned medium = (cumulative >> 16) > threshold ? 2 : small;
+    return (cumulative & 0xFFFF) > threshold ? 3 : medium;  // large
+}
+
+}  // namespace inkdot

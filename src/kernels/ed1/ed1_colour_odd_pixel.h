@@ -1,0 +1,44 @@
+// The last pixel of an odd-length colour run is not diffused: it is dithered
+// against the matrix in two pairs of planes, 0 with 3 on the matrix value and
+// 1 with 2 on its mirror image, so that the two planes of a pair avoid each
+// other. It touches no error line, carry, history or smoothing state.
+#pragma once
+
+#include <cstdint>
+
+#include "kernels/ed1/colour_conversion.h"
+#include "kernels/paired_threshold.h"
+
+namespace inkdot {
+
+struct ColourDots {
+    bool dot[4];  // per plane
+};
+
+// Levels below this print too rarely on a lone pixel to be worth a dot.
+inline constexpr int32_t kOddPixelMinLevel = 32;
+// The node choice at mid-matrix: a byte takes the node it lies nearer to.
+inline constexpr uint32_t kOddPixelQ = 128;
+
+template <class Tables>
+inline ColourDots oddPixelDots(const Tables& tables, uint32_t inputFormat, const uint8_t* px, uint32_t x,
+                               uint16_t matrixCells) {
+    InkLevels levels;
+    if (inputFormat == 4) {
+        levels = inkBytes(px);
+    } else {
+        levels = unpackLevels(tables.conversion[gridEntry(chooseNodes(tables, px, kOddPixelQ))]);
+        for (int32_t& level : levels.level)
+            if (level < kOddPixelMinLevel) level = 0;
+    }
+    int32_t t[4];
+    for (int k = 0; k < 4; ++k) t[k] = static_cast<int32_t>(tables.tone(levels.level[k]));
+    const int32_t maxT = static_cast<uint16_t>(matrixCells - 1);  // 16 bits: 0 cells read as 65536
+    const int32_t m = static_cast<int32_t>(tables.row.value(x));
+    const int32_t mirrored = static_cast<uint16_t>(maxT - m);  // 16-bit wrap
+    const PairDots p30 = pairedThreshold(t[3], t[0], maxT, m);
+    const PairDots p12 = pairedThreshold(t[1], t[2], maxT, mirrored);
+    return {{p30.b, p12.a, p12.b, p30.a}};
+}
+
+}  // namespace inkdot

@@ -1,0 +1,171 @@
+// The pixel loop of the one-bit colour error-diffusion kernels, written once.
+// A kernel is this loop instantiated with
+//   Family - its spread family and pattern choice,
+//   Tables - how it reaches the tables (in place, or copied per call),
+//   Planes - how many output planes it writes (3 leaves plane 3's bytes alone
+//            while still diffusing it, so its error line is unchanged).
+//
+// Planes 0, 1 and 3 diffuse on error lines 0, 1 and 2; plane 2 is dithered
+// by the matrix. Plane 1's threshold moves against the matrix perturbation,
+// the others' with it, which keeps dots of plane 1 off the cells where
+// planes 0 and 3 are most likely to print.
+#pragma once
+
+#include <cstdint>
+
+#include "halftone/ht_context.h"
+#include "halftone/kernel.h"
+#include "inkdot/inkdot.h"
+#include "kernels/ed1/activity_history.h"
+#include "kernels/ed1/colour_conversion.h"
+#include "kernels/ed1/continuity.h"
+#include "kernels/ed1/diffusion_step.h"
+#include "kernels/ed1/ed1_colour_odd_pixel.h"
+#include "kernels/ed1/pattern_choice.h"
+#include "kernels/ed1/perturbation.h"
+#include "kernels/ed1/spread_patterns.h"
+#include "kernels/packing.h"
+
+namespace inkdot {
+
+// Pattern choices. The colour kernels take the a forms on odd matrix cells
+// (the monochrome kernels on even ones), so that colour dots are spread the
+// other way round from what a black plane on the same matrix would do.
+struct GeneralColourFamily {
+    // The lowest band's boundary includes T4 on odd cells, except in plane 1,
+    // whose boundary excludes it on every cell.
+    template <unsigned Plane>
+    static Pattern choose(int32_t level, bool dot, bool odd, const SpreadThresholds& t) {
+        return chooseGeneral({level, dot, odd, Plane != 1 && odd}, t);
+    }
+};
+struct Colour1440x720Family {
+    template <unsigned Plane>
+    static Pattern choose(int32_t level, bool dot, bool odd, const SpreadThresholds& t) {
+        return choose1440x720({level, dot, odd, false}, t);
+    }
+};
+struct DoubleYColourFamily {
+    template <unsigned Plane>
+    static Pattern choose(int32_t level, bool dot, bool odd, const SpreadThresholds& t) {
+        return chooseDoubleY({level, dot, odd, odd}, t);
+    }
+};
+
+namespace detail {
+
+// The pattern choice and the spread are flattened into each plane's step, so
+// that the branches of the choice lead straight to the additions of their
+// pattern instead of through a call and a jump table (a third of the time
+// per pixel otherwise).
+#if defined(__GNUC__)
+#define INKDOT_FLATTEN [[gnu::flatten]]
+#else
+#define INKDOT_FLATTEN
+#endif
+
+// One diffused plane of one coloured pixel. `cell` points at the column's cell.
+template <class Family, unsigned Plane, class Tables>
+INKDOT_FLATTEN inline bool diffusePlane(const Tables& tables, int32_t* cell, int32_t& carry, ActivityHistory& history,
+                         int32_t level, int32_t p, bool odd, const SpreadThresholds& bands) {
+    if (!history.step(level)) {
+        dropCell(*cell, carry);
+        return false;
+    }
+    // A plane with history diffuses even at level 0: its leftover error can still print.
+    const int32_t threshold = tables.edThreshold(level) + (Plane == 1 ? -p : p);
+    const DiffusionResult r = diffuse(*cell, level, threshold, tables.template dotValue<Plane>(level));
+    spread(Family::template choose<Plane>(level, r.dot, odd, bands), cell, r.err, carry);
+    return r.dot;
+}
+
+}  // namespace detail
+
+template <class Family, class Tables, unsigned Planes>
+uint32_t runColour(HtContext& ctx, const HtRun& run) {
+    static_assert(Planes == 3 || Planes == 4);
+    if constexpr (Tables::kChecksRunArguments) {
+        if (run.count > ctx.width || run.startX > ctx.width - run.count) return RC_ARG + 6;
+        if (run.reserved10 != 0) return RC_ARG + 10;
+    }
+    // An empty matrix has no row to read; a cached row has room for 256 columns.
+    if (ctx.matrixWidth == 0 || ctx.matrixHeight == 0 || ctx.matrixWidth > Tables::kMaxMatrixWidth)
+        return RC_DATA;
+
+    applyContinuity(ctx, run, 3);
+    const Tables tables(ctx, run.lineNo);
+    const SpreadThresholds thresholds = spreadThresholds(ctx);
+    int32_t* const line0 = errorLine(ctx, 0);
+    int32_t* const line1 = errorLine(ctx, 1);
+    int32_t* const line3 = errorLine(ctx, 2);  // plane 3 diffuses on the third line
+    int32_t carry0 = 0, carry1 = 0, carry3 = 0;
+    ActivityHistory history0, history1, history3;
+    Smoothing smoothing;
+    PlanePacker<1, Planes> packer(run.dst, run.planeStride, run.bitOffset);
+
+    // Ink input (inputFormat 4) carries the four levels itself: it steps four
+    // bytes a pixel and skips the grid and the smoothing; all four zero is white.
+    // Colour input steps by its pixel size: three bytes, or four (inputFormat 3,
+    // a padding byte behind the colour) as replication copies them.
+    const bool inkInput = ctx.inputFormat == 4;
+    const uint32_t pixelBytes = bytesPerPixel(ctx.inputFormat);
+    const bool doubling = ctx.scaleMode == 1;  // every input pixel serves two output pixels
+    const uint8_t* in = run.src;
+
+    // Pixels are diffused in pairs; an odd last pixel is dithered on its own.
+    const uint32_t diffused = run.count & ~1u;
+    for (uint32_t i = 0; i < diffused; ++i) {
+        const uint32_t x = run.startX + i;
+        const uint8_t* px = in;
+        if (!doubling || (i & 1) != 0) in += pixelBytes;
+        int32_t* const cell0 = line0 + x;
+        int32_t* const cell1 = line1 + x;
+        int32_t* const cell3 = line3 + x;
+
+        const bool white = inkInput ? (px[0] | px[1] | px[2] | px[3]) == 0 : px[0] + px[1] + px[2] == 3 * 255;
+        if (white) {
+            // No dot anywhere; the pending error is dropped and the smoothing
+            // and histories wait for the next coloured pixel.
+            dropCell(*cell0, carry0);
+            dropCell(*cell1, carry1);
+            dropCell(*cell3, carry3);
+            packer.next();
+            continue;
+        }
+
+        const uint32_t m = tables.row.value(x);
+        const uint32_t q = tables.q(x);
+        const int32_t p = kPerturbationTable[q];
+        const bool odd = (m & 1) != 0;
+
+        InkLevels levels;
+        if (inkInput) {
+            levels = inkBytes(px);
+        } else {
+            const NodeIndices nodes = chooseNodes(tables, px, q);
+            levels = unpackLevels(tables.conversion[gridEntry(nodes)]);
+            smoothing.apply(levels, nodes, m);
+        }
+        const int32_t* L = levels.level;
+
+        packer.dot(0, detail::diffusePlane<Family, 0>(tables, cell0, carry0, history0, L[0], p, odd, thresholds));
+        packer.dot(1, detail::diffusePlane<Family, 1>(tables, cell1, carry1, history1, L[1], p, odd, thresholds));
+        packer.dot(2, m < tables.tone(L[2]));
+        const bool dot3 = detail::diffusePlane<Family, 3>(tables, cell3, carry3, history3, L[3], p, odd, thresholds);
+        if constexpr (Planes == 4) packer.dot(3, dot3);
+        packer.next();
+    }
+
+    if ((run.count & 1) != 0) {
+        const ColourDots dots = oddPixelDots(tables, ctx.inputFormat, in, run.startX + diffused, ctx.matrixCells);
+        packer.dot(0, dots.dot[0]);
+        packer.dot(1, dots.dot[1]);
+        packer.dot(2, dots.dot[2]);
+        if constexpr (Planes == 4) packer.dot(3, dots.dot[3]);
+        packer.next();
+    }
+    packer.finish();  // the carries left over are discarded
+    return RC_OK;
+}
+
+}  // namespace inkdot

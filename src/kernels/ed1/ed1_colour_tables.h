@@ -1,0 +1,111 @@
+// How the one-bit colour error-diffusion kernels reach their tables. The
+// pixel loop is written once against this interface; the plain kernels read
+// the instance's tables where they lie, the cached kernels copy them into
+// local arrays at the start of every call. The two also differ in how they
+// read dotValueTable: the plain kernels take planes 0 and 1 as unsigned and
+// plane 3 as signed 16-bit values, the cached kernels take every plane as
+// signed (the readings agree below 32768).
+#pragma once
+
+#include <cstdint>
+
+#include "halftone/ht_context.h"
+#include "halftone/kernel.h"
+#include "kernels/ed1/perturbation.h"
+#include "kernels/grid_node.h"
+
+namespace inkdot {
+
+// The matrix row of a run and its column mask.
+struct MatrixRow {
+    const uint16_t* cells;
+    uint32_t columnMask;  // matrixWidth - 1: the width is a power of two
+
+    MatrixRow(const HtContext& ctx, uint32_t lineNo)
+        : cells(slotData<uint16_t>(ctx, kThresholdMatrix) + (lineNo % ctx.matrixHeight) * ctx.matrixWidth),
+          columnMask(ctx.matrixWidth - 1) {}
+
+    uint32_t value(uint32_t x) const { return cells[x & columnMask]; }
+};
+
+// Tables read in place.
+class DirectColourTables {
+public:
+    static constexpr bool kChecksRunArguments = true;  // no Halftone in front when called directly
+    static constexpr uint32_t kMaxMatrixWidth = 0xFFFFFFFF;  // the matrix is read where it lies
+
+    DirectColourTables(const HtContext& ctx, uint32_t lineNo)
+        : row(ctx, lineNo),
+          conversion(slotData<uint32_t>(ctx, kConversionTable)),
+          gridCells_(slotData<uint8_t>(ctx, kGridCellTable)),
+          tone_(slotData<uint16_t>(ctx, kToneTable)),
+          dotValueUnsigned_(slotData<uint16_t>(ctx, kDotValueTable)),
+          dotValueSigned_(slotData<int16_t>(ctx, kDotValueTable)),
+          edThreshold_(slotData<int16_t>(ctx, kEdThresholdTable)) {}
+
+    GridCell cell(uint8_t v) const { return gridCell(gridCells_, v); }
+    uint32_t tone(int32_t level) const { return tone_[level]; }
+    int32_t edThreshold(int32_t level) const { return edThreshold_[level]; }
+    template <unsigned Plane>
+    int32_t dotValue(int32_t level) const {
+        if constexpr (Plane == 3) return dotValueSigned_[level];
+        else return dotValueUnsigned_[level];
+    }
+    // q = bits 1..7 of the matrix value at column x.
+    uint32_t q(uint32_t x) const { return row.value(x) & 0xFE; }
+
+    MatrixRow row;
+    const uint32_t* conversion;
+
+private:
+    const uint8_t* gridCells_;
+    const uint16_t* tone_;
+    const uint16_t* dotValueUnsigned_;
+    const int16_t* dotValueSigned_;
+    const int16_t* edThreshold_;
+};
+
+// Local copies made once per call: every look-up of the pixel loop becomes a
+// plain array access with the 16-bit entries already widened. Holds one
+// matrix row of masked values, so the matrix may be at most 256 cells wide.
+class CachedColourTables {
+public:
+    static constexpr bool kChecksRunArguments = false;  // Halftone has checked the run
+    static constexpr uint32_t kMaxMatrixWidth = 256;
+
+    CachedColourTables(const HtContext& ctx, uint32_t lineNo)
+        : row(ctx, lineNo), conversion(slotData<uint32_t>(ctx, kConversionTable)) {
+        const uint8_t* cells = slotData<uint8_t>(ctx, kGridCellTable);
+        const int16_t* dotValue = slotData<int16_t>(ctx, kDotValueTable);
+        const int16_t* edThreshold = slotData<int16_t>(ctx, kEdThresholdTable);
+        const uint16_t* tone = slotData<uint16_t>(ctx, kToneTable);
+        for (uint32_t v = 0; v < 256; ++v) {
+            node_[v] = cells[2 * v];
+            weight_[v] = cells[2 * v + 1];
+            dotValue_[v] = dotValue[v];
+            edThreshold_[v] = edThreshold[v];
+            tone_[v] = tone[v];
+        }
+        for (uint32_t x = 0; x < ctx.matrixWidth; ++x) q_[x] = static_cast<uint8_t>(row.cells[x] & 0xFE);
+    }
+
+    GridCell cell(uint8_t v) const { return {node_[v], weight_[v]}; }
+    uint32_t tone(int32_t level) const { return tone_[level]; }
+    int32_t edThreshold(int32_t level) const { return edThreshold_[level]; }
+    template <unsigned Plane>
+    int32_t dotValue(int32_t level) const { return dotValue_[level]; }
+    uint32_t q(uint32_t x) const { return q_[x & row.columnMask]; }
+
+    MatrixRow row;  // the full 16-bit values, for plane 2 and the odd last pixel
+    const uint32_t* conversion;
+
+private:
+    uint8_t node_[256];
+    uint8_t weight_[256];
+    int32_t dotValue_[256];
+    int32_t edThreshold_[256];
+    int32_t tone_[256];
+    uint8_t q_[kMaxMatrixWidth];
+};
+
+}  // namespace inkdot

@@ -1,0 +1,172 @@
+// Dither1Mono: tone value against the matrix, the fixed-threshold method,
+// input doubling and halving, packing, and the argument checks.
+#include <gtest/gtest.h>
+
+#include <vector>
+
+#include "kernels/dither/run_checks.h"
+#include "kernels/kernels.h"
+#include "kernels/dither_fixture.h"
+
+namespace inkdot::test {
+namespace {
+
+TEST(Dither1Mono, ChosenForMonochromeMatrixAndFixedThreshold) {
+    HandContext matrix(monoSetup().settings());
+    EXPECT_EQ(matrix.ready().kernel, &Dither1Mono);
+    DitherSetup fixed = monoSetup();
+    fixed.method = 0;
+    HandContext threshold(fixed.settings());
+    EXPECT_EQ(threshold.ready().kernel, &Dither1Mono);
+}
+
+TEST(Dither1Mono, ToneAboveMatrixValuePrintsEqualDoesNot) {
+    HandContext hc(monoSetup().settings());
+    hc.setMatrix(4, 1, {4, 5, 6, 0});
+    hc.tone[10] = 5;
+    const std::vector<uint8_t> in(8, 10);
+    std::vector<uint8_t> out(1, 0xAA);
+    ASSERT_EQ(hc.run(in.data(), out.data(), 0, 0, 8, 0, 0), RC_OK);
+    EXPECT_EQ(bitsOf(out, 0, 0, 8), "10011001");
+}
+
+TEST(Dither1Mono, ToneZeroNeverPrintsEvenOnMatrixZero) {
+    HandContext hc(monoSetup().settings());
+    hc.setFlatMatrix(8, 8, 0);
+    hc.tone[3] = 0;
+    hc.tone[4] = 1;
+    const std::vector<uint8_t> in = {3, 4, 3, 4, 3, 4, 3, 4};
+    std::vector<uint8_t> out(1, 0xFF);
+    ASSERT_EQ(hc.run(in.data(), out.data(), 0, 0, 8, 0, 0), RC_OK);
+    EXPECT_EQ(bitsOf(out, 0, 0, 8), "01010101");
+}
+
+TEST(Dither1Mono, MatrixRowFollowsLineAndColumnWraps) {
+    HandContext hc(monoSetup().settings());
+    // Row y holds 0 in column y only, 9 elsewhere; tone 5 prints only on the 0.
+    std::vector<uint16_t> cells(4 * 3, 9);
+    for (uint32_t y = 0; y < 3; ++y) cells[y * 4 + y] = 0;
+    hc.setMatrix(4, 3, cells);
+    hc.tone[1] = 5;
+    const std::vector<uint8_t> in(8, 1);
+    std::vector<uint8_t> out(1);
+    // Line 7 reads row 1; the run starts at column 6, so pixel i is column 6 + i.
+    ASSERT_EQ(hc.run(in.data(), out.data(), 0, 0, 8, 6, 7), RC_OK);
+    // Columns 9 and 13 are column 1 of the row (AND 3).
+    EXPECT_EQ(bitsOf(out, 0, 0, 8), "00010001");
+}
+
+TEST(Dither1Mono, FixedThresholdTakesTheTableEnds) {
+    DitherSetup s = monoSetup();
+    s.method = 0;
+    HandContext hc(s.settings());
+    hc.setFlatMatrix(2, 2, 5);
+    // Misleading middle entries: a kernel that read tone[byte] would print 128, not 129.
+    hc.tone[0] = 0;
+    hc.tone[128] = 10;
+    hc.tone[129] = 0;
+    hc.tone[255] = 10;
+    const std::vector<uint8_t> in = {128, 129, 0, 255};
+    std::vector<uint8_t> out(1);
+    ASSERT_EQ(hc.run(in.data(), out.data(), 0, 0, 4, 0, 0), RC_OK);
+    EXPECT_EQ(bitsOf(out, 0, 0, 4), "0101");
+}
+
+TEST(Dither1Mono, DoublingServesEachByteTwice) {
+    DitherSetup s = monoSetup();
+    s.scaleMode = 1;
+    HandContext hc(s.settings());
+    hc.setFlatMatrix(1, 1, 0);
+    hc.tone[1] = 1;
+    const std::vector<uint8_t> in = {1, 0, 1};
+    std::vector<uint8_t> out(1);
+    ASSERT_EQ(hc.run(in.data(), out.data(), 0, 0, 5, 0, 0), RC_OK);
+    EXPECT_EQ(bitsOf(out, 0, 0, 8), "11001000");
+}
+
+TEST(Dither1Mono, HalvingTakesTheSmallerOfTwoBytes) {
+    DitherSetup s = monoSetup();
+    s.scaleMode = -1;
+    HandContext hc(s.settings());
+    hc.setFlatMatrix(1, 1, 0);
+    hc.tone[2] = 1;  // only level 2 prints
+    const std::vector<uint8_t> in = {2, 9, 9, 2, 2, 2, 9, 9};
+    std::vector<uint8_t> out(1);
+    ASSERT_EQ(hc.run(in.data(), out.data(), 0, 0, 4, 0, 0), RC_OK);
+    EXPECT_EQ(bitsOf(out, 0, 0, 4), "1110");
+}
+
+TEST(Dither1Mono, KeepsLeadingBitsAndClearsBehindTheRun) {
+    HandContext hc(monoSetup().settings());
+    hc.setFlatMatrix(1, 1, 0);
+    hc.tone[1] = 1;
+    const std::vector<uint8_t> in = {1, 1, 1, 1, 1, 1, 1};
+    std::vector<uint8_t> out = {0xFF, 0xFF, 0x5A};
+    ASSERT_EQ(hc.run(in.data(), out.data(), 0, 3, 7, 0, 0), RC_OK);
+    EXPECT_EQ(out[0], 0xFF);
+    EXPECT_EQ(out[1], 0xC0);  // two pixels, then zeros behind the run
+    EXPECT_EQ(out[2], 0x5A);  // not touched
+}
+
+TEST(Dither1Mono, Option11IsRefusedAfterTheRunCheckOfHalftone) {
+    HandContext hc(monoSetup().settings());
+    const std::vector<uint8_t> in(64, 0);
+    std::vector<uint8_t> out(8, 0x77);
+    hc.ctx.prevLineNo = 99;
+    EXPECT_EQ(hc.run(in.data(), out.data(), 0, 0, 8, 0, 3, 1), RC_ARG + 11);
+    EXPECT_EQ(hc.run(in.data(), out.data(), 0, 0, 8, 57, 3, 1), RC_ARG + 6);
+    EXPECT_EQ(hc.ctx.prevLineNo, 99u) << "a refused run leaves the state";
+    EXPECT_EQ(out, std::vector<uint8_t>(8, 0x77)) << "and the output";
+    EXPECT_EQ(hc.run(in.data(), out.data(), 0, 0, 8, 56, 3), RC_OK);
+    EXPECT_EQ(hc.ctx.prevLineNo, 3u);
+}
+
+// Called directly, the kernels make their own checks in their own order.
+TEST(DitherRunChecks, OwnChecksInOrderAndWithoutWrap) {
+    HandContext hc(monoSetup().settings());
+    const std::vector<uint8_t> in(64, 0);
+    std::vector<uint8_t> out(8);
+    HtRun run{in.data(), out.data(), 0, 0, 1, 0, 0, 5, 1, 1};
+    EXPECT_EQ(Dither1Mono(hc.ctx, run), RC_ARG + 11);
+    EXPECT_EQ(Dither2Mono(hc.ctx, run), RC_ARG + 11);
+    EXPECT_EQ(Dither2MonoDoubleY(hc.ctx, run), RC_ARG + 11);
+    EXPECT_EQ(Dither1Colour(hc.ctx, run), RC_ARG + 10) << "colour kernels do not look at option11";
+    run.startX = 0xFFFFFFFFu;  // startX + count wraps to 0
+    for (HtKernel k : {Dither1Colour, Dither1ColourHybrid, Threshold1Colour, Dither2Colour, Dither2ColourDoubleY})
+        EXPECT_EQ(k(hc.ctx, run), RC_ARG + 6);
+    run.startX = 63;
+    run.option11 = 0;
+    for (HtKernel k : {Dither1Mono, Dither2Mono, Dither2MonoDoubleY, Dither1Colour, Dither1ColourHybrid,
+                       Threshold1Colour, Dither2Colour, Dither2ColourDoubleY})
+        EXPECT_EQ(k(hc.ctx, run), RC_ARG + 10);
+    EXPECT_EQ(hc.ctx.prevLineNo, 0u);
+}
+
+TEST(Dither1Mono, EmptyRunStoresLineAndRewritesOnlyAnOffsetByte) {
+    HandContext hc(monoSetup().settings());
+    std::vector<uint8_t> out = {0xFF};
+    ASSERT_EQ(hc.run(nullptr, out.data(), 0, 0, 0, 0, 4), RC_OK);
+    EXPECT_EQ(out[0], 0xFF);
+    ASSERT_EQ(hc.run(nullptr, out.data(), 0, 5, 0, 0, 6), RC_OK);
+    EXPECT_EQ(out[0], 0xF8);
+    EXPECT_EQ(hc.ctx.prevLineNo, 6u);
+}
+
+TEST(Dither1Mono, SplitRunsEqualOneRun) {
+    HandContext hc(monoSetup().settings());
+    hc.setMatrix(16, 16, permutationMatrix(16, 7));
+    for (uint32_t v = 0; v < 256; ++v) hc.tone[v] = static_cast<uint16_t>(v);
+    std::mt19937 rng(3);
+    std::vector<uint8_t> in(64);
+    for (auto& b : in) b = static_cast<uint8_t>(rng());
+    std::vector<uint8_t> whole(8), pieces(8);
+    ASSERT_EQ(hc.run(in.data(), whole.data(), 0, 0, 64, 0, 21), RC_OK);
+    // 13 + 30 + 21 pixels: the second run starts at bit 5 of byte 1, the third at bit 3 of byte 5.
+    ASSERT_EQ(hc.run(in.data(), pieces.data(), 0, 0, 13, 0, 21), RC_OK);
+    ASSERT_EQ(hc.run(in.data() + 13, pieces.data() + 1, 0, 5, 30, 13, 21), RC_OK);
+    ASSERT_EQ(hc.run(in.data() + 43, pieces.data() + 5, 0, 3, 21, 43, 21), RC_OK);
+    EXPECT_EQ(pieces, whole);
+}
+
+}  // namespace
+}  // namespace inkdot::test

@@ -1,0 +1,735 @@
+// One-bit colour error diffusion: grid node choice and smoothing, per-plane
+// thresholds, activity histories, the odd last pixel, white pixels, ink
+// input, the cached-table kernels against their plain sisters, and dot
+// density. Levels are observed through their effect on the error lines: a
+// pixel that prints no dot and has no pending error leaves 8 x level in its
+// own cell for every pattern the tests reach (G1, Y1, H0a, H0b).
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <bit>
+#include <random>
+#include <vector>
+
+#include "kernels/kernels.h"
+#include "support/hand_context.h"
+
+namespace inkdot {
+namespace {
+
+using test::HandContext;
+
+constexpr uint32_t kStride = 32;  // bytes per output plane in the tests
+constexpr uint32_t kWidth = 128;
+
+struct KernelCase {
+    const char* name;
+    uint32_t resolutionX, resolutionY;
+    int32_t scaleMode;
+    HtKernel kernel;
+    int32_t noDotCarry;  // next-line weight at x + 1 of the pattern for a no-dot pixel above T1
+};
+
+// The plain kernels are reached with halving (scaleMode -1), which reads one
+// pixel per output pixel in them; the cached ones with the ordinary scaling.
+const KernelCase kGeneral{"General", 360, 360, -1, Ed1ColourGeneral, 4};           // G1
+const KernelCase k1440{"Colour1440x720", 1440, 720, -1, Ed1Colour1440x720, 0};     // H0a / H0b
+const KernelCase kDoubleY{"DoubleY", 360, 720, 0, Ed1ColourDoubleY, 8};            // Y1
+const KernelCase kGeneralB{"GeneralB", 360, 360, 0, Ed1ColourGeneralB, 4};         // G1
+const KernelCase k1440B{"Colour1440x720B", 1440, 720, 0, Ed1Colour1440x720B, 0};  // H0a / H0b
+const KernelCase kAllCases[] = {kGeneral, k1440, kDoubleY, kGeneralB, k1440B};
+
+HtSettings settingsFor(const KernelCase& k, uint32_t inputFormat = 2, uint32_t colourMode = 1) {
+    HtSettings s{};
+    s.method = 1;
+    s.inputFormat = inputFormat;  // 2: three colour bytes a pixel
+    s.colourMode = colourMode;
+    s.resolutionX = k.resolutionX;
+    s.resolutionY = k.resolutionY;
+    s.outputBits = 1;
+    s.scaleMode = k.scaleMode;
+    s.width = kWidth;
+    return s;
+}
+
+uint32_t packLevels(uint8_t l0, uint8_t l1, uint8_t l2, uint8_t l3) {
+    return l0 | (l1 << 8) | (l2 << 16) | (static_cast<uint32_t>(l3) << 24);
+}
+
+// Input pixels, built one at a time.
+struct Pixels {
+    std::vector<uint8_t> bytes;
+    Pixels& rgb(uint8_t b0, uint8_t b1, uint8_t b2) { bytes.insert(bytes.end(), {b0, b1, b2}); return *this; }
+    Pixels& ink(uint8_t l0, uint8_t l1, uint8_t l2, uint8_t l3) { bytes.insert(bytes.end(), {l0, l1, l2, l3}); return *this; }
+    Pixels& white() { return rgb(255, 255, 255); }
+    Pixels& repeat(int n, uint8_t b) { for (int i = 0; i < n; ++i) rgb(b, b, b); return *this; }
+};
+
+// A hand-built colour instance with four output planes and a small palette:
+// palette byte k (1..10) sits exactly on node 3k of every axis, so pixel
+// (k, k, k) has the levels given for k whatever the matrix says, two
+// different palette colours are never averaged, and a repeated one averages
+// with itself (which keeps it).
+class Rig {
+public:
+    explicit Rig(const KernelCase& k, uint32_t inputFormat = 2, uint32_t colourMode = 1)
+        : hc(settingsFor(k, inputFormat, colourMode)), out(4 * kStride, 0) {
+        hc.setMatrix(1, 1, {0x83});
+    }
+    void palette(uint8_t k, uint8_t l0, uint8_t l1, uint8_t l2, uint8_t l3) {
+        hc.setGridCell(k, 3 * k, 255);
+        hc.setNode(3 * k, 3 * k, 3 * k, packLevels(l0, l1, l2, l3));
+    }
+    // Every diffused line's cell of column x.
+    void preload(uint32_t x, int32_t value) {
+        for (unsigned k = 0; k < 3; ++k) hc.line(k)[x] = value;
+    }
+    uint32_t run(const Pixels& px, uint32_t count, uint32_t startX = 0, uint32_t lineNo = 0, uint32_t bitOffset = 0) {
+        return hc.run(px.bytes.data(), out.data(), kStride, bitOffset, count, startX, lineNo);
+    }
+    uint8_t plane(unsigned k, unsigned byte = 0) const { return out[k * kStride + byte]; }
+    int32_t cell(unsigned line, uint32_t x) { return hc.line(line)[x]; }
+
+    HandContext hc;
+    std::vector<uint8_t> out;
+};
+
+// The conversion example: matrix value 0x83 (q = 130), cells {3, 200},
+// {5, 60}, {7, 130} choose nodes 3, 6, 8, entry (8 x 32 + 6) x 32 + 3 = 8387.
+void setExampleNode(Rig& r) {
+    r.hc.setGridCell(40, 3, 200);
+    r.hc.setGridCell(50, 5, 60);
+    r.hc.setGridCell(60, 7, 130);
+    r.hc.conversion[8387] = 0x40302010;  // levels 16, 32, 48, 64
+}
+
+// A previous pixel with nodes 3, 6, i2 and the given levels that prints a dot
+// in planes 0, 1 and 3 and leaves no error (its dot value equals its level).
+void setPreviousPixel(Rig& r, int32_t i2, uint8_t l0, uint8_t l1, uint8_t l2, uint8_t l3) {
+    r.hc.setGridCell(10, 3, 255);
+    r.hc.setGridCell(20, 6, 255);
+    r.hc.setGridCell(30, static_cast<uint8_t>(i2), 255);
+    r.hc.setNode(i2, 6, 3, packLevels(l0, l1, l2, l3));
+    for (uint8_t l : {l0, l1, l3}) {
+        r.hc.dotValue[l] = l;
+        r.hc.edThreshold[l] = -1000;
+    }
+}
+
+TEST(Ed1Colour, DispatchReachesEveryKernel) {
+    for (const KernelCase& k : kAllCases) {
+        Rig r(k);
+        EXPECT_EQ(r.hc.ready().kernel, k.kernel) << k.name;
+    }
+    Rig ink(kGeneralB, 4);  // ink input always goes to the plain kernels
+    EXPECT_EQ(ink.hc.ready().kernel, &Ed1ColourGeneral);
+}
+
+TEST(Ed1Colour, ConversionTakesTheMatrixChosenNode) {
+    for (const KernelCase& k : kAllCases) {
+        SCOPED_TRACE(k.name);
+        Rig r(k);
+        setExampleNode(r);
+        r.hc.tone[48] = 1000;  // plane 2 prints only at level 48 (m = 131)
+        ASSERT_EQ(r.run(Pixels().rgb(40, 50, 60).white(), 2, 5), RC_OK);
+        EXPECT_EQ(r.cell(0, 5), 8 * 16);
+        EXPECT_EQ(r.cell(1, 5), 8 * 32);
+        EXPECT_EQ(r.cell(2, 5), 8 * 64);  // plane 3 diffuses on the third line
+        EXPECT_EQ(r.plane(2), 0x80);      // the run's first pixel
+        EXPECT_EQ(r.plane(0) | r.plane(1) | r.plane(3), 0);
+    }
+}
+
+TEST(Ed1Colour, NeighbouringNodesAreAveraged) {
+    for (const KernelCase& k : kAllCases) {
+        SCOPED_TRACE(k.name);
+        Rig r(k);
+        setExampleNode(r);
+        setPreviousPixel(r, 7, 20, 30, 40, 50);  // nodes 3, 6, 7: one step from 3, 6, 8
+        r.hc.tone[44] = 1000;
+        ASSERT_EQ(r.run(Pixels().rgb(10, 20, 30).rgb(40, 50, 60), 2), RC_OK);
+        // Odd cell: (previous + level) >> 1 gives 18, 31, 44, 57.
+        EXPECT_EQ(r.cell(0, 1), 8 * 18);
+        EXPECT_EQ(r.cell(1, 1), 8 * 31);
+        EXPECT_EQ(r.cell(2, 1), 8 * 57);
+        EXPECT_EQ(r.plane(2), 0x40);
+        EXPECT_EQ(r.plane(0), 0x80);  // the previous pixel's dots
+        EXPECT_EQ(r.plane(1), 0x80);
+        EXPECT_EQ(r.plane(3), 0x80);
+    }
+}
+
+TEST(Ed1Colour, EvenCellsRoundTheAverageUp) {
+    for (const KernelCase& k : kAllCases) {
+        SCOPED_TRACE(k.name);
+        Rig r(k);
+        r.hc.setMatrix(1, 1, {0x82});  // q = 130 as before, but even
+        setExampleNode(r);
+        setPreviousPixel(r, 7, 21, 31, 41, 51);
+        r.hc.tone[45] = 1000;
+        ASSERT_EQ(r.run(Pixels().rgb(10, 20, 30).rgb(40, 50, 60), 2), RC_OK);
+        EXPECT_EQ(r.cell(0, 1), 8 * 19);  // (21 + 16 + 1) >> 1
+        EXPECT_EQ(r.cell(1, 1), 8 * 32);
+        EXPECT_EQ(r.cell(2, 1), 8 * 58);
+        EXPECT_EQ(r.plane(2), 0x40);
+    }
+}
+
+TEST(Ed1Colour, DistantNodesAreNotAveraged) {
+    for (const KernelCase& k : kAllCases) {
+        SCOPED_TRACE(k.name);
+        Rig r(k);
+        setExampleNode(r);
+        setPreviousPixel(r, 6, 20, 30, 40, 50);  // i2 two steps away
+        r.hc.tone[48] = 1000;
+        ASSERT_EQ(r.run(Pixels().rgb(10, 20, 30).rgb(40, 50, 60), 2), RC_OK);
+        EXPECT_EQ(r.cell(0, 1), 8 * 16);
+        EXPECT_EQ(r.cell(1, 1), 8 * 32);
+        EXPECT_EQ(r.cell(2, 1), 8 * 64);
+        EXPECT_EQ(r.plane(2), 0x40);
+    }
+}
+
+TEST(Ed1Colour, WhitePixelsKeepTheSmoothingState) {
+    for (const KernelCase& k : kAllCases) {
+        SCOPED_TRACE(k.name);
+        Rig r(k);
+        setExampleNode(r);
+        setPreviousPixel(r, 7, 20, 30, 40, 50);
+        r.hc.tone[44] = 1000;
+        ASSERT_EQ(r.run(Pixels().rgb(10, 20, 30).white().rgb(40, 50, 60).white(), 4), RC_OK);
+        EXPECT_EQ(r.cell(0, 2), 8 * 18);
+        EXPECT_EQ(r.cell(1, 2), 8 * 31);
+        EXPECT_EQ(r.cell(2, 2), 8 * 57);
+        EXPECT_EQ(r.plane(2), 0x20);
+    }
+}
+
+TEST(Ed1Colour, WhitePixelMovesTheCarryIntoItsCell) {
+    for (const KernelCase& k : kAllCases) {
+        SCOPED_TRACE(k.name);
+        Rig r(k);
+        r.palette(1, 10, 20, 0, 30);
+        r.preload(1, 32 * 100);  // pending error that the white pixel drops
+        ASSERT_EQ(r.run(Pixels().rgb(1, 1, 1).white(), 2), RC_OK);
+        EXPECT_EQ(r.cell(0, 1), k.noDotCarry * 10);
+        EXPECT_EQ(r.cell(1, 1), k.noDotCarry * 20);
+        EXPECT_EQ(r.cell(2, 1), k.noDotCarry * 30);
+        EXPECT_EQ(r.plane(0) | r.plane(1) | r.plane(2) | r.plane(3), 0);
+    }
+}
+
+// q = 100 gives p = +20: an edThresholdTable entry of 50 is 70 in planes 0
+// and 3 and 30 in plane 1. A pending sum s = cell / 32 + level decides.
+TEST(Ed1Colour, PlaneOneSubtractsThePerturbation) {
+    struct Expect { int32_t sum; uint8_t planes013; };
+    const Expect expectations[] = {{29, 0b000}, {30, 0b010}, {69, 0b010}, {70, 0b111}};
+    for (const KernelCase& k : kAllCases) {
+        for (const Expect& e : expectations) {
+            SCOPED_TRACE(std::string(k.name) + " sum " + std::to_string(e.sum));
+            Rig r(k);
+            r.hc.setMatrix(1, 1, {100});
+            r.palette(1, 10, 10, 0, 10);
+            r.hc.edThreshold[10] = 50;
+            r.preload(0, 32 * (e.sum - 10));
+            ASSERT_EQ(r.run(Pixels().rgb(1, 1, 1).white(), 2), RC_OK);
+            EXPECT_EQ(r.plane(0), (e.planes013 & 1) ? 0x80 : 0);
+            EXPECT_EQ(r.plane(1), (e.planes013 & 2) ? 0x80 : 0);
+            EXPECT_EQ(r.plane(3), (e.planes013 & 4) ? 0x80 : 0);
+        }
+    }
+}
+
+TEST(Ed1Colour, PlaneTwoIsDitheredByTheMatrix) {
+    for (const KernelCase& k : kAllCases) {
+        SCOPED_TRACE(k.name);
+        Rig r(k);
+        r.hc.setMatrix(4, 1, {99, 100, 101, 0x8000});
+        r.palette(1, 0, 0, 7, 0);
+        r.hc.tone[7] = 100;  // a dot where m < 100, compared as unsigned
+        ASSERT_EQ(r.run(Pixels().repeat(4, 1), 4), RC_OK);
+        EXPECT_EQ(r.plane(2), 0x80);
+    }
+}
+
+// Every cell holds a large pending error, so a plane prints wherever it
+// diffuses and stays blank where it is idle.
+TEST(Ed1Colour, ActivityHistoryIdlesAfterFiveInklessPixels) {
+    for (const KernelCase& k : kAllCases) {
+        SCOPED_TRACE(k.name);
+        Rig r(k);
+        r.palette(1, 9, 0, 0, 9);
+        r.palette(2, 0, 0, 0, 9);
+        for (uint32_t x = 0; x < 16; ++x) r.preload(x, 32 * 1000);
+        ASSERT_EQ(r.run(Pixels().rgb(1, 1, 1).repeat(7, 2), 8), RC_OK);
+        EXPECT_EQ(r.plane(0), 0xF8);  // level 9 then zeros: five pixels
+        EXPECT_EQ(r.plane(1), 0xF0);  // zeros from the start: four pixels
+        EXPECT_EQ(r.plane(3), 0xFF);
+    }
+}
+
+TEST(Ed1Colour, WhitePixelsDoNotCountInTheHistory) {
+    for (const KernelCase& k : kAllCases) {
+        SCOPED_TRACE(k.name);
+        Rig r(k);
+        r.palette(1, 9, 0, 0, 9);
+        r.palette(2, 0, 0, 0, 9);
+        for (uint32_t x = 0; x < 16; ++x) r.preload(x, 32 * 1000);
+        ASSERT_EQ(r.run(Pixels().rgb(1, 1, 1).white().repeat(4, 2).white().rgb(2, 2, 2), 8), RC_OK);
+        EXPECT_EQ(r.plane(0), 0xBC);  // pixels 0, 2, 3, 4, 5
+        EXPECT_EQ(r.plane(1), 0xB8);  // pixels 0, 2, 3, 4
+        EXPECT_EQ(r.plane(3), 0xBD);  // every coloured pixel
+    }
+}
+
+// The odd last pixel: M = 255 with a 16 x 16 matrix, m = 10.
+class OddPixel {
+public:
+    explicit OddPixel(const KernelCase& k, uint32_t inputFormat = 2) : r(k, inputFormat) {
+        r.hc.setFlatMatrix(16, 16, 10);
+    }
+    Rig r;
+};
+
+TEST(Ed1Colour, CountOneOnlyDithersThePair) {
+    for (const KernelCase& k : kAllCases) {
+        SCOPED_TRACE(k.name);
+        OddPixel o(k);
+        o.r.palette(1, 200, 0, 0, 100);
+        o.r.hc.tone[200] = 200;
+        o.r.hc.tone[100] = 100;
+        for (uint32_t x = 0; x < 8; ++x) o.r.preload(x, 32 * 1000);
+        const std::vector<int32_t> before = o.r.hc.errorLines[0];
+        ASSERT_EQ(o.r.run(Pixels().rgb(1, 1, 1), 1, 3), RC_OK);
+        EXPECT_EQ(o.r.plane(3), 0x80);  // t3 = 100 > 10
+        EXPECT_EQ(o.r.plane(0), 0x00);  // 245 < 200 fails
+        EXPECT_EQ(o.r.hc.errorLines[0], before) << "no diffusion at all";
+        EXPECT_EQ(o.r.hc.ctx.prevRunEnd, 4u);
+    }
+}
+
+TEST(Ed1Colour, OddPixelPairsPlanesZeroAndThree) {
+    for (const KernelCase& k : kAllCases) {
+        for (uint8_t level0 : {200, 250}) {
+            SCOPED_TRACE(std::string(k.name) + " t0 " + std::to_string(level0));
+            OddPixel o(k);
+            o.r.palette(1, level0, 0, 0, 100);
+            o.r.hc.tone[level0] = level0;
+            o.r.hc.tone[100] = 100;
+            ASSERT_EQ(o.r.run(Pixels().white().white().rgb(1, 1, 1), 3), RC_OK);
+            EXPECT_EQ(o.r.plane(3), 0x20);
+            EXPECT_EQ(o.r.plane(0), level0 == 250 ? 0x20 : 0x00);
+        }
+    }
+}
+
+TEST(Ed1Colour, OddPixelPairsPlanesOneAndTwoOnTheMirroredValue) {
+    struct Case { uint16_t t1, t2; uint8_t plane1, plane2; };
+    // n = 255 - 10 = 245.
+    const Case cases[] = {{100, 200, 0, 0x80}, {250, 10, 0x80, 0}, {100, 100, 0, 0}, {100, 150, 0, 0x80}};
+    for (const KernelCase& k : kAllCases) {
+        for (const Case& c : cases) {
+            SCOPED_TRACE(std::string(k.name) + " t1 " + std::to_string(c.t1) + " t2 " + std::to_string(c.t2));
+            OddPixel o(k);
+            o.r.palette(1, 0, 40, 50, 0);
+            o.r.hc.tone[40] = c.t1;
+            o.r.hc.tone[50] = c.t2;
+            ASSERT_EQ(o.r.run(Pixels().rgb(1, 1, 1), 1), RC_OK);
+            EXPECT_EQ(o.r.plane(1), c.plane1);
+            EXPECT_EQ(o.r.plane(2), c.plane2);
+        }
+    }
+}
+
+TEST(Ed1Colour, OddPixelChoosesNodesAtMidMatrixAndDropsFaintLevels) {
+    for (const KernelCase& k : kAllCases) {
+        SCOPED_TRACE(k.name);
+        OddPixel o(k);
+        o.r.hc.setGridCell(70, 3, 128);  // upper node at q = 128, lower at the matrix's q = 10
+        o.r.hc.setNode(4, 4, 4, packLevels(31, 0, 0, 40));
+        o.r.hc.tone[31] = 1000;
+        o.r.hc.tone[40] = 1000;
+        ASSERT_EQ(o.r.run(Pixels().rgb(70, 70, 70), 1), RC_OK);
+        EXPECT_EQ(o.r.plane(3), 0x80);
+        EXPECT_EQ(o.r.plane(0), 0x00) << "level 31 counts as 0";
+    }
+}
+
+TEST(Ed1Colour, DoublingReadsEachPixelTwice) {
+    KernelCase doubling = kGeneralB;
+    doubling.scaleMode = 1;
+    for (const KernelCase& k : {doubling, kGeneral /* halving: one pixel per output pixel */}) {
+        SCOPED_TRACE(k.scaleMode);
+        OddPixel o(k);
+        o.r.palette(1, 0, 0, 0, 100);
+        o.r.hc.tone[100] = 100;
+        o.r.preload(1, 32 * 1000);  // output pixel 1 prints plane 3 if it reads the colour
+        const Pixels input = k.scaleMode == 1 ? Pixels().white().rgb(1, 1, 1).white()
+                                              : Pixels().white().white().rgb(1, 1, 1);
+        ASSERT_EQ(o.r.run(input, 3), RC_OK);
+        EXPECT_EQ(o.r.plane(3), 0x20) << "only the odd last pixel takes the colour";
+    }
+}
+
+// Ink input: the four bytes are the levels, four bytes a pixel, no grid and
+// no averaging; all four zero is white.
+TEST(Ed1Colour, InkInputTakesTheBytesAsLevels) {
+    for (const KernelCase& k : {kGeneral, k1440, kDoubleY}) {
+        SCOPED_TRACE(k.name);
+        Rig r(k, 4);
+        ASSERT_EQ(r.hc.ready().kernel, k.kernel);
+        setPreviousPixel(r, 7, 20, 30, 40, 50);  // its dot values and thresholds only
+        r.hc.tone[48] = 1000;
+        ASSERT_EQ(r.run(Pixels().ink(20, 30, 40, 50).ink(16, 32, 48, 64), 2), RC_OK);
+        EXPECT_EQ(r.cell(0, 1), 8 * 16) << "not averaged with the previous pixel";
+        EXPECT_EQ(r.cell(1, 1), 8 * 32);
+        EXPECT_EQ(r.cell(2, 1), 8 * 64);
+        EXPECT_EQ(r.plane(2), 0x40);
+
+        // A later run on the line, over large pending errors: all four zero is
+        // white and drops its cell; one byte of ink makes the pixel diffuse.
+        r.preload(40, 32 * 1000);
+        r.preload(41, 32 * 1000);
+        ASSERT_EQ(r.run(Pixels().ink(0, 0, 0, 0).ink(0, 0, 0, 1), 2, 40), RC_OK);
+        EXPECT_EQ(r.plane(0), 0x40);
+        EXPECT_EQ(r.plane(3), 0x40);
+    }
+}
+
+TEST(Ed1Colour, InkInputOddPixelKeepsFaintLevels) {
+    OddPixel o(kGeneral, 4);
+    o.r.hc.tone[31] = 1000;
+    o.r.hc.tone[40] = 1000;
+    ASSERT_EQ(o.r.run(Pixels().ink(31, 0, 0, 40), 1), RC_OK);
+    EXPECT_EQ(o.r.plane(3), 0x80);
+    EXPECT_EQ(o.r.plane(0), 0x80);  // 1000 + 1000 > 255 and 255 - 10 < 1000
+}
+
+// The lowest band's boundary: L = T4 = 4 with a dot includes T4 on odd cells
+// (G4a, 2/32 at x) except in plane 1 (G5a, 1/32 at x); even cells exclude it (G5b).
+TEST(Ed1Colour, GeneralPlaneOneExcludesT4OnEveryCell) {
+    for (const KernelCase& k : {kGeneral, kGeneralB}) {
+        for (uint16_t m : {0x43, 0x42}) {
+            SCOPED_TRACE(std::string(k.name) + (m & 1 ? " odd" : " even"));
+            Rig r(k);
+            r.hc.setMatrix(1, 1, {m});
+            r.hc.setSpread(56, 22, 11, 4);
+            r.palette(1, 4, 4, 0, 4);
+            r.hc.edThreshold[4] = -100;
+            ASSERT_EQ(r.run(Pixels().rgb(1, 1, 1).white(), 2), RC_OK);
+            const int32_t err = 4 - 255;
+            EXPECT_EQ(r.cell(0, 0), (m & 1 ? 2 : 1) * err);
+            EXPECT_EQ(r.cell(1, 0), err);
+            EXPECT_EQ(r.cell(2, 0), (m & 1 ? 2 : 1) * err);
+        }
+    }
+}
+
+// The colour kernels take the a forms on odd matrix cells.
+TEST(Ed1Colour, ParityFormsAreExchanged) {
+    for (uint16_t m : {0x43, 0x42}) {
+        const bool odd = m & 1;
+        for (const KernelCase& k : {kGeneral, kGeneralB}) {  // L = 30, dot: G2a (4 at x) / G2b (6 at x)
+            Rig r(k);
+            r.hc.setMatrix(1, 1, {m});
+            r.hc.setSpread(56, 22, 11, 4);
+            r.palette(1, 30, 0, 0, 0);
+            r.hc.edThreshold[30] = -100;
+            ASSERT_EQ(r.run(Pixels().rgb(1, 1, 1).white(), 2, 10), RC_OK);
+            EXPECT_EQ(r.cell(0, 10), (odd ? 4 : 6) * (30 - 255)) << k.name;
+        }
+        for (const KernelCase& k : {k1440, k1440B}) {  // L = 30, no dot: H0a (4 at x - 3) / H0b (none)
+            Rig r(k);
+            r.hc.setMatrix(1, 1, {m});
+            r.hc.setSpread(56, 22, 11, 4);
+            r.palette(1, 30, 0, 0, 0);
+            ASSERT_EQ(r.run(Pixels().rgb(1, 1, 1).white(), 2, 10), RC_OK);
+            EXPECT_EQ(r.cell(0, 7), odd ? 4 * 30 : 0) << k.name;
+        }
+        {  // DoubleY, L = 3 below T4, dot: G4a (1 at x + 10) / G4b (1 at x + 11)
+            Rig r(kDoubleY);
+            r.hc.setMatrix(1, 1, {m});
+            r.hc.setSpread(56, 22, 11, 4);
+            r.palette(1, 3, 0, 0, 0);
+            r.hc.edThreshold[3] = -100;
+            ASSERT_EQ(r.run(Pixels().rgb(1, 1, 1).white(), 2, 10), RC_OK);
+            EXPECT_EQ(r.cell(0, 20), odd ? 3 - 255 : 0);
+            EXPECT_EQ(r.cell(0, 21), odd ? 0 : 3 - 255);
+        }
+    }
+}
+
+// Dot values of 32768 and more: the plain kernels read planes 0 and 1 as
+// unsigned and plane 3 as signed, the cached kernels every plane as signed.
+TEST(Ed1Colour, DotValueSignedness) {
+    for (const KernelCase& k : kAllCases) {
+        SCOPED_TRACE(k.name);
+        Rig r(k);
+        r.palette(1, 100, 100, 0, 100);
+        r.hc.dotValue[100] = static_cast<int16_t>(40000 - 65536);
+        r.hc.edThreshold[100] = -1000;
+        r.hc.setSpread(0, 0, 0, 0);  // G1 / Y1 / H1: 8/32 at x after a dot; 1440: 4/32
+        ASSERT_EQ(r.run(Pixels().rgb(1, 1, 1).white(), 2), RC_OK);
+        const bool cached = k.kernel == &Ed1ColourGeneralB || k.kernel == &Ed1Colour1440x720B;
+        const int32_t atX = (k.kernel == &Ed1Colour1440x720 || k.kernel == &Ed1Colour1440x720B) ? 4 : 8;
+        const int32_t errSigned = 100 - (40000 - 65536);
+        const int32_t errUnsigned = 100 - 40000;
+        EXPECT_EQ(r.cell(0, 0), atX * (cached ? errSigned : errUnsigned));
+        EXPECT_EQ(r.cell(1, 0), atX * (cached ? errSigned : errUnsigned));
+        EXPECT_EQ(r.cell(2, 0), atX * errSigned);
+    }
+}
+
+TEST(Ed1Colour, ContinuityRuleCoversThreeLines) {
+    for (const KernelCase& k : kAllCases) {
+        SCOPED_TRACE(k.name);
+        Rig r(k);
+        for (auto& line : r.hc.errorLines) std::fill(line.begin(), line.end(), 7);
+        ASSERT_EQ(r.run(Pixels(), 0, 0, 5), RC_OK);  // line 5 after line 0: lines were skipped
+        for (unsigned l = 0; l < 3; ++l) {
+            EXPECT_EQ(std::count(r.hc.errorLines[l].begin(), r.hc.errorLines[l].end(), 0), long{kWidth});
+            EXPECT_EQ(r.hc.errorLines[l][29], 7) << "margins stay";
+        }
+        EXPECT_EQ(std::count(r.hc.errorLines[3].begin(), r.hc.errorLines[3].end(), 0), 0);
+        EXPECT_EQ(r.hc.ctx.prevLineNo, 5u);
+    }
+}
+
+TEST(Ed1Colour, EmptyRunKeepsTheFirstByteLeadingBits) {
+    for (const KernelCase& k : kAllCases) {
+        SCOPED_TRACE(k.name);
+        Rig r(k);
+        std::fill(r.out.begin(), r.out.end(), 0xFF);
+        ASSERT_EQ(r.run(Pixels(), 0, 0, 0, 3), RC_OK);
+        for (unsigned p = 0; p < 4; ++p) {
+            EXPECT_EQ(r.plane(p, 0), 0xE0);
+            EXPECT_EQ(r.plane(p, 1), 0xFF);
+        }
+    }
+}
+
+TEST(Ed1Colour, PlainKernelsCheckTheRunThemselves) {
+    for (HtKernel kernel : {&Ed1ColourGeneral, &Ed1Colour1440x720, &Ed1ColourDoubleY}) {
+        Rig r(kGeneral);
+        r.preload(0, 5);
+        const std::vector<uint8_t> src(3 * kWidth, 0);
+        HtRun run{src.data(), r.out.data(), kStride, 0, 2, kWidth - 1, 0, 0, 0, 0};
+        EXPECT_EQ(kernel(r.hc.ctx, run), RC_ARG + 6);
+        run.startX = 0;
+        run.reserved10 = 1;
+        EXPECT_EQ(kernel(r.hc.ctx, run), RC_ARG + 10);
+        EXPECT_EQ(r.cell(0, 0), 5);
+        EXPECT_EQ(r.hc.ctx.prevRunEnd, 0u);
+    }
+}
+
+TEST(Ed1Colour, EmptyMatrixIsRefused) {
+    for (const KernelCase& k : kAllCases) {
+        Rig r(k);
+        r.hc.ctx.matrixHeight = 0;
+        EXPECT_EQ(r.run(Pixels().white().white(), 2), RC_DATA) << k.name;
+    }
+}
+
+// The cached kernels keep one matrix row of at most 256 columns.
+TEST(Ed1ColourCached, MatrixWiderThan256IsRefusedUntouched) {
+    for (const KernelCase& k : {kGeneralB, k1440B}) {
+        SCOPED_TRACE(k.name);
+        Rig r(k);
+        r.hc.setFlatMatrix(512, 1, 0x83);
+        r.palette(1, 100, 100, 100, 100);
+        r.preload(20, 1234);
+        r.hc.ctx.prevLineNo = 3;
+        r.hc.ctx.prevRunEnd = 7;
+        std::fill(r.out.begin(), r.out.end(), 0x5A);
+        const std::vector<int32_t> line0 = r.hc.errorLines[0];
+        EXPECT_EQ(r.run(Pixels().repeat(4, 1), 4, 0, 9, 2), RC_DATA);
+        EXPECT_EQ(r.hc.ctx.prevLineNo, 3u);
+        EXPECT_EQ(r.hc.ctx.prevRunEnd, 7u);
+        EXPECT_EQ(r.hc.errorLines[0], line0);
+        EXPECT_EQ(r.cell(2, 20), 1234);
+        EXPECT_EQ(std::count(r.out.begin(), r.out.end(), 0x5A), static_cast<long>(r.out.size()));
+
+        r.hc.setFlatMatrix(256, 1, 0x83);
+        EXPECT_EQ(r.run(Pixels().repeat(4, 1), 4, 0, 9, 2), RC_OK);
+    }
+    Rig plain(kGeneral);  // the plain kernels read the matrix in place
+    plain.hc.setFlatMatrix(512, 1, 0x83);
+    EXPECT_EQ(plain.run(Pixels().white().white(), 2), RC_OK);
+}
+
+// Random tables shared by the sister comparisons: the same seed fills the
+// same tables into every context.
+struct RandomSetup {
+    uint32_t seed;
+
+    void fill(HandContext& hc) const {
+        std::mt19937 g(seed);
+        auto pick = [&](int lo, int hi) { return std::uniform_int_distribution<int>(lo, hi)(g); };
+        std::vector<uint16_t> cells(16 * 8);
+        for (uint16_t& c : cells) c = static_cast<uint16_t>(pick(0, 65535));
+        hc.setMatrix(16, 8, cells);
+        hc.setSpread(56, 22, 11, 4);
+        for (int v = 0; v < 256; ++v) {
+            const int weight = pick(0, 255);
+            hc.setGridCell(static_cast<uint8_t>(v), static_cast<uint8_t>(weight == 255 ? pick(0, 31) : pick(0, 30)),
+                           static_cast<uint8_t>(weight));
+            hc.dotValue[v] = static_cast<int16_t>(pick(150, 400));  // below 32768: both readings agree
+            hc.edThreshold[v] = static_cast<int16_t>(pick(-40, 200));
+            hc.tone[v] = static_cast<uint16_t>(pick(0, 140));
+        }
+        // A quarter of the levels are 0, so that planes fall idle and wake up.
+        for (uint32_t& node : hc.conversion) {
+            node = 0;
+            for (int k = 0; k < 4; ++k) node |= static_cast<uint32_t>(pick(0, 3) == 0 ? 0 : pick(1, 255)) << (8 * k);
+        }
+    }
+};
+
+struct RandomRun {
+    std::vector<uint8_t> src;
+    uint32_t count, startX, lineNo, bitOffset;
+};
+
+std::vector<RandomRun> randomRuns(uint32_t seed, int n) {
+    std::mt19937 g(seed);
+    auto pick = [&](uint32_t lo, uint32_t hi) { return std::uniform_int_distribution<uint32_t>(lo, hi)(g); };
+    std::vector<RandomRun> runs;
+    uint32_t line = 0;
+    for (int i = 0; i < n; ++i) {
+        RandomRun r;
+        line += pick(0, 3) == 0 ? 0 : pick(1, 2);  // same line, next line, or a skipped one
+        r.lineNo = line;
+        r.startX = pick(0, kWidth - 1);
+        r.count = pick(0, kWidth - r.startX);
+        r.bitOffset = pick(0, 7);
+        for (uint32_t p = 0; p < kWidth; ++p) {
+            const bool white = pick(0, 7) == 0;
+            for (int b = 0; b < 3; ++b) r.src.push_back(white ? 255 : static_cast<uint8_t>(pick(0, 255)));
+        }
+        runs.push_back(std::move(r));
+    }
+    return runs;
+}
+
+void expectSisters(HtKernel plain, HtKernel cached, int32_t scaleMode, uint32_t colourMode, uint32_t seed) {
+    KernelCase k = kGeneral;
+    k.scaleMode = scaleMode;
+    HandContext a(settingsFor(k, 2, colourMode)), b(settingsFor(k, 2, colourMode));
+    const RandomSetup setup{seed};
+    setup.fill(a);
+    setup.fill(b);
+    std::vector<uint8_t> outA(4 * kStride, 0x33), outB(4 * kStride, 0x33);
+    int runIndex = 0;
+    for (const RandomRun& r : randomRuns(seed, 60)) {
+        SCOPED_TRACE(testing::Message() << "run " << runIndex++ << " count " << r.count << " start " << r.startX);
+        const HtRun runA{r.src.data(), outA.data(), kStride, r.bitOffset, r.count, r.startX, 0, r.lineNo, 0, 0};
+        HtRun runB = runA;
+        runB.dst = outB.data();
+        ASSERT_EQ(plain(a.ctx, runA), RC_OK);
+        ASSERT_EQ(cached(b.ctx, runB), RC_OK);
+        ASSERT_EQ(outA, outB);
+        for (unsigned l = 0; l < 3; ++l) ASSERT_EQ(a.errorLines[l], b.errorLines[l]) << "line " << l;
+        ASSERT_EQ(a.ctx.prevLineNo, b.ctx.prevLineNo);
+        ASSERT_EQ(a.ctx.prevRunEnd, b.ctx.prevRunEnd);
+    }
+}
+
+TEST(Ed1ColourCached, GeneralBEqualsGeneral) {
+    expectSisters(&Ed1ColourGeneral, &Ed1ColourGeneralB, 0, 1, 1);
+    expectSisters(&Ed1ColourGeneral, &Ed1ColourGeneralB, 1, 1, 2);
+}
+
+TEST(Ed1ColourCached, Colour1440x720BEquals1440x720) {
+    expectSisters(&Ed1Colour1440x720, &Ed1Colour1440x720B, 0, 1, 3);
+    expectSisters(&Ed1Colour1440x720, &Ed1Colour1440x720B, 1, 1, 4);
+}
+
+// colourMode 2: plane 3 is diffused but its bytes are never written, first
+// byte included; planes 0..2 and all three error lines match four planes.
+TEST(Ed1ColourCached, ThreePlaneOutputLeavesPlaneThreeAlone) {
+    for (HtKernel cached : {&Ed1ColourGeneralB, &Ed1Colour1440x720B}) {
+        HandContext four(settingsFor(kGeneralB, 2, 1)), three(settingsFor(kGeneralB, 2, 2));
+        const RandomSetup setup{9};
+        setup.fill(four);
+        setup.fill(three);
+        std::vector<uint8_t> outFour(4 * kStride, 0), outThree(4 * kStride, 0xA5);
+        for (const RandomRun& r : randomRuns(10, 20)) {
+            const HtRun runFour{r.src.data(), outFour.data(), kStride, r.bitOffset, r.count, r.startX, 0, r.lineNo, 0, 0};
+            HtRun runThree = runFour;
+            runThree.dst = outThree.data();
+            std::fill(outFour.begin(), outFour.end(), 0);
+            std::copy(outFour.begin(), outFour.begin() + 3 * kStride, outThree.begin());
+            ASSERT_EQ(cached(four.ctx, runFour), RC_OK);
+            ASSERT_EQ(cached(three.ctx, runThree), RC_OK);
+            ASSERT_TRUE(std::equal(outFour.begin(), outFour.begin() + 3 * kStride, outThree.begin()));
+            ASSERT_EQ(std::count(outThree.begin() + 3 * kStride, outThree.end(), 0xA5), long{kStride});
+            for (unsigned l = 0; l < 3; ++l) ASSERT_EQ(four.errorLines[l], three.errorLines[l]);
+        }
+        // The dispatch sends colourMode 2 to the cached kernels too.
+        EXPECT_EQ(three.ready().kernel, &Ed1ColourGeneralB);
+    }
+}
+
+// A flat patch prints each plane about as often as its level asks: the
+// diffused planes remove 255 a dot, plane 2 is dithered with tone = level
+// against a matrix holding every value 0..255 once.
+TEST(Ed1Colour, FlatPatchDensityFollowsLevels) {
+    const uint8_t levels[4] = {64, 128, 96, 192};
+    constexpr uint32_t kLines = 64;
+    for (const KernelCase& k : kAllCases) {
+        SCOPED_TRACE(k.name);
+        Rig r(k);
+        std::vector<uint16_t> cells(256);
+        for (uint16_t v = 0; v < 256; ++v) cells[v] = v;
+        std::shuffle(cells.begin(), cells.end(), std::mt19937(7));
+        r.hc.setMatrix(16, 16, cells);
+        r.hc.setSpread(56, 22, 11, 4);
+        r.palette(1, levels[0], levels[1], levels[2], levels[3]);
+        for (int v = 0; v < 256; ++v) r.hc.tone[v] = static_cast<uint16_t>(v);
+        const Pixels patch = Pixels().repeat(kWidth, 1);
+        long dots[4] = {};
+        for (uint32_t line = 0; line < kLines; ++line) {
+            ASSERT_EQ(r.run(patch, kWidth, 0, line), RC_OK);
+            for (unsigned p = 0; p < 4; ++p)
+                for (uint32_t b = 0; b < kWidth / 8; ++b) dots[p] += std::popcount(r.plane(p, b));
+        }
+        for (unsigned p = 0; p < 4; ++p) {
+            const double density = static_cast<double>(dots[p]) / (kLines * kWidth);
+            EXPECT_NEAR(density, levels[p] / 255.0, 0.02) << "plane " << p;
+        }
+    }
+}
+
+// inputFormat 3 pixels carry a padding byte behind the colour: the kernels
+// step four bytes and read the first three, exactly as for three-byte pixels.
+TEST(Ed1Colour, PaddedPixelsReadLikeThreeBytePixels) {
+    std::mt19937 random(11);
+    for (const KernelCase& k : kAllCases) {
+        SCOPED_TRACE(k.name);
+        Rig plain(k, 2), padded(k, 3);
+        Pixels three, four;
+        for (uint32_t i = 0; i < 2 * kWidth; ++i) {
+            const bool white = i % 7 == 0;
+            const uint8_t b0 = white ? 255 : static_cast<uint8_t>(random());
+            const uint8_t b1 = white ? 255 : static_cast<uint8_t>(random());
+            const uint8_t b2 = white ? 255 : static_cast<uint8_t>(random());
+            three.rgb(b0, b1, b2);
+            four.ink(b0, b1, b2, 0x5A);
+        }
+        for (Rig* r : {&plain, &padded}) {
+            for (int v = 0; v < 256; ++v) r->hc.setGridCell(static_cast<uint8_t>(v), static_cast<uint8_t>(v / 9), static_cast<uint8_t>(v * 7));
+            for (uint32_t n = 0; n < 32 * 32 * 32; ++n) r->hc.conversion[n] = n * 2654435761u;
+            for (int v = 0; v < 256; ++v) r->hc.tone[v] = static_cast<uint16_t>(v * 3);
+            r->hc.setMatrix(8, 2, {3, 250, 17, 130, 64, 201, 9, 100, 77, 12, 190, 45, 230, 5, 160, 33});
+            r->hc.setSpread(56, 22, 11, 4);
+        }
+        ASSERT_EQ(plain.run(three, 37, 3, 1), RC_OK);
+        ASSERT_EQ(padded.run(four, 37, 3, 1), RC_OK);
+        EXPECT_EQ(plain.out, padded.out);
+        for (unsigned line = 0; line < 3; ++line) EXPECT_EQ(plain.hc.errorLines[line], padded.hc.errorLines[line]);
+    }
+}
+
+}  // namespace
+}  // namespace inkdot

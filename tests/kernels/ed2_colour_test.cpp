@@ -1,0 +1,412 @@
+#include <gtest/gtest.h>
+
+#include <vector>
+
+#include "kernels/ed2/matrix_scale.h"
+#include "kernels/ed2_fixture.h"
+
+namespace inkdot::test {
+namespace {
+
+constexpr uint32_t kWidth = 64;
+
+uint32_t pack(uint8_t v0, uint8_t v1, uint8_t v2, uint8_t v3) {
+    return v0 | uint32_t{v1} << 8 | uint32_t{v2} << 16 | uint32_t{v3} << 24;
+}
+
+struct Colour : Ed2Hand {
+    explicit Colour(uint32_t inputFormat = 2, uint32_t resX = 720, uint32_t resY = 720, int32_t scaleMode = 0)
+        : Ed2Hand(ed2Settings(1, inputFormat, resX, resY, kWidth, scaleMode)) {}
+    Planes out;
+    uint32_t runPixels(const std::vector<uint8_t>& in, uint32_t count, uint32_t startX, uint32_t lineNo = 0,
+                       uint32_t bitOffset = 0) {
+        return run(in.data(), out.dst(), Planes::kStride, bitOffset, count, startX, lineNo);
+    }
+    // Split rows that give a recognisable code against a zero matrix value.
+    void largeRow(uint8_t r) { setSplit(r, 0, 0, 255); }    // 3 in every plane
+    void mediumRow(uint8_t r) { setSplit(r, 0, 100, 0); }   // 2 in every plane
+    void smallOnlyRow(uint8_t r) { setSplit(r, 100, 0, 0); }  // 1 in plane 2 (matrix only)
+};
+
+TEST(Ed2ColourScale, ShiftBringsTheMatrixToTheByteRange) {
+    EXPECT_EQ(matrixScaleShift(4096), 4u);
+    EXPECT_EQ(matrixScaleShift(1024), 2u);
+    EXPECT_EQ(matrixScaleShift(256), 0u);
+    EXPECT_EQ(matrixScaleShift(16384), 6u);
+    EXPECT_EQ(matrixScaleShift(0), 0u) << "256 x 256 cells keep 0 in 16 bits";
+    EXPECT_EQ(matrixScaleShift(511), 1u);
+    EXPECT_EQ(matrixScaleShift(510), 0u);
+}
+
+// The worked example: 64 x 64 matrix (S = 4), mP = 2090, q = 130.
+TEST(Ed2ColourWorkedExample, NodeChoiceAndSmoothing) {
+    Colour c;
+    c.setFlatMatrix(64, 64, 0);
+    c.setCell(0, (5 + 24) % 64, 2090);  // mP of column 5 on line 0
+    // Previous pixel (column 4, q = 0): nodes 3, 6, 7 exactly (weight 255 never moves).
+    c.setGridCell(10, 3, 255);
+    c.setGridCell(20, 6, 255);
+    c.setGridCell(30, 7, 255);
+    c.setNode(7, 6, 3, pack(20, 30, 40, 50));
+    // This pixel: {3, 200} stays, {5, 60} and {7, 130} move up at q = 130.
+    c.setGridCell(40, 3, 200);
+    c.setGridCell(50, 5, 60);
+    c.setGridCell(60, 7, 130);
+    c.conversion[8387] = pack(16, 32, 48, 64);
+    // Only the smoothed values 18, 31, 44, 57 have ink, each with its own code.
+    c.largeRow(18);
+    c.mediumRow(31);
+    c.smallOnlyRow(44);
+    c.largeRow(57);
+    ASSERT_EQ(c.runPixels({10, 20, 30, 40, 50, 60}, 2, 4), RC_OK);
+    for (unsigned k = 0; k < 4; ++k) EXPECT_EQ(c.out.code(k, 0), 0u) << "first pixel, plane " << k;
+    EXPECT_EQ(c.out.code(0, 1), 3u);
+    EXPECT_EQ(c.out.code(1, 1), 2u);
+    EXPECT_EQ(c.out.code(2, 1), 1u);
+    EXPECT_EQ(c.out.code(3, 1), 3u);
+}
+
+TEST(Ed2ColourGrid, WeightLimitsOfTheNodeChoice) {
+    for (uint16_t mP : {uint16_t{0}, uint16_t{4095}}) {
+        Colour c;
+        c.setFlatMatrix(64, 64, 0);
+        c.setCell(0, 24, mP);
+        c.setGridCell(1, 0, 255);  // never moves, even at q = 254
+        c.setGridCell(2, 4, 0);    // always moves, even at q = 0
+        c.setNode(5, 0, 0, pack(1, 0, 0, 0));
+        c.largeRow(1);
+        ASSERT_EQ(c.runPixels({1, 1, 2}, 1, 0), RC_OK);
+        EXPECT_EQ(c.out.code(0, 0), 3u) << "mP " << mP;
+    }
+}
+
+// S measured through the node choice: a weight of 100 moves at q = 100, not at 98.
+struct ScaleCase {
+    uint32_t width, height, shift;
+};
+class Ed2ColourScaleShift : public ::testing::TestWithParam<ScaleCase> {};
+
+TEST_P(Ed2ColourScaleShift, NodeChoiceSeesTheScaledMatrixValue) {
+    const ScaleCase& s = GetParam();
+    const uint32_t atQ100 = 100u << s.shift;
+    const uint32_t atQ98 = (98u << s.shift) | ((1u << s.shift) - 1);  // the highest value still at 98
+    for (uint32_t mP : {atQ100, atQ98}) {
+        Colour c;
+        c.setFlatMatrix(s.width, s.height, 0);
+        c.setCell(0, 24 % s.width, static_cast<uint16_t>(mP));
+        c.setGridCell(0, 0, 255);
+        c.setGridCell(1, 0, 100);
+        c.setNode(0, 0, 0, pack(2, 0, 0, 0));
+        c.setNode(0, 0, 1, pack(1, 0, 0, 0));
+        c.largeRow(1);
+        c.mediumRow(2);
+        ASSERT_EQ(c.runPixels({1, 0, 0}, 1, 0), RC_OK);
+        EXPECT_EQ(c.out.code(0, 0), mP == atQ100 ? 3u : 2u) << "mP " << mP;
+    }
+}
+
+INSTANTIATE_TEST_SUITE_P(Sizes, Ed2ColourScaleShift,
+                         ::testing::Values(ScaleCase{64, 64, 4}, ScaleCase{32, 32, 2}, ScaleCase{16, 16, 0},
+                                           ScaleCase{128, 128, 6}, ScaleCase{256, 256, 0}));
+
+// Grid smoothing, observed on plane 2 (matrix only): rows 12, 11, 13 and 10
+// give codes 3, 2, 1 and 2; everything else 0.
+struct Smoothing : Colour {
+    Smoothing() {
+        setMatrix(32, 1, std::vector<uint16_t>(32, 0));
+        for (uint8_t k = 0; k < 4; ++k) setGridCell(10 * k, k, 255);  // byte 10k sits on node k
+        largeRow(12);
+        mediumRow(11);
+        smallOnlyRow(13);
+        mediumRow(10);
+        setNode(1, 0, 1, pack(0, 0, 10, 0));  // bytes (10, 0, 10)
+        setNode(0, 0, 2, pack(0, 0, 13, 0));  // bytes (20, 0, 0): nodes differ by (1, 0, -1)
+        setNode(1, 0, 3, pack(0, 0, 13, 0));  // bytes (30, 0, 10): node 0 differs by 2
+    }
+};
+
+TEST(Ed2ColourSmoothing, EvenMatrixRoundsTheAverageUp) {
+    Smoothing c;
+    ASSERT_EQ(c.runPixels({10, 0, 10, 20, 0, 0}, 2, 0), RC_OK);
+    EXPECT_EQ(c.out.code(2, 0), 2u) << "the first pixel is never smoothed";
+    EXPECT_EQ(c.out.code(2, 1), 3u) << "(10 + 13 + 1) >> 1 = 12";
+}
+
+TEST(Ed2ColourSmoothing, OddMatrixRoundsDown) {
+    Smoothing c;
+    c.setCell(0, 25, 1);  // mP of column 1 is odd
+    ASSERT_EQ(c.runPixels({10, 0, 10, 20, 0, 0}, 2, 0), RC_OK);
+    EXPECT_EQ(c.out.code(2, 1), 2u) << "(10 + 13) >> 1 = 11";
+}
+
+TEST(Ed2ColourSmoothing, TwoNodesApartIsNotSmoothed) {
+    Smoothing c;
+    ASSERT_EQ(c.runPixels({10, 0, 10, 30, 0, 10}, 2, 0), RC_OK);
+    EXPECT_EQ(c.out.code(2, 1), 1u) << "13 as it is";
+}
+
+TEST(Ed2ColourSmoothing, ChainsThroughWhitePixelsWithTheSmoothedValues) {
+    Smoothing c;
+    c.setNode(1, 0, 2, pack(0, 0, 20, 0));  // bytes (20, 0, 10)
+    c.largeRow(16);     // (12 + 20 + 1) >> 1: the chain carries the smoothed 12
+    c.smallOnlyRow(17); // (13 + 20 + 1) >> 1 would mean the raw 13 was kept
+    ASSERT_EQ(c.runPixels({10, 0, 10, 255, 255, 255, 20, 0, 0, 20, 0, 10}, 4, 0), RC_OK);
+    EXPECT_EQ(c.out.code(2, 0), 2u);
+    EXPECT_EQ(c.out.code(2, 1), 0u);
+    EXPECT_EQ(c.out.code(2, 2), 3u);
+    EXPECT_EQ(c.out.code(2, 3), 3u);
+}
+
+TEST(Ed2ColourWhite, ThreeChannelWhiteDropsEveryCell) {
+    Colour c;
+    c.fillLines(3200);
+    c.setGridCell(255, 31, 255);
+    c.setGridCell(254, 31, 255);
+    c.setNode(31, 31, 31, pack(1, 1, 1, 1));
+    c.largeRow(1);
+    ASSERT_EQ(c.runPixels({255, 255, 255, 255, 255, 254}, 2, 3), RC_OK);
+    for (unsigned k = 0; k < 4; ++k) {
+        EXPECT_EQ(c.out.code(k, 0), 0u);
+        EXPECT_EQ(c.out.code(k, 1), 3u) << "(255, 255, 254) is converted";
+    }
+    // The white pixel dropped the pending 3200; then the next pixel (err 100 + 255
+    // - 255) put G1's 4 x 100 into it for the next line.
+    for (unsigned l = 0; l < 3; ++l) EXPECT_EQ(c.line(l)[3], 400) << "line " << l;
+    EXPECT_EQ(c.line(3)[3], 3200) << "the fourth error line is not used";
+}
+
+TEST(Ed2ColourWhite, InkWhiteIsZeroInAllFour) {
+    Colour c(4);
+    c.fillLines(3200);  // reads 100
+    c.largeRow(1);
+    ASSERT_EQ(c.runPixels(inkPixels({{0, 0, 0, 0}, {0, 0, 0, 1}}), 2, 3), RC_OK);
+    for (unsigned k = 0; k < 4; ++k) EXPECT_EQ(c.out.code(k, 0), 0u);
+    EXPECT_EQ(c.line(0)[3], 8 * 100) << "3200 dropped; G0 of the next pixel adds 8 x 100";
+    EXPECT_EQ(c.out.code(3, 1), 3u);
+    EXPECT_EQ(c.out.code(0, 1), 0u) << "row 0 has no small amount";
+    EXPECT_EQ(c.line(0)[4], 8 * 100) << "no dot: the whole sum goes out with G0";
+}
+
+TEST(Ed2ColourPlanes, PlaneTwoIsMatrixOnly) {
+    Colour c(4);
+    c.setMatrix(64, 1, std::vector<uint16_t>(64, 0));
+    c.setCell(0, (1 + 48) % 64, 1600);  // plane 2's cell for column 1
+    c.smallOnlyRow(7);                  // tone of the whole amount 1600
+    c.fillLines(320000);                // planes 0, 1, 3 hold a large positive error
+    ASSERT_EQ(c.runPixels(inkPixels({{9, 9, 7, 9}, {9, 9, 7, 9}}), 2, 0), RC_OK);
+    EXPECT_EQ(c.out.code(2, 0), 1u) << "1600 > 0 prints a small dot with no error line";
+    EXPECT_EQ(c.out.code(2, 1), 0u) << "1600 > 1600 fails";
+    for (unsigned k : {0u, 1u, 3u}) {
+        EXPECT_EQ(c.out.code(k, 0), 0u) << "row 9 has no small amount: never a small dot";
+        EXPECT_EQ(c.out.code(k, 1), 0u);
+    }
+}
+
+// Plane thresholds: planes 0 and 3 add p, plane 1 subtracts it.
+struct PlanePerturbation {
+    uint16_t mP;
+    int32_t p;
+};
+class Ed2ColourPerturbation : public ::testing::TestWithParam<PlanePerturbation> {};
+
+TEST_P(Ed2ColourPerturbation, PlaneOneMovesAgainstTheOthers) {
+    for (int32_t slack : {0, 1}) {
+        Colour c(4);
+        c.setFlatMatrix(64, 64, 0);
+        c.setCell(0, 24, GetParam().mP);
+        c.setSplit(5, 10, 0, 0);
+        c.edThreshold[5] = static_cast<int16_t>(10 - GetParam().p + slack);  // planes 0, 3 exactly at the sum
+        ASSERT_EQ(c.runPixels(inkPixels({{5, 5, 0, 5}}), 1, 0), RC_OK);
+        const unsigned planes03 = slack == 0 ? 1u : 0u;
+        const unsigned plane1 = 10 >= 10 - 2 * GetParam().p + slack ? 1u : 0u;
+        EXPECT_EQ(c.out.code(0, 0), planes03) << "mP " << GetParam().mP << " slack " << slack;
+        EXPECT_EQ(c.out.code(3, 0), planes03);
+        EXPECT_EQ(c.out.code(1, 0), plane1);
+    }
+}
+
+INSTANTIATE_TEST_SUITE_P(Values, Ed2ColourPerturbation,
+                         ::testing::Values(PlanePerturbation{0, 24}, PlanePerturbation{127, 24},
+                                           PlanePerturbation{2048, 20}, PlanePerturbation{2090, -20},
+                                           PlanePerturbation{4095, -24}));
+
+TEST(Ed2ColourPatterns, ParityFormsAreReversed) {
+    for (uint16_t mP : {uint16_t{0}, uint16_t{1}}) {
+        Colour c(4);
+        c.setFlatMatrix(32, 1, 0);
+        c.setCell(0, 24, mP);
+        c.setSplit(5, 10, 0, 0);
+        c.edThreshold[5] = -30;
+        ASSERT_EQ(c.runPixels(inkPixels({{5, 0, 0, 0}}), 1, 0), RC_OK);
+        ASSERT_EQ(c.out.code(0, 0), 1u);
+        // err = 10 - 255; odd: G2a (4 at x, 2 at x + 5), even: G2b (6 at x).
+        EXPECT_EQ(c.line(0)[0], (mP & 1 ? 4 : 6) * -245) << "mP " << mP;
+        EXPECT_EQ(c.line(0)[5], (mP & 1 ? 2 : 0) * -245);
+    }
+}
+
+TEST(Ed2ColourPatterns, NoDotIn1440x720TakesH0aOnOddCells) {
+    for (uint16_t mP : {uint16_t{0}, uint16_t{1}}) {
+        Colour c(4, 1440, 720);
+        c.setFlatMatrix(32, 1, 0);
+        c.setCell(0, 24, mP);
+        c.setSplit(5, 10, 0, 0);
+        c.edThreshold[5] = 100;
+        ASSERT_EQ(c.runPixels(inkPixels({{5, 0, 0, 0}}), 1, 0), RC_OK);
+        EXPECT_EQ(c.line(0)[3], mP & 1 ? 0 : 4 * 10) << "H0b reaches x + 3, H0a does not";
+        EXPECT_EQ(c.line(0)[1], (mP & 1 ? 8 : 4) * 10);
+    }
+}
+
+TEST(Ed2ColourPatterns, DoubleYHeavyRowTakesY1) {
+    Colour c(4, 720, 1440);
+    c.setFlatMatrix(32, 1, 4000);  // above every tone: no large or medium dot
+    c.setSplit(5, 2, 3, 0);        // a medium amount makes the row heavy
+    c.edThreshold[5] = 1000;
+    ASSERT_EQ(c.runPixels(inkPixels({{5, 0, 0, 0}}), 1, 0), RC_OK);
+    EXPECT_EQ(c.out.code(0, 0), 0u);
+    // err = 5; Y1: 8 at x - 1, x and (carry) x + 1; 4 at x + 1 and x + 2 on this line.
+    EXPECT_EQ(c.line(0)[-1 + 1], 8 * 5);
+    EXPECT_EQ(c.line(0)[1], 4 * 5);
+    EXPECT_EQ(c.line(0)[2], 4 * 5);
+}
+
+// Small-dot history: rows without small ink diffuse for four pixels, then
+// the plane stops until small ink is seen again.
+struct History : Colour {
+    History() : Colour(4) {
+        setFlatMatrix(32, 1, 0);
+        setSplit(1, 0, 50, 0);  // medium only: printed by the matrix, no small ink
+        setSplit(2, 10, 0, 0);  // small ink
+    }
+    // Plane 0 gets row 1 everywhere but at the listed pixels.
+    static std::vector<uint8_t> input(unsigned count, unsigned smallAt, unsigned whiteAt) {
+        std::vector<uint8_t> in;
+        for (unsigned i = 0; i < count; ++i) {
+            const uint8_t v0 = i == smallAt ? 2 : i == whiteAt ? 0 : 1;
+            in.insert(in.end(), {v0, 0, 0, 0});
+        }
+        return in;
+    }
+};
+
+TEST(Ed2ColourHistory, FifthPixelWithoutSmallInkTakesTheCarry) {
+    History c;
+    ASSERT_EQ(c.runPixels(History::input(5, 99, 99), 5, 0), RC_OK);
+    for (unsigned i = 0; i < 5; ++i) EXPECT_EQ(c.out.code(0, i), 2u) << "the matrix places the medium dot at " << i;
+    // Pixels 0..3 diffuse with G1: err -205, -256, -294, -310 (cells read
+    // -1640 as -51, -2868 as -89, -3376 as -105); pixel 4 is idle and its
+    // cell takes the carry 4 x -310 instead of its pending -3656.
+    EXPECT_EQ(c.line(0)[3], 8 * -310 + 4 * -294);
+    EXPECT_EQ(c.line(0)[4], -1240);
+}
+
+TEST(Ed2ColourHistory, SmallInkSwitchesDiffusionOnForFivePixels) {
+    History c;
+    ASSERT_EQ(c.runPixels(History::input(16, 5, 99), 16, 0), RC_OK);
+    for (unsigned i = 0; i < 16; ++i) {
+        if (i == 5) continue;
+        EXPECT_EQ(c.out.code(0, i), 2u) << i;
+    }
+    EXPECT_NE(c.line(0)[10], 0) << "pixel 10 takes the carry of pixel 9, the last of five diffusing again";
+    for (unsigned x = 11; x < 16; ++x) EXPECT_EQ(c.line(0)[x], 0) << x;
+
+    // A white pixel in place of the idle pixel 4 leaves the same error behind:
+    // both drop the cell for the carry, and white leaves the history as it is.
+    History w;
+    ASSERT_EQ(w.runPixels(History::input(16, 5, 4), 16, 0), RC_OK);
+    EXPECT_EQ(w.errorLines[0], c.errorLines[0]);
+    EXPECT_EQ(w.out.code(0, 4), 0u);
+}
+
+TEST(Ed2ColourInput, DoubleYInkTakesTheLighterOfTwo) {
+    Colour c(4, 720, 1440, -1);
+    c.largeRow(5);
+    c.mediumRow(9);
+    const std::vector<uint8_t> in = inkPixels({{5, 9, 0, 0}, {9, 5, 0, 0}, {0, 0, 0, 0}, {7, 0, 0, 0}});
+    ASSERT_EQ(c.runPixels(in, 2, 0), RC_OK);
+    EXPECT_EQ(c.out.code(0, 0), 3u);
+    EXPECT_EQ(c.out.code(1, 0), 3u) << "each byte takes its own minimum";
+    EXPECT_EQ(c.out.code(0, 1), 0u) << "min(0, 7) = 0 in all four: white";
+}
+
+TEST(Ed2ColourInput, DoubleYRgbTakesTheSmallerChannelBytes) {
+    Colour c(2, 720, 1440, -1);
+    c.setGridCell(254, 2, 255);
+    c.setGridCell(255, 3, 255);
+    c.setNode(2, 3, 3, pack(5, 0, 0, 0));
+    c.largeRow(5);
+    ASSERT_EQ(c.runPixels({255, 255, 255, 255, 255, 254}, 1, 0), RC_OK);
+    EXPECT_EQ(c.out.code(0, 0), 3u) << "(255, 255, 254) is not white";
+}
+
+TEST(Ed2ColourInput, GeneralReadsOnePixelPerOutputWhenHalving) {
+    Colour c(4, 720, 720, -1);
+    c.largeRow(5);
+    c.mediumRow(9);
+    ASSERT_EQ(c.runPixels(inkPixels({{5, 0, 0, 0}, {9, 0, 0, 0}}), 2, 0), RC_OK);
+    EXPECT_EQ(c.out.code(0, 0), 3u);
+    EXPECT_EQ(c.out.code(0, 1), 2u);
+}
+
+TEST(Ed2ColourInput, DoublingServesEachPixelTwice) {
+    Colour c(4, 1440, 720, 1);
+    c.largeRow(5);
+    c.mediumRow(9);
+    ASSERT_EQ(c.runPixels(inkPixels({{5, 0, 0, 0}, {9, 0, 0, 0}}), 3, 0), RC_OK);
+    EXPECT_EQ(c.out.at(0, 0), 0b11111000);
+}
+
+TEST(Ed2ColourPacking, SixPixelsFromOffsetThreeInFourPlanes) {
+    Colour c(4);
+    c.largeRow(1);
+    c.mediumRow(2);
+    for (unsigned k = 0; k < 4; ++k) {
+        c.out.bytes[k * Planes::kStride] = 0xA8;
+        c.out.bytes[k * Planes::kStride + 3] = 0x5A;
+    }
+    const std::vector<uint8_t> in =
+        inkPixels({{1, 2, 1, 2}, {0, 0, 0, 0}, {2, 1, 2, 1}, {1, 2, 1, 2}, {0, 0, 0, 0}, {2, 1, 2, 1}});
+    ASSERT_EQ(c.runPixels(in, 6, 0, 0, 3), RC_OK);
+    for (unsigned k : {0u, 2u}) {  // codes 3 0 2 3 0 2
+        EXPECT_EQ(c.out.at(k, 0), 0xAB);
+        EXPECT_EQ(c.out.at(k, 1), 0b00101100);
+        EXPECT_EQ(c.out.at(k, 2), 0b10000000);
+        EXPECT_EQ(c.out.at(k, 3), 0x5A);
+    }
+    for (unsigned k : {1u, 3u}) {  // codes 2 0 3 2 0 3
+        EXPECT_EQ(c.out.at(k, 0), 0xAA);
+        EXPECT_EQ(c.out.at(k, 1), 0b00111000);
+        EXPECT_EQ(c.out.at(k, 2), 0b11000000);
+        EXPECT_EQ(c.out.at(k, 3), 0x5A);
+    }
+}
+
+TEST(Ed2ColourPacking, EmptyRunRewritesEachPlanesFirstByteWithAnOffset) {
+    Colour c;
+    std::fill(c.out.bytes.begin(), c.out.bytes.end(), 0xFF);
+    ASSERT_EQ(c.run(nullptr, c.out.dst(), Planes::kStride, 0, 0, 4, 0), RC_OK);
+    for (unsigned k = 0; k < 4; ++k) EXPECT_EQ(c.out.at(k, 0), 0xFF);
+    ASSERT_EQ(c.run(nullptr, c.out.dst(), Planes::kStride, 2, 0, 4, 0), RC_OK);
+    for (unsigned k = 0; k < 4; ++k) {
+        EXPECT_EQ(c.out.at(k, 0), 0xF0);
+        EXPECT_EQ(c.out.at(k, 1), 0xFF);
+    }
+}
+
+TEST(Ed2ColourContinuity, OneCaseClearsTheThreeDiffusedLines) {
+    Colour c;
+    c.fillLines(7);
+    c.ctx.prevLineNo = 0;
+    ASSERT_EQ(c.run(nullptr, c.out.dst(), Planes::kStride, 0, 0, 0, 5), RC_OK);  // lines 1..4 skipped
+    for (unsigned l = 0; l < 3; ++l) {
+        for (uint32_t x = 0; x < kWidth; ++x) ASSERT_EQ(c.line(l)[x], 0) << l << " " << x;
+        EXPECT_EQ(c.line(l)[-1], 7) << "margins stay";
+    }
+    EXPECT_EQ(c.line(3)[0], 7);
+    EXPECT_EQ(c.ctx.prevLineNo, 5u);
+    EXPECT_EQ(c.ctx.prevRunEnd, 0u);
+}
+
+}  // namespace
+}  // namespace inkdot::test

@@ -1,0 +1,192 @@
+// Properties of the two-bit error-diffusion kernels over whole patches and
+// random runs: the printed dots follow the ink amount, and the input
+// reductions and doublings agree with the plain reading of the same pixels.
+#include <gtest/gtest.h>
+
+#include <random>
+#include <vector>
+
+#include "kernels/ed2_fixture.h"
+
+namespace inkdot::test {
+namespace {
+
+constexpr uint32_t kPatchWidth = 256;
+constexpr uint32_t kPatchLines = 64;
+
+// A 64 x 64 ordered matrix holding every value 0..4095 once.
+std::vector<uint16_t> bayer64() {
+    std::vector<uint16_t> cells(64 * 64);
+    for (uint32_t y = 0; y < 64; ++y) {
+        for (uint32_t x = 0; x < 64; ++x) {
+            uint32_t v = 0;
+            for (uint32_t bit = 0; bit < 6; ++bit) {
+                const uint32_t xb = (x >> bit) & 1, yb = (y >> bit) & 1;
+                v |= ((xb ^ yb) << (2 * (5 - bit) + 1)) | (yb << (2 * (5 - bit)));
+            }
+            cells[y * 64 + x] = static_cast<uint16_t>(v);
+        }
+    }
+    return cells;
+}
+
+// Tables as the resource protocol would build them for a 64 x 64 matrix:
+// tone 16 i reaching 4096 at 255, split rows that move from small to medium
+// to large dots as the amount grows, thresholds near the middle.
+void realisticTables(Ed2Hand& h) {
+    h.setMatrix(64, 64, bayer64());
+    for (uint32_t i = 0; i < 255; ++i) h.tone[i] = static_cast<uint16_t>(16 * i);
+    h.tone[255] = 4096;
+    for (uint32_t a = 0; a < 256; ++a) {
+        const uint32_t large = a > 170 ? a - 170 : 0;
+        const uint32_t medium = a > 85 ? std::min(a, 170u) - 85 : 0;
+        h.setSplit(static_cast<uint8_t>(a), static_cast<uint8_t>(a - medium - large), static_cast<uint8_t>(medium),
+                   static_cast<uint8_t>(large));
+        h.edThreshold[a] = static_cast<int16_t>((128 + 2 * a) / 3);
+    }
+}
+
+struct DotCount {
+    uint32_t dots[4] = {};
+    uint32_t pixels = 0;
+    double fraction(unsigned k) const { return static_cast<double>(dots[k]) / pixels; }
+};
+
+class Ed2MonoDensity : public ::testing::TestWithParam<uint8_t> {};
+
+TEST_P(Ed2MonoDensity, DotsFollowTheAmount) {
+    const uint8_t amount = GetParam();
+    for (auto [resX, resY] : {std::pair{720u, 720u}, {1440u, 720u}, {360u, 720u}}) {
+        Ed2Hand h(ed2Settings(0, 0, resX, resY, kPatchWidth));
+        realisticTables(h);
+        const std::vector<uint8_t> in(kPatchWidth, 100);
+        h.mapGray(100, amount);
+        DotCount count;
+        std::vector<uint8_t> out(kPatchWidth / 4);
+        for (uint32_t y = 0; y < kPatchLines; ++y) {
+            ASSERT_EQ(h.run(in.data(), out.data(), 0, 0, kPatchWidth, 0, y), RC_OK);
+            for (uint32_t i = 0; i < kPatchWidth; ++i) count.dots[0] += ((out[i / 4] >> (6 - 2 * (i % 4))) & 3) != 0;
+            count.pixels += kPatchWidth;
+        }
+        EXPECT_NEAR(count.fraction(0), amount / 255.0, 0.02) << "amount " << int{amount} << " class " << resX;
+    }
+}
+
+INSTANTIATE_TEST_SUITE_P(Amounts, Ed2MonoDensity, ::testing::Values(10, 40, 100, 160, 230));
+
+class Ed2ColourDensity : public ::testing::TestWithParam<Ink> {};
+
+TEST_P(Ed2ColourDensity, DiffusedPlanesFollowTheAmountAndPlaneTwoTheTone) {
+    const Ink ink = GetParam();
+    for (auto [resX, resY] : {std::pair{720u, 720u}, {1440u, 720u}, {360u, 720u}}) {
+        Ed2Hand h(ed2Settings(1, 4, resX, resY, kPatchWidth));
+        realisticTables(h);
+        const std::vector<uint8_t> pixel = inkPixels({ink});
+        std::vector<uint8_t> in;
+        for (uint32_t i = 0; i < kPatchWidth; ++i) in.insert(in.end(), pixel.begin(), pixel.end());
+        constexpr uint32_t kStride = kPatchWidth / 4;
+        std::vector<uint8_t> out(4 * kStride);
+        DotCount count;
+        for (uint32_t y = 0; y < kPatchLines; ++y) {
+            ASSERT_EQ(h.run(in.data(), out.data(), kStride, 0, kPatchWidth, 0, y), RC_OK);
+            for (unsigned k = 0; k < 4; ++k)
+                for (uint32_t i = 0; i < kPatchWidth; ++i)
+                    count.dots[k] += ((out[k * kStride + i / 4] >> (6 - 2 * (i % 4))) & 3) != 0;
+            count.pixels += kPatchWidth;
+        }
+        const uint8_t amounts[4] = {ink.v0, ink.v1, ink.v2, ink.v3};
+        for (unsigned k : {0u, 1u, 3u})
+            EXPECT_NEAR(count.fraction(k), amounts[k] / 255.0, 0.02) << "plane " << k << " class " << resX;
+        EXPECT_NEAR(count.fraction(2), h.ctx.splitToneTotal[ink.v2] / 4096.0, 0.01) << "class " << resX;
+    }
+}
+
+INSTANTIATE_TEST_SUITE_P(Inks, Ed2ColourDensity,
+                         ::testing::Values(Ink{20, 60, 120, 200}, Ink{200, 120, 60, 20}, Ink{90, 90, 250, 140},
+                                           Ink{5, 30, 10, 250}));
+
+// Random tables for the sister checks: any content the kernels accept.
+void randomTables(Ed2Hand& h, std::mt19937& rng) {
+    std::uniform_int_distribution<uint32_t> byte(0, 255);
+    std::vector<uint16_t> cells(32 * 32);
+    for (auto& c : cells) c = static_cast<uint16_t>(rng() % 1024);
+    h.setMatrix(32, 32, cells);
+    for (uint32_t i = 0; i < 256; ++i) h.tone[i] = static_cast<uint16_t>(4 * i + rng() % 4);
+    for (uint32_t r = 0; r < 256; ++r) {
+        const uint32_t s = byte(rng) / 3, m = byte(rng) / 3, l = byte(rng) / 3;
+        h.setSplit(static_cast<uint8_t>(r), static_cast<uint8_t>(s), static_cast<uint8_t>(m), static_cast<uint8_t>(l));
+        h.edThreshold[r] = static_cast<int16_t>(byte(rng) - 64);
+        h.setGridCell(static_cast<uint8_t>(r), static_cast<uint8_t>(r / 9), static_cast<uint8_t>(byte(rng)));
+    }
+    for (auto& node : h.conversion) node = rng();
+    h.monoCurve()[0] = 6;
+    for (uint32_t e = 1; e < 6 + 257; ++e) h.monoCurve()[e] = static_cast<uint16_t>(byte(rng));
+}
+
+// Feeds `lines` random lines to two instances: one sees each pixel as it is,
+// the other the same pixel in the reduced or doubled form of its scaleMode.
+struct SisterRuns {
+    uint32_t bytesPerPixel;
+    uint32_t planes;
+    void compare(Ed2Hand& plain, Ed2Hand& sister, int32_t sisterScaleMode, std::mt19937& rng) {
+        constexpr uint32_t kCount = 61;  // odd: the last doubled pixel stands alone
+        const uint32_t stride = 16;
+        for (uint32_t y = 0; y < 8; ++y) {
+            std::vector<uint8_t> pixels(kCount * bytesPerPixel);
+            for (auto& b : pixels) b = rng() % 5 == 0 ? (bytesPerPixel == 4 ? 0 : 255) : static_cast<uint8_t>(rng());
+            std::vector<uint8_t> plainIn, sisterIn;
+            for (uint32_t i = 0; i < kCount; ++i) {
+                const uint8_t* p = &pixels[i * bytesPerPixel];
+                const uint32_t source = sisterScaleMode == 1 ? i / 2 : i;  // doubling repeats pixel i/2
+                const uint8_t* s = &pixels[source * bytesPerPixel];
+                plainIn.insert(plainIn.end(), s, s + bytesPerPixel);
+                if (sisterScaleMode == -1) {
+                    // A pair whose smaller bytes are the pixel: the pixel and a twin
+                    // with every byte a little larger.
+                    sisterIn.insert(sisterIn.end(), p, p + bytesPerPixel);
+                    for (uint32_t b = 0; b < bytesPerPixel; ++b)
+                        sisterIn.push_back(static_cast<uint8_t>(std::min(255, p[b] + 7)));
+                } else if (i % 2 == 0) {
+                    sisterIn.insert(sisterIn.end(), p, p + bytesPerPixel);
+                }
+            }
+            if (sisterScaleMode == 1) {  // the plain run repeats what the doubled one reads
+                plainIn.clear();
+                for (uint32_t i = 0; i < kCount; ++i)
+                    plainIn.insert(plainIn.end(), &sisterIn[(i / 2) * bytesPerPixel],
+                                   &sisterIn[(i / 2) * bytesPerPixel] + bytesPerPixel);
+            }
+            std::vector<uint8_t> a(planes * stride, 0x99), b(planes * stride, 0x99);
+            ASSERT_EQ(plain.run(plainIn.data(), a.data(), stride, 1, kCount, 2, y), RC_OK);
+            ASSERT_EQ(sister.run(sisterIn.data(), b.data(), stride, 1, kCount, 2, y), RC_OK);
+            ASSERT_EQ(a, b) << "line " << y;
+            for (unsigned k = 0; k < 3; ++k) ASSERT_EQ(plain.errorLines[k], sister.errorLines[k]) << "line " << y;
+        }
+    }
+};
+
+struct SisterCase {
+    uint32_t colourMode, inputFormat, resX, resY;
+    int32_t scaleMode;
+};
+class Ed2Sisters : public ::testing::TestWithParam<SisterCase> {};
+
+TEST_P(Ed2Sisters, ReducedOrDoubledInputEqualsThePlainReading) {
+    const SisterCase& c = GetParam();
+    Ed2Hand plain(ed2Settings(c.colourMode, c.inputFormat, c.resX, c.resY, 128, 0));
+    Ed2Hand sister(ed2Settings(c.colourMode, c.inputFormat, c.resX, c.resY, 128, c.scaleMode));
+    std::mt19937 tablesA(7), tablesB(7), pixels(11);
+    randomTables(plain, tablesA);
+    randomTables(sister, tablesB);
+    SisterRuns runs{bytesPerPixel(c.inputFormat), c.colourMode ? 4u : 1u};
+    runs.compare(plain, sister, c.scaleMode, pixels);
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    Kernels, Ed2Sisters,
+    ::testing::Values(SisterCase{0, 0, 360, 720, -1}, SisterCase{1, 4, 360, 720, -1}, SisterCase{1, 2, 360, 720, -1},
+                      SisterCase{0, 0, 720, 720, 1}, SisterCase{0, 0, 1440, 720, 1}, SisterCase{1, 2, 720, 720, 1},
+                      SisterCase{1, 4, 1440, 720, 1}, SisterCase{1, 2, 360, 720, 1}, SisterCase{1, 3, 720, 720, 1}));
+
+}  // namespace
+}  // namespace inkdot::test
