@@ -94,7 +94,8 @@ public:
     uint32_t linesDone() const { return lineNo_; }
 
     // Halftones the next line: `input` holds inputWidth() pixels (gray bytes
-    // for mono, R G B for colour); `planes` receives planeCount() planes of
+    // for mono, R G B for colour; the job hands the engine its own B G R
+    // order); `planes` receives planeCount() planes of
     // planeStride() bytes, plane k at k × planeStride() (C, M, Y, K; mono: K).
     bool halftoneLine(const uint8_t* input, uint8_t* planes, std::string& error);
 

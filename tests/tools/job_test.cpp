@@ -174,13 +174,53 @@ TEST_P(EndToEnd, DensityFollowsTone) {
         if (ink < 0 && kernelPending(error)) GTEST_SKIP() << "kernel not in this build: " << error;
         ASSERT_GE(ink, 0) << error;
         if (gray == 255) EXPECT_EQ(ink, 0) << "paper white takes no ink";
+        else if (c.method == Method::Threshold) EXPECT_GE(ink, previous) << "a fixed threshold steps, gray " << int(gray);
         else EXPECT_GT(ink, previous) << "darker gray " << int(gray) << " takes more ink";
+        if (gray == 0) EXPECT_GT(ink, 0) << "black takes ink";
         previous = ink;
     }
 }
 
 INSTANTIATE_TEST_SUITE_P(AllSettings, EndToEnd, ::testing::ValuesIn(allCases()),
                          [](const auto& info) { return caseName(info.param); });
+
+// Share of pixels with a dot in each plane for a flat colour patch.
+std::array<double, 4> planeShares(Job& job, uint8_t r, uint8_t g, uint8_t b, std::string& error) {
+    std::vector<uint8_t> input;
+    for (uint32_t x = 0; x < job.inputWidth(); ++x) input.insert(input.end(), {r, g, b});
+    std::vector<uint8_t> planes(job.planeCount() * job.planeStride());
+    std::array<double, 4> shares{};
+    const int lines = 32;
+    for (int y = 0; y < lines; ++y) {
+        EXPECT_TRUE(job.halftoneLine(input.data(), planes.data(), error)) << error;
+        for (unsigned p = 0; p < 4; ++p)
+            for (size_t i = 0; i < job.planeStride(); ++i)
+                shares[p] += std::popcount(planes[p * job.planeStride() + i]);
+    }
+    for (double& s : shares) s /= double(lines) * job.outputWidth();
+    return shares;
+}
+
+TEST(EndToEndColour, EachPrimaryLandsInItsOwnPlanes) {
+    REQUIRE_ENGINE();
+    std::string error;
+    auto pack = openDefaultPack(error);
+    auto job = Job::open({}, {Method::ErrorDiffusion, 1, Resolution::R720x720, HScale::x1, 64}, *pack, error);
+    ASSERT_TRUE(job) << error;
+    // Red is magenta and yellow; blue is cyan and magenta; nothing else.
+    const auto red = planeShares(*job, 255, 0, 0, error);
+    EXPECT_LT(red[0], 0.02);
+    EXPECT_GT(red[1], 0.8);
+    EXPECT_GT(red[2], 0.8);
+    EXPECT_LT(red[3], 0.02);
+    const auto blue = planeShares(*job, 0, 0, 255, error);
+    EXPECT_GT(blue[0], 0.8);
+    EXPECT_GT(blue[1], 0.8);
+    EXPECT_LT(blue[2], 0.02);
+    const auto cyan = planeShares(*job, 0, 255, 255, error);
+    EXPECT_GT(cyan[0], 0.8);
+    EXPECT_LT(cyan[1] + cyan[2] + cyan[3], 0.05);
+}
 
 class EndToEndCli : public ::testing::TestWithParam<std::pair<const char*, const char*>> {};
 

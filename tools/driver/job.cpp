@@ -245,7 +245,18 @@ Job::~Job() {
 }
 
 bool Job::halftoneLine(const uint8_t* input, uint8_t* planes, std::string& error) {
-    std::memcpy(inputCopy_.data(), input, size_t{inputWidth_} * inputBytesPerPixel());
+    if (mono_) {
+        std::memcpy(inputCopy_.data(), input, inputWidth_);
+    } else {
+        // The engine's raster pixels are blue, green, red: byte 2 picks the
+        // grid's red axis.
+        uint8_t* out = inputCopy_.data();
+        for (uint32_t x = 0; x < inputWidth_; ++x, input += 3, out += 3) {
+            out[0] = input[2];
+            out[1] = input[1];
+            out[2] = input[0];
+        }
+    }
     const uint32_t rc = Halftone(ht_, inputCopy_.data(), planes, static_cast<uint32_t>(planeStride_), 0,
                                  outputWidth_, 0, 0, lineNo_, 0, 0);
     if (rc != RC_OK) {
