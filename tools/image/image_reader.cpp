@@ -15,6 +15,10 @@ inline uint32_t toEight(uint64_t v, uint64_t max) { return static_cast<uint32_t>
 
 void convertRow(const SampleLayout& layout, const uint16_t* samples, uint32_t width, uint8_t* out) {
     const unsigned colours = layout.colourChannels;
+    if (!layout.alpha && !layout.invertGray && layout.maxValue == 255) {  // 8-bit samples as they are
+        for (size_t i = 0; i < size_t{width} * colours; ++i) out[i] = static_cast<uint8_t>(samples[i]);
+        return;
+    }
     const unsigned step = colours + (layout.alpha ? 1 : 0);
     const uint64_t max = layout.maxValue;
     for (uint32_t x = 0; x < width; ++x, samples += step, out += colours) {
