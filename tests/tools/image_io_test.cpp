@@ -1,0 +1,232 @@
+// Image input and output: sample conversion, the three readers, plane files,
+// PNG output and the all-or-nothing output files.
+#include <gtest/gtest.h>
+
+#include "image/atomic_file.h"
+#include "image/image_reader.h"
+#include "image/plane_writer.h"
+#include "image/png_writer.h"
+#include "image_writers.h"
+#include "temp_dir.h"
+
+namespace inkdot::tools {
+namespace {
+
+using test::readBytes;
+using test::TempDir;
+using test::writeBytes;
+
+std::vector<uint8_t> convert(const SampleLayout& layout, std::vector<uint16_t> samples, uint32_t width) {
+    std::vector<uint8_t> out(size_t{width} * layout.colourChannels);
+    convertRow(layout, samples.data(), width, out.data());
+    return out;
+}
+
+TEST(ConvertRow, ScalesSixteenBitSamplesWithRounding) {
+    SampleLayout sixteen{1, false, false, false, 65535};
+    EXPECT_EQ(convert(sixteen, {0, 65535, 32768, 32767, 257}, 5), (std::vector<uint8_t>{0, 255, 128, 127, 1}));
+    SampleLayout pnm10{1, false, false, false, 1000};  // any maxval
+    EXPECT_EQ(convert(pnm10, {0, 500, 1000}, 3), (std::vector<uint8_t>{0, 128, 255}));
+}
+
+TEST(ConvertRow, CompositesAlphaOverWhite) {
+    SampleLayout rgba{3, true, false, false, 255};
+    EXPECT_EQ(convert(rgba, {0, 0, 0, 0}, 1), (std::vector<uint8_t>{255, 255, 255})) << "transparent is paper";
+    EXPECT_EQ(convert(rgba, {10, 20, 30, 255}, 1), (std::vector<uint8_t>{10, 20, 30})) << "opaque is itself";
+    // Black at alpha 128: 255 × 127 / 255 = 127 of white shows through.
+    EXPECT_EQ(convert(rgba, {0, 0, 0, 128}, 1), (std::vector<uint8_t>{127, 127, 127}));
+    SampleLayout premultiplied{1, true, true, false, 255};
+    // 100 premultiplied at alpha 200: 100 + 55 of white.
+    EXPECT_EQ(convert(premultiplied, {100, 200}, 1), (std::vector<uint8_t>{155}));
+}
+
+TEST(ConvertRow, InvertsMinIsWhiteGray) {
+    SampleLayout white{1, false, false, true, 255};
+    EXPECT_EQ(convert(white, {0, 255, 55}, 3), (std::vector<uint8_t>{255, 0, 200}));
+}
+
+std::vector<uint8_t> readAll(ImageReader& reader) {
+    std::vector<uint8_t> out(size_t{reader.width()} * reader.height() * reader.channels());
+    std::string error;
+    for (uint32_t y = 0; y < reader.height(); ++y)
+        EXPECT_TRUE(reader.readRow(&out[size_t{y} * reader.width() * reader.channels()], error)) << error;
+    return out;
+}
+
+TEST(PnmReader, ReadsGrayWithCommentsAndSixteenBitRgb) {
+    TempDir dir;
+    writeBytes(dir.file("a.pgm"), std::string("P5\n# made by hand\n3 2\n255\n") + std::string("\x00\x80\xff\x01\x02\x03", 6));
+    std::string error;
+    auto gray = openImage(dir.file("a.pgm"), error);
+    ASSERT_TRUE(gray) << error;
+    EXPECT_EQ(gray->width(), 3u);
+    EXPECT_EQ(gray->height(), 2u);
+    EXPECT_EQ(gray->channels(), 1u);
+    EXPECT_EQ(readAll(*gray), (std::vector<uint8_t>{0, 128, 255, 1, 2, 3}));
+
+    writeBytes(dir.file("b.ppm"), std::string("P6 1 1 65535\n") + std::string("\xff\xff\x00\x00\x80\x00", 6));
+    auto rgb = openImage(dir.file("b.ppm"), error);
+    ASSERT_TRUE(rgb) << error;
+    EXPECT_EQ(rgb->channels(), 3u);
+    EXPECT_EQ(readAll(*rgb), (std::vector<uint8_t>{255, 0, 128}));
+}
+
+TEST(PnmReader, RefusesDamagedFiles) {
+    TempDir dir;
+    std::string error;
+    writeBytes(dir.file("short.pgm"), "P5 4 4 255\nabc");
+    auto reader = openImage(dir.file("short.pgm"), error);
+    ASSERT_TRUE(reader) << error;
+    std::vector<uint8_t> row(4);
+    EXPECT_FALSE(reader->readRow(row.data(), error));
+    EXPECT_NE(error.find("ends early"), std::string::npos) << error;
+
+    writeBytes(dir.file("zero.pgm"), "P5 4 4 0\n");
+    EXPECT_FALSE(openImage(dir.file("zero.pgm"), error));
+    EXPECT_NE(error.find("maxval"), std::string::npos) << error;
+    writeBytes(dir.file("words.pgm"), "P5 four 4 255\n");
+    EXPECT_FALSE(openImage(dir.file("words.pgm"), error));
+    EXPECT_NE(error.find("damaged PNM header"), std::string::npos) << error;
+    writeBytes(dir.file("huge.pgm"), "P5 99999999999 4 255\n");
+    EXPECT_FALSE(openImage(dir.file("huge.pgm"), error));
+}
+
+TEST(ImageReader, RefusesUnknownAndMissingFiles) {
+    TempDir dir;
+    std::string error;
+    writeBytes(dir.file("x.gif"), "GIF89a....");
+    EXPECT_FALSE(openImage(dir.file("x.gif"), error));
+    EXPECT_NE(error.find("is not a PNG, PNM (P5/P6) or TIFF image"), std::string::npos) << error;
+    EXPECT_FALSE(openImage(dir.file("none.png"), error));
+    EXPECT_NE(error.find("cannot open"), std::string::npos) << error;
+}
+
+TEST(PngReader, ReadsRgbaGraySixteenAndPalette) {
+    TempDir dir;
+    std::string error;
+    ASSERT_TRUE(test::writeTestPng(dir.file("rgba.png"), 2, 1, PNG_COLOR_TYPE_RGBA, 8, {255, 0, 0, 255, 0, 0, 0, 0}));
+    auto rgba = openImage(dir.file("rgba.png"), error);
+    ASSERT_TRUE(rgba) << error;
+    EXPECT_EQ(rgba->channels(), 3u);
+    EXPECT_EQ(readAll(*rgba), (std::vector<uint8_t>{255, 0, 0, 255, 255, 255}));
+
+    ASSERT_TRUE(test::writeTestPng(dir.file("g16.png"), 3, 1, PNG_COLOR_TYPE_GRAY, 16, {0, 32768, 65535}));
+    auto g16 = openImage(dir.file("g16.png"), error);
+    ASSERT_TRUE(g16) << error;
+    EXPECT_EQ(g16->channels(), 1u);
+    EXPECT_EQ(readAll(*g16), (std::vector<uint8_t>{0, 128, 255}));
+
+    ASSERT_TRUE(test::writeTestPng(dir.file("ga.png"), 1, 2, PNG_COLOR_TYPE_GRAY_ALPHA, 8, {0, 0, 50, 255}));
+    auto ga = openImage(dir.file("ga.png"), error);
+    ASSERT_TRUE(ga) << error;
+    EXPECT_EQ(readAll(*ga), (std::vector<uint8_t>{255, 50}));
+}
+
+TEST(PngReader, RefusesATruncatedFile) {
+    TempDir dir;
+    std::string error;
+    std::vector<uint16_t> samples(64 * 64 * 3);
+    for (size_t i = 0; i < samples.size(); ++i) samples[i] = static_cast<uint16_t>(i * 7919 % 256);
+    ASSERT_TRUE(test::writeTestPng(dir.file("full.png"), 64, 64, PNG_COLOR_TYPE_RGB, 8, samples));
+    std::string bytes = readBytes(dir.file("full.png"));
+    writeBytes(dir.file("cut.png"), bytes.substr(0, bytes.size() / 2));
+    auto reader = openImage(dir.file("cut.png"), error);
+    ASSERT_TRUE(reader) << error;
+    std::vector<uint8_t> row(64 * 3);
+    bool allRead = true;
+    for (int y = 0; y < 64 && allRead; ++y) allRead = reader->readRow(row.data(), error);
+    EXPECT_FALSE(allRead);
+    EXPECT_NE(error.find("cut.png"), std::string::npos) << error;
+}
+
+TEST(TiffReader, ReadsRgbGrayAndAlphaVariants) {
+    TempDir dir;
+    std::string error;
+    ASSERT_TRUE(test::writeTestTiff(dir.file("rgb.tif"), 2, 2, {}, {1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11, 12}));
+    auto rgb = openImage(dir.file("rgb.tif"), error);
+    ASSERT_TRUE(rgb) << error;
+    EXPECT_EQ(readAll(*rgb), (std::vector<uint8_t>{1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11, 12}));
+
+    ASSERT_TRUE(test::writeTestTiff(dir.file("g16.tif"), 2, 1, {PHOTOMETRIC_MINISBLACK, 1, 16}, {65535, 257}));
+    auto g16 = openImage(dir.file("g16.tif"), error);
+    ASSERT_TRUE(g16) << error;
+    EXPECT_EQ(readAll(*g16), (std::vector<uint8_t>{255, 1}));
+
+    ASSERT_TRUE(test::writeTestTiff(dir.file("white.tif"), 2, 1, {PHOTOMETRIC_MINISWHITE, 1, 8}, {0, 255}));
+    auto white = openImage(dir.file("white.tif"), error);
+    ASSERT_TRUE(white) << error;
+    EXPECT_EQ(readAll(*white), (std::vector<uint8_t>{255, 0}));
+
+    ASSERT_TRUE(test::writeTestTiff(dir.file("rgba.tif"), 1, 1, {PHOTOMETRIC_RGB, 4, 8, EXTRASAMPLE_UNASSALPHA},
+                                    {0, 0, 0, 0}));
+    auto rgba = openImage(dir.file("rgba.tif"), error);
+    ASSERT_TRUE(rgba) << error;
+    EXPECT_EQ(readAll(*rgba), (std::vector<uint8_t>{255, 255, 255}));
+}
+
+TEST(TiffReader, RefusesTiledAndPaletteImages) {
+    TempDir dir;
+    std::string error;
+    ASSERT_TRUE(test::writeTestTiff(dir.file("tiled.tif"), 16, 16, {PHOTOMETRIC_RGB, 3, 8, 0, true}, {}));
+    EXPECT_FALSE(openImage(dir.file("tiled.tif"), error));
+    EXPECT_NE(error.find("tiled TIFF"), std::string::npos) << error;
+    ASSERT_TRUE(test::writeTestTiff(dir.file("sep.tif"), 1, 1, {PHOTOMETRIC_SEPARATED, 4, 8}, {0, 0, 0, 0}));
+    EXPECT_FALSE(openImage(dir.file("sep.tif"), error));
+    EXPECT_NE(error.find("only gray and RGB"), std::string::npos) << error;
+}
+
+TEST(PlaneWriter, WritesPbmAsIsAndTwoBitPlanesAsFourLevelPgm) {
+    TempDir dir;
+    std::string error;
+    PlaneWriter one;
+    ASSERT_TRUE(one.open(dir.file("one.pbm"), 10, 1, 1, error)) << error;
+    const uint8_t line1[2] = {0xA5, 0xC0};
+    ASSERT_TRUE(one.writeLine(line1, error));
+    ASSERT_TRUE(one.finish(error)) << error;
+    EXPECT_EQ(readBytes(dir.file("one.pbm")), std::string("P4\n10 1\n\xA5\xC0", 10));
+
+    PlaneWriter two;
+    ASSERT_TRUE(two.open(dir.file("two.pgm"), 5, 1, 2, error)) << error;
+    const uint8_t line2[2] = {0b00011011, 0b11000000};  // codes 0 1 2 3 | 3
+    ASSERT_TRUE(two.writeLine(line2, error));
+    ASSERT_TRUE(two.finish(error)) << error;
+    EXPECT_EQ(readBytes(dir.file("two.pgm")), std::string("P5\n5 1\n3\n\x03\x02\x01\x00\x00", 14));
+}
+
+TEST(AtomicFile, AppearsOnlyOnCommit) {
+    TempDir dir;
+    std::string error;
+    {
+        AtomicFile file;
+        ASSERT_TRUE(file.open(dir.file("out.bin"), error));
+        ASSERT_TRUE(file.write("abc", 3, error));
+        EXPECT_FALSE(std::filesystem::exists(dir.file("out.bin")));
+    }
+    EXPECT_TRUE(dir.listing().empty()) << "an abandoned file leaves nothing behind";
+    AtomicFile file;
+    ASSERT_TRUE(file.open(dir.file("out.bin"), error));
+    ASSERT_TRUE(file.write("abc", 3, error));
+    ASSERT_TRUE(file.commit(error)) << error;
+    EXPECT_EQ(dir.listing(), std::vector<std::string>{"out.bin"});
+    EXPECT_EQ(readBytes(dir.file("out.bin")), "abc");
+    AtomicFile nowhere;
+    EXPECT_FALSE(nowhere.open(dir.file("no/such/dir/x"), error));
+    EXPECT_NE(error.find("cannot write"), std::string::npos);
+}
+
+TEST(PngWriter, WritesWhatThePngReaderReadsBack) {
+    TempDir dir;
+    std::string error;
+    PngWriter png;
+    ASSERT_TRUE(png.open(dir.file("p.png"), 2, 2, 3, error)) << error;
+    const uint8_t rows[2][6] = {{1, 2, 3, 4, 5, 6}, {250, 251, 252, 253, 254, 255}};
+    ASSERT_TRUE(png.writeRow(rows[0], error));
+    ASSERT_TRUE(png.writeRow(rows[1], error));
+    ASSERT_TRUE(png.finish(error)) << error;
+    auto reader = openImage(dir.file("p.png"), error);
+    ASSERT_TRUE(reader) << error;
+    EXPECT_EQ(readAll(*reader), (std::vector<uint8_t>{1, 2, 3, 4, 5, 6, 250, 251, 252, 253, 254, 255}));
+}
+
+}  // namespace
+}  // namespace inkdot::tools

@@ -1,0 +1,109 @@
+// The resource compiler: the default sources compile, and mistakes in a
+// pack description are reported with file and line.
+#include <gtest/gtest.h>
+
+#include "rescomp/channel_tables.h"
+#include "rescomp/halftone_blocks.h"
+#include "rescomp/resource_compiler.h"
+#include "temp_dir.h"
+
+#ifndef INKDOT_RESOURCE_DIR
+#error "the tests need INKDOT_RESOURCE_DIR"
+#endif
+
+namespace inkdot::tools {
+namespace {
+
+using test::TempDir;
+
+TEST(ResourceCompiler, DefaultSourcesBuildTheEmbeddedPack) {
+    BlockMap blocks;
+    std::string error;
+    ASSERT_TRUE(compileResources(INKDOT_RESOURCE_DIR, blocks, error)) << error;
+    const Bytes pack = writePack(blocks);
+    const auto embedded = defaultPackBytes();
+    EXPECT_TRUE(std::equal(pack.begin(), pack.end(), embedded.begin(), embedded.end()))
+        << "the embedded pack is generated from resources/ at build time";
+}
+
+std::string compileError(const std::string& manifest) {
+    TempDir dir;
+    dir.write("pack.txt", manifest);
+    dir.write("idx.txt", "//3 index\nheading\n/\nA\nP\nS\n0\n");
+    BlockMap blocks;
+    std::string error;
+    EXPECT_FALSE(compileResources(dir.path().string(), blocks, error));
+    return error;
+}
+
+TEST(ResourceCompiler, ReportsMistakesWithFileAndLine) {
+    EXPECT_NE(compileError("# comment\n\n5 grid-levels colour=1\n").find("pack.txt:3: unknown setting 'colour'"),
+              std::string::npos);
+    EXPECT_NE(compileError("5 lut\n").find("unknown block kind 'lut'"), std::string::npos);
+    EXPECT_NE(compileError("5 grid-levels\n5 grid-levels\n").find("pack.txt:2: block 5 is described twice"),
+              std::string::npos);
+    EXPECT_NE(compileError("5 matrix width=48 height=8\n").find("power of two"), std::string::npos);
+    EXPECT_NE(compileError("5 matrix width=256 height=256\n").find("65535 cells"), std::string::npos);
+    EXPECT_NE(compileError("5 colour-table points=49\n").find("points must be a whole number from 2 to 48"),
+              std::string::npos);
+    EXPECT_NE(compileError("5 colour-table ink-limit=abc\n").find("ink-limit"), std::string::npos);
+    EXPECT_NE(compileError("5 index\n").find("index needs file="), std::string::npos);
+    EXPECT_NE(compileError("5 index file=missing.txt\n").find("cannot open"), std::string::npos);
+    EXPECT_NE(compileError("5 request-list ids=1,2,x\n").find("ids must list"), std::string::npos);
+    EXPECT_NE(compileError("5 base-weights weights=50,90\n").find("weights must list"), std::string::npos);
+    EXPECT_NE(compileError("5 dot-split large=0.9,0.2\n").find("two rising numbers"), std::string::npos);
+    EXPECT_NE(compileError("70000 grid-levels\n").find("block number"), std::string::npos);
+    EXPECT_NE(compileError("5\n").find("needs a number and a kind"), std::string::npos);
+    EXPECT_NE(compileError("5 grid-levels stray\n").find("expected key=value"), std::string::npos);
+    EXPECT_NE(compileError("# nothing\n").find("describes no blocks"), std::string::npos);
+}
+
+TEST(ResourceCompiler, IndexBlocksEndWithNul) {
+    TempDir dir;
+    dir.write("pack.txt", "0 index file=idx.txt\n");
+    dir.write("idx.txt", "//3 x\n");
+    BlockMap blocks;
+    std::string error;
+    ASSERT_TRUE(compileResources(dir.path().string(), blocks, error)) << error;
+    EXPECT_EQ(blocks[0], (Bytes{'/', '/', '3', ' ', 'x', '\n', 0}));
+}
+
+TEST(HalftoneBlocks, RequestListEndsWith65535) {
+    EXPECT_EQ(requestListBlock({1001, 1010}), (Bytes{0xE9, 0x03, 0xF2, 0x03, 0xFF, 0xFF}));
+}
+
+TEST(HalftoneBlocks, GridLevelBlockHolds32RisingLevels) {
+    const Bytes b = gridLevelBlock();
+    ASSERT_EQ(b.size(), 34u);
+    EXPECT_EQ(readU16le(b, 0), 32);
+    EXPECT_EQ(b[2], 0);
+    EXPECT_EQ(b[33], 255);
+    for (int i = 3; i < 34; ++i) EXPECT_GT(b[i], b[i - 1]);
+}
+
+TEST(HalftoneBlocks, MatrixBlockWritesSizeBytesAndLittleEndianCells) {
+    const Bytes b = matrixBlock(2, 1, {0x0102, 7});
+    EXPECT_EQ(b, (Bytes{2, 1, 0, 0, 0x02, 0x01, 7, 0}));
+    EXPECT_EQ(matrixBlock(256, 1, std::vector<uint16_t>(256))[0], 255) << "255 stands for 256";
+}
+
+TEST(ChannelTables, RoutingRecordsEndWithFEAndTheListWithFF) {
+    EXPECT_EQ(routingBlock({{0, {0, 1, 2, 3}}, {5, {3, 2}}}), (Bytes{0, 0, 1, 2, 3, 0xFE, 5, 3, 2, 0xFE, 0xFF}));
+    EXPECT_EQ(routingBlock({}), Bytes{0xFF});
+}
+
+TEST(ChannelTables, TableTenIsTheIdentityAndTheOthersBendAroundIt) {
+    const Bytes b = correctionTableBlock(1.6);
+    ASSERT_EQ(b.size(), 21u * 256);
+    for (int x = 0; x < 256; ++x) EXPECT_EQ(b[10 * 256 + x], x);
+    for (int d = 0; d < 21; ++d) {
+        EXPECT_EQ(b[d * 256], 0);
+        EXPECT_EQ(b[d * 256 + 255], 255);
+        for (int x = 1; x < 256; ++x) EXPECT_GE(b[d * 256 + x], b[d * 256 + x - 1]) << "table " << d;
+    }
+    // Lower tables lay down less ink, higher ones more.
+    for (int d = 1; d < 21; ++d) EXPECT_GT(b[d * 256 + 128], b[(d - 1) * 256 + 128]) << d;
+}
+
+}  // namespace
+}  // namespace inkdot::tools

@@ -1,0 +1,47 @@
+#include "cli/cli.h"
+
+#include <iostream>
+
+namespace inkdot::tools {
+namespace {
+
+constexpr const char* kUsage =
+    "inkdot: colour management and halftoning for inkjet printing\n"
+    "\n"
+    "usage: inkdot COMMAND [options]\n"
+    "\n"
+    "commands:\n"
+    "  print IN -o OUTDIR   halftone an image into ink planes and a preview\n"
+    "  chart -o FILE.png    write the built-in test chart\n"
+    "  pack DIR -o FILE     compile resource sources into a pack file\n"
+    "  info [--pack FILE]   describe a pack (default: the built-in one)\n"
+    "\n"
+    "'inkdot COMMAND --help' describes a command's options.\n";
+
+}  // namespace
+
+int runCli(const std::vector<std::string>& args, std::ostream& out, std::ostream& err) {
+    if (args.empty()) {
+        err << kUsage;
+        return kExitUsage;
+    }
+    const std::string& command = args[0];
+    const std::vector<std::string> rest(args.begin() + 1, args.end());
+    if (command == "--help" || command == "-h" || command == "help") {
+        out << kUsage;
+        return kExitOk;
+    }
+    if (command == "print") return printCommand(rest, out, err);
+    if (command == "chart") return chartCommand(rest, out, err);
+    if (command == "pack") return packCommand(rest, out, err);
+    if (command == "info") return infoCommand(rest, out, err);
+    err << "inkdot: unknown command '" << command << "' (see inkdot --help)\n";
+    return kExitUsage;
+}
+
+int runCli(int argc, char** argv) {
+    std::vector<std::string> args(argv + 1, argv + argc);
+    return runCli(args, std::cout, std::cerr);
+}
+
+}  // namespace inkdot::tools

@@ -1,0 +1,32 @@
+// The settings of "inkdot print", parsed from its options.
+#pragma once
+
+#include <string>
+
+#include "cli/options.h"
+#include "inkdot/job.h"
+
+namespace inkdot::tools {
+
+struct PrintOptions {
+    std::string input;
+    std::string outputDir;
+    std::string packFile;      // empty: the built-in pack
+    ColourSettings colour;
+    HalftoneSetup halftone;    // inputWidth is filled in from the image
+    bool autoScale = true;     // keep the image's aspect on paper
+    uint32_t previewWidth = 1000;
+};
+
+extern const OptionDef kPrintOptions[];
+extern const size_t kPrintOptionCount;
+extern const char* const kPrintHelp;
+
+bool parsePrintOptions(const ParsedArgs& args, PrintOptions& out, std::string& error);
+
+// With automatic scaling: printed columns per image column and printed lines
+// per image line that keep the image square on paper.
+HScale autoHScale(Resolution r);
+unsigned autoLineRepeat(Resolution r);
+
+}  // namespace inkdot::tools

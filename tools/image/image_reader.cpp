@@ -1,0 +1,68 @@
+#include "image/image_reader.h"
+
+#include <cerrno>
+#include <cstdio>
+#include <cstring>
+
+namespace inkdot::tools {
+
+namespace {
+
+// A sample scaled to 0..255, rounded: (v × 255 + max / 2) / max.
+inline uint32_t toEight(uint64_t v, uint64_t max) { return static_cast<uint32_t>((v * 255 + max / 2) / max); }
+
+}  // namespace
+
+void convertRow(const SampleLayout& layout, const uint16_t* samples, uint32_t width, uint8_t* out) {
+    const unsigned colours = layout.colourChannels;
+    if (!layout.alpha && !layout.invertGray && layout.maxValue == 255) {  // 8-bit samples as they are
+        for (size_t i = 0; i < size_t{width} * colours; ++i) out[i] = static_cast<uint8_t>(samples[i]);
+        return;
+    }
+    const unsigned step = colours + (layout.alpha ? 1 : 0);
+    const uint64_t max = layout.maxValue;
+    for (uint32_t x = 0; x < width; ++x, samples += step, out += colours) {
+        const uint64_t a = layout.alpha ? samples[colours] : max;
+        for (unsigned c = 0; c < colours; ++c) {
+            uint64_t v = samples[c] > max ? max : samples[c];
+            if (layout.invertGray) v = max - v;
+            // Over white: straight colour is v·a + max·(max − a), premultiplied
+            // colour is v·max + max·(max − a); both over max² full scale.
+            const uint64_t over = (layout.premultiplied ? v * max : v * a) + max * (max - a);
+            out[c] = static_cast<uint8_t>(toEight(over, max * max));
+        }
+    }
+}
+
+bool ImageReader::readRow(uint8_t* out, std::string& error) {
+    if (rowsRead_ >= height_) {
+        error = "read past the last row";
+        return false;
+    }
+    samples_.resize(size_t{width_} * (layout_.colourChannels + (layout_.alpha ? 1 : 0)));
+    if (!readSamples(samples_, error)) return false;
+    convertRow(layout_, samples_.data(), width_, out);
+    ++rowsRead_;
+    return true;
+}
+
+std::unique_ptr<ImageReader> openImage(const std::string& path, std::string& error) {
+    std::FILE* f = std::fopen(path.c_str(), "rb");
+    if (f == nullptr) {
+        error = "cannot open " + path + ": " + std::strerror(errno);
+        return nullptr;
+    }
+    unsigned char magic[8] = {};
+    const size_t got = std::fread(magic, 1, sizeof magic, f);
+    std::fclose(f);
+    static const unsigned char kPng[8] = {0x89, 'P', 'N', 'G', '\r', '\n', 0x1A, '\n'};
+    if (got == 8 && std::memcmp(magic, kPng, 8) == 0) return openPng(path, error);
+    if (got >= 2 && magic[0] == 'P' && (magic[1] == '5' || magic[1] == '6')) return openPnm(path, error);
+    if (got >= 4 && ((magic[0] == 'I' && magic[1] == 'I' && magic[2] == 42 && magic[3] == 0) ||
+                     (magic[0] == 'M' && magic[1] == 'M' && magic[2] == 0 && magic[3] == 42)))
+        return openTiff(path, error);
+    error = path + " is not a PNG, PNM (P5/P6) or TIFF image";
+    return nullptr;
+}
+
+}  // namespace inkdot::tools

@@ -1,0 +1,55 @@
+// Reading raster images row by row: PNG, PNM (P5/P6) and TIFF, 8 or 16 bits,
+// gray or RGB, with or without alpha. Every reader hands out 8-bit rows of
+// gray or RGB, alpha composited over white, so a page streams through in
+// bands without being held whole.
+#pragma once
+
+#include <cstdint>
+#include <memory>
+#include <string>
+#include <vector>
+
+namespace inkdot::tools {
+
+// How a reader's raw samples are laid out before conversion.
+struct SampleLayout {
+    unsigned colourChannels = 1;  // 1 gray, 3 RGB
+    bool alpha = false;           // one more sample after the colour ones
+    bool premultiplied = false;   // colour samples already multiplied by alpha
+    bool invertGray = false;      // 0 means white (TIFF min-is-white)
+    uint32_t maxValue = 255;      // full scale of a sample
+};
+
+// Converts one row of samples (host-order integers) to 8-bit gray or RGB over white.
+void convertRow(const SampleLayout& layout, const uint16_t* samples, uint32_t width, uint8_t* out);
+
+class ImageReader {
+public:
+    virtual ~ImageReader() = default;
+    uint32_t width() const { return width_; }
+    uint32_t height() const { return height_; }
+    // 1 (gray) or 3 (RGB): the bytes per pixel of the rows readRow hands out.
+    unsigned channels() const { return layout_.colourChannels; }
+    // The next row, width() × channels() bytes. False with a reason on failure.
+    bool readRow(uint8_t* out, std::string& error);
+
+protected:
+    // Fills `samples` with width × (channels + alpha) host-order samples.
+    virtual bool readSamples(std::vector<uint16_t>& samples, std::string& error) = 0;
+
+    uint32_t width_ = 0, height_ = 0;
+    SampleLayout layout_;
+
+private:
+    std::vector<uint16_t> samples_;
+    uint32_t rowsRead_ = 0;
+};
+
+// Opens an image by its content (not its name). Null with a reason on failure.
+std::unique_ptr<ImageReader> openImage(const std::string& path, std::string& error);
+
+std::unique_ptr<ImageReader> openPng(const std::string& path, std::string& error);
+std::unique_ptr<ImageReader> openPnm(const std::string& path, std::string& error);
+std::unique_ptr<ImageReader> openTiff(const std::string& path, std::string& error);
+
+}  // namespace inkdot::tools
