@@ -120,4 +120,3 @@ BENCHMARK(BM_CmSetResourceFullProtocol)->Unit(benchmark::kMillisecond);
 
 }  // namespace
 
-BENCHMARK_MAIN();

@@ -21,12 +21,21 @@ struct PixelLayout {
 
 inline constexpr PixelLayout kRgbLayout{3, 0, 1, 2};
 
-// The grid with its cell search done ahead: for every input level on each
-// axis, the index of the grid point that closes its cell. Lives on the
-// caller's stack; valid while the CmLut's grid levels stay as they are.
+// The grid with its per-level work done ahead: for every input level on
+// each axis, where its cell starts in the node data, how far into the cell
+// the level lies and how wide the cell is. Lives on the caller's stack; valid
+// while the CmLut's grid levels, counts and channel count stay as they are
+// (the node data itself is read at each call).
+struct AxisLevel {
+    uint32_t nodeOffset;  // bytes from the first node to the cell's lower node along this axis
+    uint16_t fraction;    // level - lower grid level
+    uint16_t width;       // upper grid level - lower grid level, 1..255
+};
+
 struct Interpolator {
     const CmLut* lut;
-    uint8_t cell[3][256];
+    AxisLevel axis[3][256];
+    uint32_t step[3];  // bytes of one node step along each axis
 };
 
 void prepareInterpolator(const CmLut& lut, Interpolator& out);

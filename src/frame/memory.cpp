@@ -18,9 +18,8 @@ void* MemAlloc(uint32_t size, uint32_t zeroFill) {
     ++seam.allocs;
     void* block = seam.allocs == seam.failAllocAt ? nullptr : platform::allocate(size, zeroFill != 0);
     if (block == nullptr) {
-        // The text goes through a 200-character buffer, as the message box's does.
-        char text[200];
-        std::snprintf(text, sizeof text, "size = %lu", static_cast<unsigned long>(size));
+        char text[platform::kAllocTextChars];
+        platform::formatAllocFailure(text, size);
         ++seam.messages;
         std::snprintf(seam.lastMessage, sizeof seam.lastMessage, "%s", text);
         platform::showAllocFailure(text);
