@@ -137,6 +137,20 @@ TEST_F(CupsRasterFilter, CopiesRepeatEachPage) {
     EXPECT_EQ(r.lines("PAGE: "), (std::vector<std::string>{"PAGE: 1 3", "PAGE: 2 3"}));
 }
 
+TEST_F(CupsRasterFilter, CopiesTheRasterAsksForAreMadeOnceAndNotMultiplied) {
+    cups_page_header2_t twice = inputHeader(40, 10, CUPS_CSPACE_W);
+    twice.NumCopies = 2;
+    const std::string path = input({flatPage(twice, {30}), flatPage(inputHeader(40, 10, CUPS_CSPACE_W), {30})});
+    // The job's two copies are the ones the first page's header already asks for.
+    const FilterRun r = run(path, "", 2);
+    ASSERT_EQ(r.status, 0) << r.log;
+    EXPECT_EQ(r.pages.size(), 4u);
+    for (const PageSummary& page : r.pages) EXPECT_EQ(page.header.NumCopies, 1u);
+    const FilterRun once = run(path, "", 1);
+    ASSERT_EQ(once.status, 0) << once.log;
+    EXPECT_EQ(once.pages.size(), 3u) << "the header's two copies, then the second page once";
+}
+
 TEST_F(CupsRasterFilter, ReportsProgressPerPage) {
     const FilterRun r = run(input({flatPage(inputHeader(50, 200, CUPS_CSPACE_W), {128}),
                                    flatPage(inputHeader(50, 3, CUPS_CSPACE_W), {128})}));

@@ -6,6 +6,7 @@
 
 #include <cstdarg>
 #include <cstdlib>
+#include <algorithm>
 #include <cstring>
 #include <memory>
 #include <new>
@@ -122,6 +123,7 @@ PageEnd printPage(cups_raster_t* in, cups_raster_t* out, const cups_page_header2
     }
 
     cups_page_header2_t outHeader = outputHeader(header, plan);
+    outHeader.NumCopies = 1;  // the copies are made here
     if (!held && !cupsRasterWriteHeader2(out, &outHeader)) {
         report(log, "ERROR: Page %d: the output cannot be written", pageNo);
         return PageEnd::Failed;
@@ -201,6 +203,15 @@ PageEnd printPage(cups_raster_t* in, cups_raster_t* out, const cups_page_header2
     return cancelled ? PageEnd::Cancelled : PageEnd::Done;
 }
 
+// The queue leaves copies to the printer (its PPD says cupsManualCopies
+// False): a raster maker then writes each page once with NumCopies, and the
+// filter, standing for the printer, makes them. A raster that reaches the
+// filter straight from the job carries the count only on the command line.
+// Either way a page is never multiplied twice.
+int pageCopies(const cups_page_header2_t& header, int jobCopies) {
+    return header.NumCopies > 1 ? static_cast<int>(std::min(header.NumCopies, 9999u)) : jobCopies;
+}
+
 }  // namespace
 
 bool parseFilterArgs(int argc, const char* const* argv, FilterArgs& out, std::string& error) {
@@ -276,7 +287,7 @@ int runRasterFilter(const FilterArgs& args, int inFd, int outFd, std::FILE* log)
                header.cupsHeight, resolutionName(plan.halftone.resolution), plan.colour.mono ? "gray" : "colour",
                qualityName(settings.quality), methodName(plan.halftone.method), plan.halftone.outputBits,
                plan.halftone.outputBits == 1 ? "" : "s", plan.order == PlaneOrder::Planar ? "planar" : "banded");
-        switch (printPage(in.get(), out.get(), header, plan, *pack, pageNo, args.copies, log)) {
+        switch (printPage(in.get(), out.get(), header, plan, *pack, pageNo, pageCopies(header, args.copies), log)) {
             case PageEnd::Done: break;
             case PageEnd::Cancelled: return kExitDone;
             case PageEnd::Failed: return kExitFailed;
