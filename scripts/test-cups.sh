@@ -132,14 +132,16 @@ print_chart() {
   job=$(sed -n 's/^request id is \(inkdot-[0-9]*\).*/\1/p' <<<"$request")
   [ -n "$job" ] || { echo "lp gave no job id: $request" >&2; return 1; }
   local start=$SECONDS
+  # Active first, then finished: a job that ends between the two questions
+  # is still found. A finished job has completed, or was aborted or cancelled.
   while [ $((SECONDS - start)) -lt 300 ]; do
-    if lpstat -h "$server" -W completed -o inkdot | grep -q "^$job "; then
-      state=completed
-      break
-    fi
-    # A job that stopped without completing is no longer among the active ones.
-    if ! lpstat -h "$server" -W not-completed -o inkdot | grep -q "^$job "; then
-      state=stopped
+    if ! lpstat -h "$server" -W not-completed -o inkdot | grep -q "^$job " &&
+       lpstat -h "$server" -W completed -o inkdot | grep -q "^$job "; then
+      if grep -q "\[Job ${job#inkdot-}\] Job completed\." "$work/log/error_log"; then
+        state=completed
+      else
+        state="stopped without completing"
+      fi
       break
     fi
     sleep 0.5
@@ -170,9 +172,13 @@ print_chart gray -o ColorModel=Gray -o Resolution=720x360dpi -o InkdotQuality=Dr
 "$check" "$work/gray.ras" --pages 1 --width 5950 --height 4205 --space k --bits 1 --order banded \
   --reference "$work/chart.png" --quality draft
 
-grep -c "rastertoinkdot" "$work/log/error_log" >/dev/null || { echo "the scheduler never ran rastertoinkdot" >&2; exit 1; }
-echo "--- page log"
+grep -q "Started filter .*/rastertoinkdot" "$work/log/error_log" || { echo "the scheduler never ran rastertoinkdot" >&2; exit 1; }
+echo "--- page log (the pages rastertoinkdot reported: 1, 2 and 1)"
 cat "$work/log/page_log"
+for expect in "1 1" "2 2" "3 1"; do
+  grep -Eq " ${expect% *} \[[^]]*\] total ${expect#* } " "$work/log/page_log" ||
+    { echo "the page log lacks job ${expect% *} with ${expect#* } page(s)" >&2; exit 1; }
+done
 
 if [ "${INKDOT_CUPS_PERF:-1}" = 1 ]; then
   echo "--- rastertoinkdot alone: A4 pages per minute (raster from a file, output to /dev/null)"
