@@ -1,0 +1,262 @@
+// rastertoinkdot end to end in-process: raster pages in, halftoned pages out.
+#include "cups/raster_filter.h"
+
+#include <gtest/gtest.h>
+
+#include "raster_writer.h"
+#include "support/memory_watch.h"
+#include "tools/temp_dir.h"
+
+namespace inkdot::test {
+namespace {
+
+using cups::PageSummary;
+
+constexpr unsigned kCyan = 0, kMagenta = 1, kYellow = 2, kBlack = 3;
+
+class CupsRasterFilter : public ::testing::Test {
+protected:
+    std::string input(std::vector<InputPage> pages) {
+        const std::string path = dir.file("in.ras");
+        writeRasterFile(path, std::move(pages));
+        return path;
+    }
+    FilterRun run(const std::string& path, const std::string& options = "", int copies = 1) {
+        return runFilter(dir.path().string(), path, options, copies);
+    }
+    // A run that must fail: exit 1, an ERROR line naming `why`, no crash.
+    void expectRefused(const std::string& path, const std::string& why, const std::string& options = "") {
+        const FilterRun r = run(path, options);
+        EXPECT_EQ(r.status, 1);
+        ASSERT_FALSE(r.lines("ERROR: ").empty()) << r.log;
+        EXPECT_TRUE(r.logHas(why)) << r.log;
+    }
+
+    MemoryWatch memory;
+    TempDir dir;
+};
+
+TEST_F(CupsRasterFilter, GrayPagesBecomeBlackPagesWhoseInkFollowsTone) {
+    std::vector<InputPage> pages;
+    for (uint8_t level : {255, 192, 128, 64, 0}) pages.push_back(flatPage(inputHeader(200, 40, CUPS_CSPACE_W), {level}));
+    const FilterRun r = run(input(pages));
+    ASSERT_EQ(r.status, 0) << r.log;
+    ASSERT_TRUE(r.outputReadable);
+    ASSERT_EQ(r.pages.size(), 5u);
+    EXPECT_EQ(r.pages[0].planes[0].dots, 0u) << "white takes no ink";
+    for (size_t p = 0; p < r.pages.size(); ++p) {
+        const cups_page_header2_t& h = r.pages[p].header;
+        EXPECT_EQ(h.cupsColorSpace, CUPS_CSPACE_K);
+        EXPECT_EQ(h.cupsNumColors, 1u);
+        EXPECT_EQ(h.cupsBitsPerColor, 2u);  // normal quality at 720x720: two-bit dither
+        EXPECT_EQ(h.cupsWidth, 200u);
+        EXPECT_EQ(h.cupsHeight, 40u);
+        if (p > 0) {
+            EXPECT_GT(r.pages[p].coverage(0), r.pages[p - 1].coverage(0)) << "page " << p + 1;
+        }
+    }
+    EXPECT_GT(r.pages[4].coverage(0), 0.9) << "black is (nearly) full ink";
+}
+
+TEST_F(CupsRasterFilter, PrimariesLandInTheirPlanes) {
+    const FilterRun r = run(input({flatPage(inputHeader(160, 32), {255, 0, 0}),     // red
+                                   flatPage(inputHeader(160, 32), {0, 255, 255}),   // cyan
+                                   flatPage(inputHeader(160, 32), {255, 255, 0})}),  // yellow
+                            "InkdotQuality=High");
+    ASSERT_EQ(r.status, 0) << r.log;
+    ASSERT_EQ(r.pages.size(), 3u);
+    const PageSummary& red = r.pages[0];
+    EXPECT_GT(red.coverage(kMagenta), 0.5);
+    EXPECT_GT(red.coverage(kYellow), 0.5);
+    EXPECT_LT(red.coverage(kCyan), 0.05);
+    const PageSummary& cyan = r.pages[1];
+    EXPECT_GT(cyan.coverage(kCyan), 0.5);
+    EXPECT_LT(cyan.coverage(kYellow), 0.05);
+    const PageSummary& yellow = r.pages[2];
+    EXPECT_GT(yellow.coverage(kYellow), 0.5);
+    EXPECT_LT(yellow.coverage(kCyan), 0.05);
+    EXPECT_LT(yellow.coverage(kMagenta), 0.05);
+    for (const PageSummary& page : r.pages) EXPECT_LT(page.coverage(kBlack), 0.05);
+}
+
+TEST_F(CupsRasterFilter, QualityAndResolutionSetTheOutputBits) {
+    const std::string path = input({flatPage(inputHeader(64, 8, CUPS_CSPACE_RGB, 720, 360), {90, 120, 150}),
+                                    flatPage(inputHeader(64, 8, CUPS_CSPACE_RGB, 360, 720), {90, 120, 150})});
+    FilterRun r = run(path, "InkdotQuality=Draft");
+    ASSERT_EQ(r.status, 0) << r.log;
+    ASSERT_EQ(r.pages.size(), 2u);
+    EXPECT_EQ(r.pages[0].header.cupsBitsPerColor, 1u);
+    EXPECT_EQ(r.pages[1].header.cupsBitsPerColor, 1u);
+    r = run(path, "InkdotQuality=High");
+    ASSERT_EQ(r.status, 0) << r.log;
+    EXPECT_EQ(r.pages[0].header.cupsBitsPerColor, 1u) << "720x360 has no dot sizes";
+    EXPECT_EQ(r.pages[1].header.cupsBitsPerColor, 2u);
+    EXPECT_EQ(r.pages[1].header.HWResolution[0], 360u);
+    EXPECT_EQ(r.pages[1].header.HWResolution[1], 720u);
+}
+
+TEST_F(CupsRasterFilter, BrightnessOptionLightensThePage) {
+    const std::string path = input({flatPage(inputHeader(128, 32, CUPS_CSPACE_W), {128})});
+    const FilterRun plain = run(path);
+    const FilterRun lighter = run(path, "InkdotBrightness=40");
+    ASSERT_EQ(plain.status, 0);
+    ASSERT_EQ(lighter.status, 0);
+    EXPECT_LT(lighter.pages[0].coverage(0), plain.pages[0].coverage(0));
+}
+
+TEST_F(CupsRasterFilter, PlanarAndBandedCarryTheSameDots) {
+    const std::string path = input({patternPage(inputHeader(150, 30), [](unsigned x, unsigned y, unsigned c) {
+        return static_cast<uint8_t>((x * 3 + y * 5 + c * 70) & 0xFF);
+    })});
+    const FilterRun banded = run(path, "InkdotOrder=Banded");
+    const FilterRun planar = run(path, "InkdotOrder=Planar");
+    ASSERT_EQ(banded.status, 0) << banded.log;
+    ASSERT_EQ(planar.status, 0) << planar.log;
+    ASSERT_EQ(planar.pages.size(), 1u);
+    EXPECT_EQ(banded.pages[0].header.cupsColorOrder, CUPS_ORDER_BANDED);
+    EXPECT_EQ(planar.pages[0].header.cupsColorOrder, CUPS_ORDER_PLANAR);
+    for (unsigned k = 0; k < 4; ++k) {
+        EXPECT_EQ(planar.pages[0].planes[k].dots, banded.pages[0].planes[k].dots) << "plane " << k;
+        EXPECT_EQ(planar.pages[0].planes[k].ink, banded.pages[0].planes[k].ink) << "plane " << k;
+    }
+}
+
+TEST_F(CupsRasterFilter, CopiesRepeatEachPage) {
+    const std::string path = input({flatPage(inputHeader(100, 20), {200, 100, 50}),
+                                    flatPage(inputHeader(100, 20, CUPS_CSPACE_W), {100})});
+    const FilterRun r = run(path, "", 3);
+    ASSERT_EQ(r.status, 0) << r.log;
+    ASSERT_EQ(r.pages.size(), 6u);
+    for (size_t p = 0; p < 6; ++p) {
+        const PageSummary& first = r.pages[p / 3 * 3];
+        EXPECT_EQ(r.pages[p].header.cupsColorSpace, first.header.cupsColorSpace);
+        for (unsigned k = 0; k < first.planes.size(); ++k) EXPECT_EQ(r.pages[p].planes[k].ink, first.planes[k].ink);
+    }
+    EXPECT_EQ(r.pages[0].header.cupsColorSpace, CUPS_CSPACE_CMYK);
+    EXPECT_EQ(r.pages[3].header.cupsColorSpace, CUPS_CSPACE_K);
+    EXPECT_EQ(r.lines("PAGE: "), (std::vector<std::string>{"PAGE: 1 3", "PAGE: 2 3"}));
+}
+
+TEST_F(CupsRasterFilter, CopiesTheRasterAsksForAreMadeOnceAndNotMultiplied) {
+    cups_page_header2_t twice = inputHeader(40, 10, CUPS_CSPACE_W);
+    twice.NumCopies = 2;
+    const std::string path = input({flatPage(twice, {30}), flatPage(inputHeader(40, 10, CUPS_CSPACE_W), {30})});
+    // The job's two copies are the ones the first page's header already asks for.
+    const FilterRun r = run(path, "", 2);
+    ASSERT_EQ(r.status, 0) << r.log;
+    EXPECT_EQ(r.pages.size(), 4u);
+    for (const PageSummary& page : r.pages) EXPECT_EQ(page.header.NumCopies, 1u);
+    const FilterRun once = run(path, "", 1);
+    ASSERT_EQ(once.status, 0) << once.log;
+    EXPECT_EQ(once.pages.size(), 3u) << "the header's two copies, then the second page once";
+}
+
+TEST_F(CupsRasterFilter, ReportsProgressPerPage) {
+    const FilterRun r = run(input({flatPage(inputHeader(50, 200, CUPS_CSPACE_W), {128}),
+                                   flatPage(inputHeader(50, 3, CUPS_CSPACE_W), {128})}));
+    ASSERT_EQ(r.status, 0) << r.log;
+    EXPECT_TRUE(r.logHas("INFO: Printing page 1\n"));
+    EXPECT_TRUE(r.logHas("INFO: Printing page 2\n"));
+    const auto progress = r.lines("ATTR: job-media-progress=");
+    // Page 1 passes every tenth; page 2 (three lines) reports 33, 66 and 100.
+    std::vector<std::string> expected;
+    for (int p = 10; p <= 100; p += 10) expected.push_back("ATTR: job-media-progress=" + std::to_string(p));
+    for (int p : {33, 66, 100}) expected.push_back("ATTR: job-media-progress=" + std::to_string(p));
+    EXPECT_EQ(progress, expected);
+}
+
+TEST_F(CupsRasterFilter, ReadsDefaultsFromTheQueuePpd) {
+    dir.write("queue.ppd", "*DefaultInkdotQuality: Draft\n*DefaultInkdotOrder: Planar\n");
+    const std::string path = input({flatPage(inputHeader(64, 8), {128, 128, 128})});
+    FilterRun r = runFilter(dir.path().string(), path, "", 1, dir.file("queue.ppd"));
+    ASSERT_EQ(r.status, 0) << r.log;
+    EXPECT_EQ(r.pages[0].header.cupsBitsPerColor, 1u);
+    EXPECT_EQ(r.pages[0].header.cupsColorOrder, CUPS_ORDER_PLANAR);
+    r = runFilter(dir.path().string(), path, "InkdotQuality=High", 1, dir.file("queue.ppd"));
+    ASSERT_EQ(r.status, 0) << r.log;
+    EXPECT_EQ(r.pages[0].header.cupsBitsPerColor, 2u);
+}
+
+// Bad input: an ERROR line and exit status 1, never a crash.
+
+TEST_F(CupsRasterFilter, TruncatedStreamIsReported) {
+    const std::string path = input({flatPage(inputHeader(100, 50), {10, 20, 30})});
+    // Cut in the middle of the page's pixels (the header takes 1800 bytes).
+    truncateFile(path, 4 + 1796 + 100 * 3 * 20);
+    expectRefused(path, "truncated");
+    const FilterRun r = run(path, "InkdotOrder=Planar");
+    EXPECT_EQ(r.status, 1);
+    EXPECT_TRUE(r.logHas("ends after 20 of 50 lines")) << r.log;
+}
+
+TEST_F(CupsRasterFilter, UnsupportedColourSpaceIsReported) {
+    expectRefused(input({flatPage(inputHeader(16, 4, CUPS_CSPACE_CMYK), {0, 0, 0, 0})}), "colour space");
+}
+
+TEST_F(CupsRasterFilter, UnsupportedBitDepthIsReported) {
+    cups_page_header2_t h = inputHeader(16, 4, CUPS_CSPACE_RGB);
+    h.cupsBitsPerColor = 16;
+    h.cupsBitsPerPixel = 48;
+    h.cupsBytesPerLine = 16 * 6;
+    expectRefused(input({InputPage{h, std::vector<uint8_t>(16 * 6 * 4)}}), "bit depth");
+}
+
+TEST_F(CupsRasterFilter, WidthBeyondTheEngineIsReported) {
+    // The engine holds lines of up to 2^24 - 1 pixels.
+    cups_page_header2_t h = inputHeader(1u << 24, 1, CUPS_CSPACE_W);
+    expectRefused(input({InputPage{h, {}}}), "cannot be halftoned");
+}
+
+TEST_F(CupsRasterFilter, UnsupportedResolutionIsReported) {
+    expectRefused(input({flatPage(inputHeader(16, 4, CUPS_CSPACE_RGB, 600, 600), {0, 0, 0})}), "600x600");
+}
+
+TEST_F(CupsRasterFilter, AGoodPageBeforeABadOneIsStillWritten) {
+    const FilterRun r = run(input({flatPage(inputHeader(16, 4), {0, 0, 0}),
+                                   flatPage(inputHeader(16, 4, CUPS_CSPACE_CMYK), {0, 0, 0, 0})}));
+    EXPECT_EQ(r.status, 1);
+    EXPECT_TRUE(r.logHas("ERROR: Page 2: ")) << r.log;
+    ASSERT_TRUE(r.outputReadable);
+    EXPECT_EQ(r.pages.size(), 1u);
+}
+
+TEST_F(CupsRasterFilter, InputThatIsNotRasterIsReported) {
+    dir.write("junk.ras", "%PDF-1.4 this is not a raster stream");
+    expectRefused(dir.file("junk.ras"), "not a CUPS raster stream");
+    dir.write("empty.ras", "");
+    expectRefused(dir.file("empty.ras"), "not a CUPS raster stream");
+    expectRefused(dir.file("missing.ras"), "Unable to open");
+}
+
+TEST_F(CupsRasterFilter, StreamWithoutPagesIsReported) {
+    dir.write("sync-only.ras", "RaSt");
+    expectRefused(dir.file("sync-only.ras"), "holds no pages");
+}
+
+TEST_F(CupsRasterFilter, BadOptionIsReported) {
+    expectRefused(input({flatPage(inputHeader(16, 4), {0, 0, 0})}), "InkdotGamma", "InkdotGamma=9");
+}
+
+TEST(CupsFilterArgs, ReadsTheSchedulersCommandLine) {
+    const char* argv[] = {"rastertoinkdot", "42", "alice", "chart", "2", "InkdotQuality=High", "/tmp/in.ras"};
+    cups::FilterArgs a;
+    std::string error;
+    ASSERT_TRUE(cups::parseFilterArgs(7, argv, a, error)) << error;
+    EXPECT_EQ(a.jobId, "42");
+    EXPECT_EQ(a.user, "alice");
+    EXPECT_EQ(a.title, "chart");
+    EXPECT_EQ(a.copies, 2);
+    EXPECT_EQ(a.options, "InkdotQuality=High");
+    EXPECT_EQ(a.file, "/tmp/in.ras");
+    ASSERT_TRUE(cups::parseFilterArgs(6, argv, a, error));
+    EXPECT_EQ(a.file, "");
+    EXPECT_FALSE(cups::parseFilterArgs(5, argv, a, error));
+    EXPECT_NE(error.find("Usage"), std::string::npos);
+    for (const char* copies : {"0", "-1", "two", "", "10000"}) {
+        const char* bad[] = {"rastertoinkdot", "1", "u", "t", copies, ""};
+        EXPECT_FALSE(cups::parseFilterArgs(6, bad, a, error)) << copies;
+    }
+}
+
+}  // namespace
+}  // namespace inkdot::test

@@ -1,0 +1,308 @@
+#include "cups/raster_filter.h"
+
+#include <cups/raster.h>
+#include <fcntl.h>
+#include <unistd.h>
+
+#include <cstdarg>
+#include <cstdlib>
+#include <algorithm>
+#include <cstring>
+#include <memory>
+#include <new>
+#include <vector>
+
+#include "cups/cancel_request.h"
+#include "cups/filter_settings.h"
+#include "cups/page_plan.h"
+
+namespace inkdot::cups {
+
+namespace {
+
+constexpr int kExitDone = 0;
+constexpr int kExitFailed = 1;
+
+// Planar output and copies need the whole halftoned page before it is
+// written. A2 at 1440x720 with two-bit CMYK is about 400 MB; a page needing
+// more than this is refused rather than risked.
+constexpr uint64_t kMaxHeldPageBytes = uint64_t{1} << 30;
+
+// Progress is reported in steps of this many percent of a page.
+constexpr unsigned kProgressStep = 10;
+
+void report(std::FILE* log, const char* format, ...) {
+    va_list args;
+    va_start(args, format);
+    std::vfprintf(log, format, args);
+    va_end(args);
+    std::fputc('\n', log);
+    std::fflush(log);
+}
+
+struct RasterCloser {
+    void operator()(cups_raster_t* r) const { cupsRasterClose(r); }
+};
+using RasterStream = std::unique_ptr<cups_raster_t, RasterCloser>;
+
+struct FdCloser {
+    int fd = -1;
+    ~FdCloser() {
+        if (fd >= 0) ::close(fd);
+    }
+};
+
+const char* qualityName(Quality q) {
+    switch (q) {
+        case Quality::Draft: return "draft";
+        case Quality::Normal: return "normal";
+        case Quality::High: return "high";
+    }
+    return "?";
+}
+
+const char* methodName(Method m) {
+    switch (m) {
+        case Method::ErrorDiffusion: return "error diffusion";
+        case Method::Dither: return "ordered dither";
+        case Method::Threshold: return "threshold";
+    }
+    return "?";
+}
+
+// Reports the page's progress when it passes the next step.
+class Progress {
+public:
+    Progress(std::FILE* log, uint32_t lines) : log_(log), lines_(lines) {}
+    void lineDone(uint32_t done) {
+        const unsigned percent = static_cast<unsigned>(uint64_t{done} * 100 / lines_);
+        if (percent < next_) return;
+        report(log_, "ATTR: job-media-progress=%u", percent);
+        next_ = (percent / kProgressStep + 1) * kProgressStep;
+    }
+
+private:
+    std::FILE* log_;
+    uint32_t lines_;
+    unsigned next_ = kProgressStep;
+};
+
+bool writeLine(cups_raster_t* out, const uint8_t* bytes, uint64_t count) {
+    return cupsRasterWritePixels(out, const_cast<uint8_t*>(bytes), static_cast<unsigned>(count)) == count;
+}
+
+enum class PageEnd { Done, Cancelled, Failed };
+
+// One page: halftones every line and writes it `copies` times. A page is
+// held whole when it is written planar or more than once; otherwise each
+// line goes out as soon as it is halftoned.
+PageEnd printPage(cups_raster_t* in, cups_raster_t* out, const cups_page_header2_t& header, const PagePlan& plan,
+                  const BlockSource& pack, int pageNo, int copies, std::FILE* log) {
+    std::string error;
+    std::unique_ptr<Job> job = Job::open(plan.colour, plan.halftone, pack, error);
+    if (!job) {
+        report(log, "ERROR: Page %d cannot be halftoned: %s", pageNo, error.c_str());
+        return PageEnd::Failed;
+    }
+    const bool held = plan.order == PlaneOrder::Planar || copies > 1;
+    const uint64_t pageBytes = outputPageBytes(plan);
+    if (held && pageBytes > kMaxHeldPageBytes) {
+        report(log, "ERROR: Page %d needs %llu MB held for planar output or copies, more than the filter's %llu MB",
+               pageNo, static_cast<unsigned long long>(pageBytes >> 20),
+               static_cast<unsigned long long>(kMaxHeldPageBytes >> 20));
+        return PageEnd::Failed;
+    }
+    std::unique_ptr<uint8_t[]> page;
+    if (held) {
+        page.reset(new (std::nothrow) uint8_t[pageBytes]());
+        if (!page) {
+            report(log, "ERROR: Page %d: no memory for the %llu MB page", pageNo,
+                   static_cast<unsigned long long>(pageBytes >> 20));
+            return PageEnd::Failed;
+        }
+    }
+
+    cups_page_header2_t outHeader = outputHeader(header, plan);
+    outHeader.NumCopies = 1;  // the copies are made here
+    if (!held && !cupsRasterWriteHeader2(out, &outHeader)) {
+        report(log, "ERROR: Page %d: the output cannot be written", pageNo);
+        return PageEnd::Failed;
+    }
+
+    const size_t planeBytes = job->planeStride();
+    const unsigned planes = job->planeCount();
+    const uint64_t bandBytes = uint64_t{planeBytes} * planes;
+    std::vector<uint8_t> line(header.cupsBytesPerLine);
+    std::vector<uint8_t> band(bandBytes);
+    Progress progress(log, plan.height);
+    bool cancelled = false;
+    uint32_t y = 0;
+    for (; y < plan.height; ++y) {
+        if (cancelRequested()) {
+            cancelled = true;
+            break;
+        }
+        if (cupsRasterReadPixels(in, line.data(), header.cupsBytesPerLine) != header.cupsBytesPerLine) {
+            // A cancelled job's upstream filter stops too: an early end is
+            // then the cancel, not a broken stream.
+            if (cancelRequested()) {
+                cancelled = true;
+                break;
+            }
+            report(log, "ERROR: Page %d ends after %u of %u lines: the raster stream is truncated", pageNo, y,
+                   plan.height);
+            return PageEnd::Failed;
+        }
+        if (!job->halftoneLine(line.data(), band.data(), error)) {
+            report(log, "ERROR: Page %d: %s", pageNo, error.c_str());
+            return PageEnd::Failed;
+        }
+        if (held) {
+            for (unsigned k = 0; k < planes; ++k) {
+                // Planar: plane k's lines follow one another; banded: a line
+                // holds every plane's bytes in turn, as the job writes them.
+                const uint64_t at = plan.order == PlaneOrder::Planar ? (uint64_t{k} * plan.height + y) * planeBytes
+                                                                      : uint64_t{y} * bandBytes + k * planeBytes;
+                std::memcpy(page.get() + at, band.data() + k * planeBytes, planeBytes);
+            }
+        } else if (!writeLine(out, band.data(), bandBytes)) {
+            report(log, "ERROR: Page %d: the output cannot be written", pageNo);
+            return PageEnd::Failed;
+        }
+        progress.lineDone(y + 1);
+    }
+
+    if (cancelled) {
+        // The page in progress is finished blank, so what was written stays a
+        // whole raster page and the printer can eject the sheet.
+        report(log, "INFO: Job cancelled on page %d after %u of %u lines", pageNo, y, plan.height);
+        if (!held) {
+            std::fill(band.begin(), band.end(), 0);
+            for (; y < plan.height; ++y)
+                if (!writeLine(out, band.data(), bandBytes)) return PageEnd::Failed;
+            return PageEnd::Cancelled;
+        }
+        copies = 1;
+    }
+    if (held) {
+        const uint64_t rowBytes = outHeader.cupsBytesPerLine;
+        for (int c = 0; c < copies; ++c) {
+            if (!cupsRasterWriteHeader2(out, &outHeader)) {
+                report(log, "ERROR: Page %d: the output cannot be written", pageNo);
+                return PageEnd::Failed;
+            }
+            for (uint64_t at = 0; at < pageBytes; at += rowBytes) {
+                if (!writeLine(out, page.get() + at, rowBytes)) {
+                    report(log, "ERROR: Page %d: the output cannot be written", pageNo);
+                    return PageEnd::Failed;
+                }
+            }
+        }
+    }
+    report(log, "PAGE: %d %d", pageNo, copies);
+    return cancelled ? PageEnd::Cancelled : PageEnd::Done;
+}
+
+// The queue leaves copies to the printer (its PPD says cupsManualCopies
+// False): a raster maker then writes each page once with NumCopies, and the
+// filter, standing for the printer, makes them. A raster that reaches the
+// filter straight from the job carries the count only on the command line.
+// Either way a page is never multiplied twice.
+int pageCopies(const cups_page_header2_t& header, int jobCopies) {
+    return header.NumCopies > 1 ? static_cast<int>(std::min(header.NumCopies, 9999u)) : jobCopies;
+}
+
+}  // namespace
+
+bool parseFilterArgs(int argc, const char* const* argv, FilterArgs& out, std::string& error) {
+    if (argc < 6 || argc > 7) {
+        error = "Usage: rastertoinkdot job-id user title copies options [file]";
+        return false;
+    }
+    FilterArgs a;
+    a.jobId = argv[1];
+    a.user = argv[2];
+    a.title = argv[3];
+    char* end = nullptr;
+    const long copies = std::strtol(argv[4], &end, 10);
+    // The scheduler never asks for more than its MaxCopies (9999 by default).
+    if (*argv[4] == '\0' || *end != '\0' || copies < 1 || copies > 9999) {
+        error = std::string("The number of copies must be from 1 to 9999, not '") + argv[4] + "'";
+        return false;
+    }
+    a.copies = static_cast<int>(copies);
+    a.options = argv[5];
+    if (argc == 7) a.file = argv[6];
+    out = a;
+    return true;
+}
+
+int runRasterFilter(const FilterArgs& args, int inFd, int outFd, std::FILE* log) {
+    OptionList options;
+    addPpdDefaults(args.ppdPath, options);
+    options.parse(args.options.c_str());
+    FilterSettings settings;
+    std::string error;
+    if (!readFilterSettings(options, settings, error)) {
+        report(log, "ERROR: %s", error.c_str());
+        return kExitFailed;
+    }
+
+    FdCloser fileFd;
+    if (!args.file.empty()) {
+        fileFd.fd = ::open(args.file.c_str(), O_RDONLY);
+        if (fileFd.fd < 0) {
+            report(log, "ERROR: Unable to open the raster file %s: %s", args.file.c_str(), std::strerror(errno));
+            return kExitFailed;
+        }
+        inFd = fileFd.fd;
+    }
+    RasterStream in(cupsRasterOpen(inFd, CUPS_RASTER_READ));
+    if (!in) {
+        report(log, "ERROR: The input is not a CUPS raster stream");
+        return kExitFailed;
+    }
+    std::unique_ptr<BlockSource> pack = openDefaultPack(error);
+    if (!pack) {
+        report(log, "ERROR: The built-in resource pack cannot be read: %s", error.c_str());
+        return kExitFailed;
+    }
+    RasterStream out(cupsRasterOpen(outFd, CUPS_RASTER_WRITE_COMPRESSED));
+    if (!out) {
+        report(log, "ERROR: The output cannot be opened as a raster stream");
+        return kExitFailed;
+    }
+
+    int pageNo = 0;
+    cups_page_header2_t header;
+    while (!cancelRequested() && cupsRasterReadHeader2(in.get(), &header)) {
+        ++pageNo;
+        PagePlan plan;
+        if (!planPage(header, settings, plan, error)) {
+            report(log, "ERROR: Page %d: %s", pageNo, error.c_str());
+            return kExitFailed;
+        }
+        report(log, "INFO: Printing page %d", pageNo);
+        report(log, "DEBUG: Page %d: %u x %u at %s dpi, %s, %s quality: %s, %u bit%s, %s", pageNo, header.cupsWidth,
+               header.cupsHeight, resolutionName(plan.halftone.resolution), plan.colour.mono ? "gray" : "colour",
+               qualityName(settings.quality), methodName(plan.halftone.method), plan.halftone.outputBits,
+               plan.halftone.outputBits == 1 ? "" : "s", plan.order == PlaneOrder::Planar ? "planar" : "banded");
+        switch (printPage(in.get(), out.get(), header, plan, *pack, pageNo, pageCopies(header, args.copies), log)) {
+            case PageEnd::Done: break;
+            case PageEnd::Cancelled: return kExitDone;
+            case PageEnd::Failed: return kExitFailed;
+        }
+    }
+    if (cancelRequested()) {
+        report(log, "INFO: Job cancelled after %d page%s", pageNo, pageNo == 1 ? "" : "s");
+        return kExitDone;
+    }
+    if (pageNo == 0) {
+        report(log, "ERROR: The raster stream holds no pages");
+        return kExitFailed;
+    }
+    report(log, "INFO: Printed %d page%s", pageNo, pageNo == 1 ? "" : "s");
+    return kExitDone;
+}
+
+}  // namespace inkdot::cups
