@@ -54,12 +54,14 @@ public:
 
     bool measure(Method method, bool first, std::string& error) {
         const HalftoneSetup setup{method, params_.outputBits, params_.resolution, HScale::x1, 0};
-        log_ << "  " << methodName(method) << ": tone ramps";
-        if (!measureTone(setup, first, error)) return false;
-        log_ << ", flat patches";
-        if (!measureFlat(setup, error)) return false;
-        log_ << ", texture\n";
-        return measureTexture(setup, error);
+        log_ << "  " << methodName(method) << ": tone ramps" << std::flush;
+        bool done = measureTone(setup, first, error);
+        if (done) log_ << ", flat patches" << std::flush;
+        done = done && measureFlat(setup, error);
+        if (done) log_ << ", texture" << std::flush;
+        done = done && measureTexture(setup, error);
+        log_ << (done ? "\n" : ": failed\n");  // the progress line ends either way
+        return done;
     }
 
     bool save(const std::string& dir, const std::vector<Method>& methods, std::string& error) {
