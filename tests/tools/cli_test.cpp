@@ -64,13 +64,15 @@ TEST(Cli, BadUsageGivesOneLineAndStatus2) {
              {"chart", "-o", "c.png", "--width", "10"},
              {"pack", "dir"},
              {"info", "extra"},
+             {"report"},
+             {"report", "-o", "x", "--bits", "3"},
          }) {
         const CliRun r = run(args);
         std::string joined;
         for (const auto& a : args) joined += a + " ";
         EXPECT_EQ(r.status, kExitUsage) << joined;
         EXPECT_FALSE(r.err.empty()) << joined;
-        EXPECT_EQ(std::count(r.err.begin(), r.err.end(), '\n'), args.empty() ? 11 : 1) << joined << r.err;
+        EXPECT_EQ(std::count(r.err.begin(), r.err.end(), '\n'), args.empty() ? 12 : 1) << joined << r.err;
     }
 }
 

@@ -15,6 +15,7 @@ constexpr const char* kUsage =
     "  chart -o FILE.png    write the built-in test chart\n"
     "  pack DIR -o FILE     compile resource sources into a pack file\n"
     "  info [--pack FILE]   describe a pack (default: the built-in one)\n"
+    "  report -o OUTDIR     measure print quality: tone, spectra, texture\n"
     "\n"
     "'inkdot COMMAND --help' describes a command's options.\n";
 
@@ -35,6 +36,7 @@ int runCli(const std::vector<std::string>& args, std::ostream& out, std::ostream
     if (command == "chart") return chartCommand(rest, out, err);
     if (command == "pack") return packCommand(rest, out, err);
     if (command == "info") return infoCommand(rest, out, err);
+    if (command == "report") return reportCommand(rest, out, err);
     err << "inkdot: unknown command '" << command << "' (see inkdot --help)\n";
     return kExitUsage;
 }

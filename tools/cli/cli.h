@@ -1,4 +1,4 @@
-// The inkdot command-line program: print, chart, pack and info.
+// The inkdot command-line program: print, chart, pack, info and report.
 #pragma once
 
 #include <ostream>
@@ -18,6 +18,7 @@ int runCli(int argc, char** argv);
 int printCommand(const std::vector<std::string>& args, std::ostream& out, std::ostream& err);
 int chartCommand(const std::vector<std::string>& args, std::ostream& out, std::ostream& err);
 int packCommand(const std::vector<std::string>& args, std::ostream& out, std::ostream& err);
+int reportCommand(const std::vector<std::string>& args, std::ostream& out, std::ostream& err);
 int infoCommand(const std::vector<std::string>& args, std::ostream& out, std::ostream& err);
 
 inline constexpr int kExitOk = 0;

@@ -6,6 +6,7 @@
 
 #include "cli/cli.h"
 #include "cli/print_options.h"
+#include "image/colour_profile.h"
 #include "image/image_reader.h"
 #include "image/plane_writer.h"
 #include "image/preview.h"
@@ -45,6 +46,20 @@ struct MadeDirectory {
     }
 };
 
+// The conversion of the image into device RGB: from --input-profile, else
+// from the profile the image carries; none (null) for an untagged image.
+bool openInputConversion(const ImageReader& image, const PrintOptions& options,
+                         std::unique_ptr<InputConversion>& out, std::string& error) {
+    std::vector<uint8_t> given;
+    if (!options.inputProfile.empty() && !readProfileFile(options.inputProfile, given, error)) return false;
+    const std::vector<uint8_t>& profile = options.inputProfile.empty() ? image.iccProfile() : given;
+    if (options.inputProfile.empty() && profile.empty()) return true;
+    const std::string name = options.inputProfile.empty() ? "the profile embedded in " + options.input
+                                                          : options.inputProfile;
+    out = InputConversion::create(profile, image.channels(), options.intent, name, error);
+    return out != nullptr;
+}
+
 int fail(std::ostream& err, const std::string& message) {
     err << "inkdot print: " << message << "\n";
     return kExitFailed;
@@ -68,6 +83,8 @@ int printCommand(const std::vector<std::string>& args, std::ostream& out, std::o
 
     std::unique_ptr<ImageReader> image = openImage(options.input, error);
     if (!image) return fail(err, error);
+    std::unique_ptr<InputConversion> conversion;
+    if (!openInputConversion(*image, options, conversion, error)) return fail(err, error);
     std::unique_ptr<BlockSource> pack =
         options.packFile.empty() ? openDefaultPack(error) : openPackFile(options.packFile, error);
     if (!pack) return fail(err, error);
@@ -108,10 +125,16 @@ int printCommand(const std::vector<std::string>& args, std::ostream& out, std::o
 
     std::vector<uint8_t> row(size_t{image->width()} * image->channels());
     std::vector<uint8_t> input(size_t{image->width()} * job->inputBytesPerPixel());
+    std::vector<uint8_t> deviceRow(conversion ? size_t{image->width()} * 3 : 0);
     std::vector<uint8_t> planeBuffer(planes * job->planeStride());
     for (uint32_t y = 0; y < image->height(); ++y) {
         if (!image->readRow(row.data(), error)) return fail(err, error);
-        toJobInput(row.data(), image->channels(), image->width(), options.colour.mono, input.data());
+        if (conversion) {
+            conversion->convertRow(row.data(), image->width(), deviceRow.data());
+            toJobInput(deviceRow.data(), 3, image->width(), options.colour.mono, input.data());
+        } else {
+            toJobInput(row.data(), image->channels(), image->width(), options.colour.mono, input.data());
+        }
         for (unsigned r = 0; r < lineRepeat; ++r) {
             if (!job->halftoneLine(input.data(), planeBuffer.data(), error)) return fail(err, error);
             for (unsigned p = 0; p < planes; ++p)
@@ -129,6 +152,8 @@ int printCommand(const std::vector<std::string>& args, std::ostream& out, std::o
         << "\n";
     for (unsigned p = 0; p < planes; ++p)
         out << "  " << (planes == 1 ? "black" : kPlaneNames[p]) << " plane: " << planePaths[p] << "\n";
+    if (conversion)
+        out << "  converted into device RGB (sRGB) from '" << conversion->description() << "'\n";
     out << "  preview: " << previewPath << " (" << preview.geometry().width << " x " << preview.geometry().height
         << ")\n";
     return kExitOk;

@@ -10,7 +10,7 @@ const OptionDef kPrintOptions[] = {
     {"mono", false},      {"colour", false},    {"color", false},     {"brightness", true},
     {"contrast", true},   {"saturation", true}, {"gamma", true},      {"offset-r", true},
     {"offset-g", true},   {"offset-b", true},   {"ink-weights", true}, {"hscale", true},
-    {"pack", true},       {"preview-width", true},
+    {"pack", true},       {"preview-width", true}, {"input-profile", true}, {"intent", true},
 };
 const size_t kPrintOptionCount = sizeof kPrintOptions / sizeof kPrintOptions[0];
 
@@ -38,9 +38,11 @@ const char* const kPrintHelp =
     "  --hscale auto|half|1..5  printed columns per image column; auto (default)\n"
     "                           keeps the image square on paper\n"
     "  --pack FILE              resource pack (default: the built-in pack)\n"
-    "  --preview-width N        widest preview in pixels (default 1000)\n";
-
-namespace {
+    "  --preview-width N        widest preview in pixels (default 1000)\n"
+    "  --input-profile FILE     ICC profile of IN, in place of the one it carries;\n"
+    "                           untagged images are taken as sRGB\n"
+    "  --intent perceptual|relative|saturation|absolute\n"
+    "                           rendering intent into device RGB (default perceptual)\n";
 
 bool parseResolution(const std::string& text, Resolution& out) {
     if (text == "720x720") out = Resolution::R720x720;
@@ -50,6 +52,16 @@ bool parseResolution(const std::string& text, Resolution& out) {
     else return false;
     return true;
 }
+
+bool parseMethod(const std::string& text, Method& out) {
+    if (text == "ed") out = Method::ErrorDiffusion;
+    else if (text == "dither") out = Method::Dither;
+    else if (text == "threshold") out = Method::Threshold;
+    else return false;
+    return true;
+}
+
+namespace {
 
 bool parseSetting(const ParsedArgs& args, const char* name, int& out, std::string& error) {
     if (!args.has(name)) return true;
@@ -94,10 +106,7 @@ bool parsePrintOptions(const ParsedArgs& args, PrintOptions& out, std::string& e
     out.packFile = args.value("pack", "");
 
     const std::string method = args.value("method", "ed");
-    if (method == "ed") out.halftone.method = Method::ErrorDiffusion;
-    else if (method == "dither") out.halftone.method = Method::Dither;
-    else if (method == "threshold") out.halftone.method = Method::Threshold;
-    else {
+    if (!parseMethod(method, out.halftone.method)) {
         error = "--method must be ed, dither or threshold, not '" + method + "'";
         return false;
     }
@@ -157,6 +166,13 @@ bool parsePrintOptions(const ParsedArgs& args, PrintOptions& out, std::string& e
         out.halftone.hscale = static_cast<HScale>(hscale[0] - '0');
     else {
         error = "--hscale must be auto, half or 1 to 5, not '" + hscale + "'";
+        return false;
+    }
+
+    out.inputProfile = args.value("input-profile", "");
+    const std::string intent = args.value("intent", "perceptual");
+    if (!parseRenderingIntent(intent, out.intent)) {
+        error = "--intent must be perceptual, relative, saturation or absolute, not '" + intent + "'";
         return false;
     }
 

@@ -4,6 +4,7 @@
 #include <string>
 
 #include "cli/options.h"
+#include "image/colour_profile.h"
 #include "inkdot/job.h"
 
 namespace inkdot::tools {
@@ -16,11 +17,18 @@ struct PrintOptions {
     HalftoneSetup halftone;    // inputWidth is filled in from the image
     bool autoScale = true;     // keep the image's aspect on paper
     uint32_t previewWidth = 1000;
+    std::string inputProfile;  // empty: the image's own profile, if any
+    RenderingIntent intent = RenderingIntent::Perceptual;
 };
 
 extern const OptionDef kPrintOptions[];
 extern const size_t kPrintOptionCount;
 extern const char* const kPrintHelp;
+
+// "720x720", "1440x720", "360x720" or "720x360".
+bool parseResolution(const std::string& text, Resolution& out);
+// "ed", "dither" or "threshold".
+bool parseMethod(const std::string& text, Method& out);
 
 bool parsePrintOptions(const ParsedArgs& args, PrintOptions& out, std::string& error);
 

@@ -32,6 +32,8 @@ public:
     unsigned channels() const { return layout_.colourChannels; }
     // The next row, width() × channels() bytes. False with a reason on failure.
     bool readRow(uint8_t* out, std::string& error);
+    // The ICC profile the file carries (PNG iCCP, TIFF ICC tag); empty if none.
+    const std::vector<uint8_t>& iccProfile() const { return iccProfile_; }
 
 protected:
     // Fills `samples` with width × (channels + alpha) host-order samples.
@@ -39,6 +41,7 @@ protected:
 
     uint32_t width_ = 0, height_ = 0;
     SampleLayout layout_;
+    std::vector<uint8_t> iccProfile_;
 
 private:
     std::vector<uint16_t> samples_;

@@ -78,6 +78,12 @@ private:
         if (setjmp(png_jmpbuf(png_))) return false;
         png_init_io(png_, file_);
         png_read_info(png_, info_);
+        png_charp profileName = nullptr;
+        int compression = 0;
+        png_bytep profile = nullptr;
+        png_uint_32 profileSize = 0;
+        if (png_get_iCCP(png_, info_, &profileName, &compression, &profile, &profileSize) != 0 && profile != nullptr)
+            iccProfile_.assign(profile, profile + profileSize);
         png_set_expand(png_);  // palette → RGB, gray below 8 bits → 8, tRNS → alpha
         const int interlace = png_get_interlace_type(png_, info_);
         if (interlace != PNG_INTERLACE_NONE) png_set_interlace_handling(png_);

@@ -62,6 +62,10 @@ public:
             return refuse("unexpected number of samples per pixel", error);
         if (w == 0 || h == 0) return refuse("the image is empty", error);
 
+        uint32_t profileSize = 0;
+        void* profile = nullptr;
+        if (TIFFGetField(tiff_, TIFFTAG_ICCPROFILE, &profileSize, &profile) && profile != nullptr)
+            iccProfile_.assign(static_cast<const uint8_t*>(profile), static_cast<const uint8_t*>(profile) + profileSize);
         width_ = w;
         height_ = h;
         samplesPerPixel_ = samplesPerPixel;

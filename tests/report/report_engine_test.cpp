@@ -1,0 +1,186 @@
+// Targets printed through the real engine, where the answer is known: blank
+// paper prints nothing, full ink covers everything, a flat gray patch prints
+// its tone; and the report command's files.
+#include <gtest/gtest.h>
+
+#include <fstream>
+#include <sstream>
+
+#include "cli/cli.h"
+#include "report/printed_patch.h"
+#include "report/report_data.h"
+#include "tools/temp_dir.h"
+
+namespace inkdot::tools {
+namespace {
+
+using test::TempDir;
+
+struct Config {
+    Method method;
+    unsigned bits;
+};
+const Config kConfigs[] = {{Method::ErrorDiffusion, 1}, {Method::Dither, 1}, {Method::Threshold, 1},
+                           {Method::ErrorDiffusion, 2}, {Method::Dither, 2}};
+const Resolution kResolutions[] = {Resolution::R720x720, Resolution::R1440x720, Resolution::R360x720,
+                                   Resolution::R720x360};
+
+std::unique_ptr<BlockSource> defaultPack() {
+    std::string error;
+    auto pack = openDefaultPack(error);
+    EXPECT_TRUE(pack) << error;
+    return pack;
+}
+
+std::vector<PrintedPatch> print(const ColourSettings& colour, Config config, Resolution resolution,
+                                std::vector<Rgb> colours, PatchLayout layout = {64, 16, 32}) {
+    auto pack = defaultPack();
+    std::vector<PrintedPatch> patches;
+    std::string error;
+    EXPECT_TRUE(printFlatPatches(colour, {config.method, config.bits, resolution, HScale::x1, 0}, *pack, colours,
+                                 layout, patches, error))
+        << error;
+    return patches;
+}
+
+// Two-bit output has no spread thresholds for columns twice as dense as lines.
+bool available(Config c, Resolution r) { return !(c.bits == 2 && r == Resolution::R720x360); }
+
+std::string describe(Config c, Resolution r) {
+    return std::string(methodName(c.method)) + " " + std::to_string(c.bits) + "-bit " + resolutionName(r);
+}
+
+TEST(ReportTargets, BlankPaperPrintsNoDots) {
+    for (bool mono : {false, true}) {
+        ColourSettings colour;
+        colour.mono = mono;
+        for (Config c : kConfigs) {
+            for (Resolution r : kResolutions) {
+                if (!available(c, r)) continue;
+                const auto patches = print(colour, c, r, {{255, 255, 255}});
+                ASSERT_EQ(patches.size(), 1u);
+                for (unsigned p = 0; p < patches[0].planes; ++p)
+                    EXPECT_EQ(countPlane(patches[0], p).coverage({}), 0.0) << describe(c, r) << " plane " << p;
+            }
+        }
+    }
+}
+
+TEST(ReportTargets, FullInkCoversEveryPixel) {
+    ColourSettings mono;
+    mono.mono = true;
+    for (Config c : kConfigs) {
+        for (Resolution r : kResolutions) {
+            if (!available(c, r)) continue;
+            const auto black = print(mono, c, r, {{0, 0, 0}});
+            const DotCounts k = countPlane(black[0], 0);
+            EXPECT_EQ(k.share(3), 1.0) << describe(c, r);  // every pixel a large dot
+            EXPECT_EQ(k.coverage({}), 1.0) << describe(c, r);
+
+            // Full cyan alone is within every ink limit: cyan everywhere, nothing else.
+            const auto cyan = print({}, c, r, {{0, 255, 255}});
+            EXPECT_EQ(countPlane(cyan[0], 0).coverage({}), 1.0) << describe(c, r);
+            for (unsigned p = 1; p < 4; ++p) EXPECT_EQ(countPlane(cyan[0], p).coverage({}), 0.0) << describe(c, r);
+        }
+    }
+}
+
+TEST(ReportTargets, FlatGrayPrintsItsTone) {
+    // Two-bit output weighs every dot alike (its dot split delivers the ink
+    // amount in small, medium and large dots), so its coverage, dots counted
+    // by their amounts, is the ink amount a the colour management asks for.
+    // One-bit output counts each dot with the pack's dot weight instead
+    // (ink parameters 250 % at the light end, 100 % at the dark end, in a
+    // quadratic between), so it prints a / weight(a) of the pixels.
+    ColourSettings colour;
+    colour.mono = true;
+    const PatchLayout layout{256, 16, 256};
+    for (uint8_t v : {96, 128, 160, 192}) {
+        const double tone = countPlane(print(colour, {Method::Dither, 2}, Resolution::R720x720, {{v, v, v}}, layout)[0], 0)
+                                .coverage({});
+        const double ed2 = countPlane(print(colour, {Method::ErrorDiffusion, 2}, Resolution::R720x720, {{v, v, v}}, layout)[0], 0)
+                               .coverage({});
+        EXPECT_NEAR(ed2, tone, 0.01) << int(v);
+        EXPECT_GT(tone, 0.3) << int(v);
+        EXPECT_LT(tone, 0.9) << int(v);
+
+        const double light = 1.0 - tone;
+        const double weight = 1.0 + 1.5 * light * light;  // 100 % + (250 − 100) % × (1 − a)²
+        for (Method m : {Method::Dither, Method::ErrorDiffusion}) {
+            const auto patch = print(colour, {m, 1}, Resolution::R720x720, {{v, v, v}}, layout);
+            EXPECT_NEAR(countPlane(patch[0], 0).coverage({}), tone / weight, 0.015) << methodName(m) << " " << int(v);
+        }
+    }
+}
+
+TEST(ReportTargets, CoverageFollowsTheRampForEveryMethod) {
+    ColourSettings colour;
+    for (Config c : kConfigs) {
+        std::vector<Rgb> ramp;
+        for (int v = 255; v >= 0; v -= 32) ramp.push_back({static_cast<uint8_t>(v), 255, 255});
+        const auto patches = print(colour, c, Resolution::R720x720, ramp);
+        double previous = -1.0;
+        for (const PrintedPatch& patch : patches) {
+            const double coverage = countPlane(patch, 0).coverage({});
+            // Patches of 64 × 32 pixels: a dot more or less is 1/2048.
+            EXPECT_GE(coverage, previous - 0.01) << describe(c, Resolution::R720x720);
+            previous = coverage;
+        }
+        EXPECT_GT(previous, 0.95) << describe(c, Resolution::R720x720);
+    }
+}
+
+TEST(ReportTargets, PrincipalFrequencyAndLevelChoice) {
+    // A quarter of the pixels dotted at 720 dpi: dots two pixels apart.
+    EXPECT_DOUBLE_EQ(principalFrequency(0.25, {720, 720}), 0.5 * 720 / 25.4);
+    EXPECT_DOUBLE_EQ(principalFrequency(0.75, {720, 720}), principalFrequency(0.25, {720, 720}));
+    // 1440 x 720: the pixel pitch is the root of its area.
+    EXPECT_DOUBLE_EQ(principalFrequency(1.0 / 8, {1440, 720}), std::sqrt(1.0 / 8) * std::sqrt(1440.0 * 720) / 25.4);
+    EXPECT_EQ(nearestLevel({0, 100, 200, 255}, {1.0, 0.6, 0.2, 0.0}, 0.25), 200u);
+    EXPECT_EQ(reportMethods(Method::Dither, 1), (std::vector<Method>{Method::Dither, Method::ErrorDiffusion,
+                                                                      Method::Threshold}));
+    EXPECT_EQ(reportMethods(Method::ErrorDiffusion, 2), (std::vector<Method>{Method::ErrorDiffusion, Method::Dither}));
+}
+
+std::vector<std::string> readLines(const std::string& path) {
+    std::ifstream file(path);
+    std::vector<std::string> lines;
+    for (std::string line; std::getline(file, line);) lines.push_back(line);
+    return lines;
+}
+
+TEST(ReportCommand, WritesTheMeasurementsOfEveryMethod) {
+    TempDir dir;
+    std::ostringstream out, err;
+    ASSERT_EQ(runCli({"report", "-o", dir.file("r"), "--quick", "--bits", "2"}, out, err), kExitOk) << err.str();
+    const auto tone = readLines(dir.file("r/tone.csv"));
+    ASSERT_FALSE(tone.empty());
+    EXPECT_EQ(tone[0], "method,ramp,level,ink,none,small,medium,large,dotted,coverage");
+    // Two methods (no threshold at two bits), four ramps, levels 0, 32, ..., 224, 255, four inks.
+    EXPECT_EQ(tone.size(), 1u + 2 * 4 * 9 * 4);
+    // White paper: the last level of the first ramp prints nothing.
+    bool sawWhite = false;
+    for (const std::string& line : tone)
+        if (line.rfind("ed,gray,255,", 0) == 0) {
+            EXPECT_EQ(line.substr(line.rfind(',') + 1), "0") << line;
+            sawWhite = true;
+        }
+    EXPECT_TRUE(sawWhite);
+    for (const char* name : {"config.csv", "spectrum.csv", "flat.csv", "texture.csv"})
+        EXPECT_GT(readLines(dir.file(std::string("r/") + name)).size(), 1u) << name;
+    EXPECT_NE(out.str().find("report_plots.py"), std::string::npos);
+}
+
+TEST(ReportCommand, RefusesBadOptions) {
+    TempDir dir;
+    std::ostringstream out, err;
+    EXPECT_EQ(runCli({"report"}, out, err), kExitUsage);
+    EXPECT_NE(err.str().find("report needs -o OUTDIR"), std::string::npos);
+    EXPECT_EQ(runCli({"report", "-o", dir.file("r"), "--method", "threshold", "--bits", "2"}, out, err), kExitUsage);
+    EXPECT_EQ(runCli({"report", "-o", dir.file("r"), "--dot-amounts", "0.3"}, out, err), kExitUsage);
+    EXPECT_EQ(runCli({"report", "-o", dir.file("r"), "--pack", dir.file("missing.pack")}, out, err), kExitFailed);
+    EXPECT_FALSE(std::filesystem::exists(dir.file("r")));
+}
+
+}  // namespace
+}  // namespace inkdot::tools
