@@ -20,8 +20,9 @@
 #include "kernels/ed2/ink_lanes.h"
 #include "kernels/ed2/input_step.h"
 #include "kernels/ed2/matrix_scale.h"
-#include "kernels/kernels.h"
+#include "kernels/force_inline.h"
 #include "kernels/grid_node.h"
+#include "kernels/kernels.h"
 #include "kernels/packing.h"
 
 namespace inkdot {
@@ -155,8 +156,10 @@ struct DiffusedPlane {
 
 // One diffused plane at column x. `perturbation` is already signed for the
 // plane; `aForm` is the matrix parity that takes the a patterns.
+// Inlined into the pixel loop, so that the plane's state stays in registers
+// and the band's branch leads straight to its additions.
 template <class Family>
-inline uint8_t diffusePlane(DiffusedPlane& plane, uint32_t x, const SplitRowInfo& row, uint32_t m,
+INKDOT_FORCE_INLINE uint8_t diffusePlane(DiffusedPlane& plane, uint32_t x, const SplitRowInfo& row, uint32_t m,
                             int32_t perturbation, bool aForm, const ed2::SmallThresholds& bands) {
     int32_t* const cell = plane.line + x;
     if (plane.history == 0) {
@@ -168,13 +171,13 @@ inline uint8_t diffusePlane(DiffusedPlane& plane, uint32_t x, const SplitRowInfo
     const int32_t sum = readCellTruncate(*cell) + row.total;
     const DotDecision d =
         decideDot(sum, m, {row.toneLarge, row.toneLargeMedium, row.small, row.smallThreshold + perturbation});
-    const Pattern pattern = Family::choose({row.toneLargeMedium != 0, row.small, d.code != kNoDot, aForm}, bands);
-    Family::spread(pattern, cell, d.err, plane.carry);
+    Family::spreadChosen({row.toneLargeMedium != 0, row.small, d.code != kNoDot, aForm}, bands, cell, d.err,
+                         plane.carry);
     return d.code;
 }
 
 template <class Family, class Pixels>
-void colourRun(HtContext& ctx, const HtRun& run) {
+INKDOT_FLATTEN void colourRun(HtContext& ctx, const HtRun& run) {
     PlanePacker<2, 4> out(run.dst, run.planeStride, run.bitOffset);
     if (run.count == 0) {
         out.finish();
