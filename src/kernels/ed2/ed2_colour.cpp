@@ -120,19 +120,16 @@ public:
     }
 
     InkLanes inks(uint32_t q, uint32_t round) {
-        int32_t node[3];
-        bool neighbours = true;
-        for (uint32_t c = 0; c < 3; ++c) {
-            node[c] = gridNode(steps_[bytes_[c]].node, steps_[bytes_[c]].weight, q);
-            // -1, 0 or +1 from the previous pixel's node, as one unsigned test
-            neighbours &= static_cast<uint32_t>(node[c] - previousNode_[c] + 1) <= 2;
-            previousNode_[c] = node[c];
-        }
+        auto node = [&](uint32_t c) { return gridNode(steps_[bytes_[c]].node, steps_[bytes_[c]].weight, q); };
+        const NodeIndices nodes{node(0), node(1), node(2)};
         // Byte 2 runs along the slowest axis, byte 0 along the fastest.
-        InkLanes v = InkLanes::fromPacked(grid_[gridEntry({node[0], node[1], node[2]})]);
-        if (neighbours) v = averageLanes(previous_, v, round);
-        previous_ = v;
-        return v;
+        const InkLanes v = InkLanes::fromPacked(grid_[gridEntry(nodes)]);
+        // Averaged with the previous pixel when the nodes neighbour, selected by a mask.
+        const uint32_t smooth = neighbourMask(nodes, previousNodes_);
+        const InkLanes mean = averageLanes(previous_, v, round);
+        previous_ = {selectByMask(smooth, mean.planes02, v.planes02), selectByMask(smooth, mean.planes13, v.planes13)};
+        previousNodes_ = nodes;
+        return previous_;
     }
 
 private:
@@ -140,7 +137,7 @@ private:
     uint32_t pixelBytes_;
     GridCell steps_[256];
     uint8_t bytes_[3] = {};
-    int32_t previousNode_[3] = {-2, -2, -2};  // -2: the run's first pixel has no neighbour
+    NodeIndices previousNodes_{-2, -2, -2};  // -2: the run's first pixel has no neighbour
     InkLanes previous_{0, 0};
 };
 

@@ -41,17 +41,19 @@ inline unsigned smallBand(const SmallDotPixel& p, const SmallThresholds& t) {
     return 3;
 }
 
-// Each family's choice is a pattern table: the band picks a row, the dot
-// decision and the matrix parity a column. The kernels spread through the
-// table (spreadChosen), which branches on the band only.
+// Each family's choice is a pattern table: the band picks a row (smallBand,
+// unless the family has its own), the dot decision and the matrix parity a
+// column. The kernels spread through the table (spreadChosen), which
+// branches on the band only.
 template <class Family>
 struct TableChoice {
+    static unsigned band(const SmallDotPixel& p, const SmallThresholds& t) { return smallBand(p, t); }
     static Pattern choose(const SmallDotPixel& p, const SmallThresholds& t) {
-        return Family::kTable.band[smallBand(p, t)].column[patternColumn(p.dot, p.aForm)];
+        return Family::kTable.band[Family::band(p, t)].column[patternColumn(p.dot, p.aForm)];
     }
     static INKDOT_FORCE_INLINE void spreadChosen(const SmallDotPixel& p, const SmallThresholds& t, int32_t* cell,
                                                  int32_t err, int32_t& carry) {
-        spreadByTable<Family::kTable>(smallBand(p, t), patternColumn(p.dot, p.aForm), cell, err, carry);
+        spreadByTable<Family::kTable>(Family::band(p, t), patternColumn(p.dot, p.aForm), cell, err, carry);
     }
 };
 
@@ -65,15 +67,18 @@ struct GeneralFamily : TableChoice<GeneralFamily> {
     }};
 };
 
-// No dot comes first: H0, a or b form by parity; then H1, H2, H3 by band
-// (the lowest two bands both H3).
+// No dot comes first: H0, a or b form by parity, in a band of its own (so
+// that a pixel without a dot does not pay for the wider patterns of a dot);
+// then H1, H2, H3 by the small band (the lowest two both H3).
 struct Family1440x720 : TableChoice<Family1440x720> {
-    static constexpr PatternTable<4> kTable{{
-        {{Pattern::H0a, Pattern::H0b, Pattern::H1, Pattern::H1}},
-        {{Pattern::H0a, Pattern::H0b, Pattern::H2, Pattern::H2}},
-        {{Pattern::H0a, Pattern::H0b, Pattern::H3, Pattern::H3}},
-        {{Pattern::H0a, Pattern::H0b, Pattern::H3, Pattern::H3}},
+    static constexpr PatternTable<5> kTable{{
+        {{Pattern::H0a, Pattern::H0b, Pattern::H0a, Pattern::H0b}},
+        {{Pattern::H1, Pattern::H1, Pattern::H1, Pattern::H1}},
+        {{Pattern::H2, Pattern::H2, Pattern::H2, Pattern::H2}},
+        {{Pattern::H3, Pattern::H3, Pattern::H3, Pattern::H3}},
+        {{Pattern::H3, Pattern::H3, Pattern::H3, Pattern::H3}},
     }};
+    static unsigned band(const SmallDotPixel& p, const SmallThresholds& t) { return p.dot ? 1 + smallBand(p, t) : 0; }
 };
 
 // Y1 and Y2 whether a dot printed or not; below t2 no dot gives Y0, a dot
