@@ -35,10 +35,11 @@ public:
     [[gnu::always_inline]]
 #endif
     void set(unsigned k, uint8_t pattern) { byte_[k] |= pattern & mask_; }
+    // Selected by a mask, not a jump: dot decisions are as good as random.
 #if defined(__GNUC__)
     [[gnu::always_inline]]
 #endif
-    void dot(unsigned k, bool printed) { if (printed) byte_[k] |= mask_; }
+    void dot(unsigned k, bool printed) { byte_[k] |= static_cast<uint8_t>(mask_ & -static_cast<unsigned>(printed)); }
     uint8_t mask() const { return mask_; }
 
     // Moves to the next pixel; a full byte goes out to every plane.

@@ -16,14 +16,15 @@ struct PairDots {
 // maxT is the largest matrix value (matrixCells - 1); threshold the pixel's
 // matrix value as this pair reads it. Tone values and thresholds are compared
 // as signed 32-bit numbers. Both
-// cases are evaluated and one is selected, without a branch: which case holds
-// changes from pixel to pixel with the ink amounts.
+// cases are evaluated and one is selected by bit arithmetic, without a
+// branch: which case holds changes from pixel to pixel with the ink amounts,
+// and GCC makes a jump of a ?: between two bools.
 inline PairDots pairedThreshold(int32_t toneA, int32_t toneB, int32_t maxT, int32_t threshold) {
     const bool a = toneA > threshold;
     const bool overfull = toneA + toneB > maxT;
     const bool bFromTop = toneB > maxT - threshold;
     const bool bAfterA = !a & (toneA + toneB > threshold);
-    return {a, overfull ? bFromTop : bAfterA};
+    return {a, static_cast<bool>(bAfterA ^ ((bAfterA ^ bFromTop) & overfull))};
 }
 
 }  // namespace inkdot

@@ -15,7 +15,7 @@
 #include <initializer_list>
 
 #include "halftone/ht_context.h"
-#include "kernels/dither/force_inline.h"
+#include "kernels/force_inline.h"
 #include "kernels/grid_node.h"
 
 namespace inkdot {
@@ -59,19 +59,16 @@ public:
         const uint32_t i1 = gridNode(cells_, px.b[1], q);
         const uint32_t i0 = gridNode(cells_, px.b[0], q);
         Inks c = unpackInks(grid_[gridEntryIndex(i2, i1, i0)]);
-        // Written without branches: whether neighbours are near is as good as random.
-        const bool smooth = hasPrev_ & near(i2, prevNode_[0]) & near(i1, prevNode_[1]) & near(i0, prevNode_[2]);
+        const NodeIndices nodes{static_cast<int32_t>(i0), static_cast<int32_t>(i1), static_cast<int32_t>(i2)};
+        const uint32_t smooth = neighbourMask(nodes, prevNodes_);
         // The mean rounds up or down by bit 2 of m, so that smoothing adds no bias.
-        const uint32_t roundUp = (m & 4) == 0 ? 1 : 0;
+        const uint32_t roundUp = ((m >> 2) & 1) ^ 1;
         for (unsigned k : {0u, 1u, 3u}) {
             const uint32_t mean = (c.c[k] + prevInk_[k] + roundUp) >> 1;
-            c.c[k] = smooth ? mean : c.c[k];
+            c.c[k] = selectByMask(smooth, mean, c.c[k]);
             prevInk_[k] = c.c[k];
         }
-        hasPrev_ = true;
-        prevNode_[0] = i2;
-        prevNode_[1] = i1;
-        prevNode_[2] = i0;
+        prevNodes_ = nodes;
         return c;
     }
 
@@ -87,8 +84,6 @@ public:
     }
 
 private:
-    static bool near(uint32_t a, uint32_t b) { return a - b + 1 <= 2; }  // |a - b| <= 1, unsigned wrap
-
     Inks at(const ColourBytes& px, uint32_t q) const {
         return unpackInks(
             grid_[gridEntryIndex(gridNode(cells_, px.b[2], q), gridNode(cells_, px.b[1], q), gridNode(cells_, px.b[0], q))]);
@@ -96,8 +91,9 @@ private:
 
     const uint32_t* grid_;
     const uint8_t* cells_;
-    bool hasPrev_ = false;
-    uint32_t prevNode_[3] = {};
+    // Two nodes below node 0 until the run's first coloured pixel: never a
+    // neighbour, so that pixel is not smoothed (and the zero inks are never read).
+    NodeIndices prevNodes_{-2, -2, -2};
     uint32_t prevInk_[4] = {};
 };
 

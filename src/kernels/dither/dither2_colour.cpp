@@ -5,7 +5,7 @@
 // with the halving reduction.
 #include "halftone/ht_context.h"
 #include "kernels/dither/colour_sources.h"
-#include "kernels/dither/force_inline.h"
+#include "kernels/force_inline.h"
 #include "kernels/dither/input_walk.h"
 #include "kernels/dither/matrix_row.h"
 #include "kernels/dither/run_checks.h"

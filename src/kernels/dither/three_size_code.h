@@ -7,19 +7,19 @@
 #include <cstdint>
 
 #include "halftone/ht_context.h"
+#include "kernels/largest_code.h"
 
 namespace inkdot {
 
 // The stacked tones come ready-made per split row from the resource protocol:
 // tl in the low half of splitToneCumulative, tl + tm in its high half, and
 // ts + tm + tl in splitToneTotal.
-// The three tests are selected without branches: the matrix makes every
-// one of them as good as random.
+// The three tests are selected without branches (largestCode): the matrix
+// makes every one of them as good as random.
 inline unsigned threeSizeCode(const HtContext& ctx, uint32_t amount, uint32_t threshold) {
     const uint32_t cumulative = ctx.splitToneCumulative[amount];
-    const unsigned small = ctx.splitToneTotal[amount] > threshold ? 1 : 0;
-    const unsigned medium = (cumulative >> 16) > threshold ? 2 : small;
-    return (cumulative & 0xFFFF) > threshold ? 3 : medium;  // large
+    return largestCode((cumulative & 0xFFFF) > threshold, (cumulative >> 16) > threshold,
+                       ctx.splitToneTotal[amount] > threshold);
 }
 
 }  // namespace inkdot

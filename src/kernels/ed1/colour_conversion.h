@@ -40,9 +40,12 @@ struct Smoothing {
     // term (1 on even matrix cells, 0 on odd) alternates with the matrix so
     // that halving has no bias. The result becomes the previous pixel.
     void apply(InkLevels& levels, NodeIndices nodes, uint32_t m) {
-        if (neighbouringNodes(nodes, prevNodes)) {
-            const int32_t r = (m & 1) ? 0 : 1;
-            for (int k = 0; k < 4; ++k) levels.level[k] = (prevLevel[k] + levels.level[k] + r) >> 1;
+        const uint32_t smooth = neighbourMask(nodes, prevNodes);
+        const int32_t r = (m & 1) ? 0 : 1;
+        for (int k = 0; k < 4; ++k) {
+            const int32_t mean = (prevLevel[k] + levels.level[k] + r) >> 1;
+            levels.level[k] = static_cast<int32_t>(
+                selectByMask(smooth, static_cast<uint32_t>(mean), static_cast<uint32_t>(levels.level[k])));
         }
         prevNodes = nodes;
         for (int k = 0; k < 4; ++k) prevLevel[k] = levels.level[k];

@@ -22,8 +22,10 @@
 #include "kernels/ed1/diffusion_step.h"
 #include "kernels/ed1/ed1_colour_odd_pixel.h"
 #include "kernels/ed1/pattern_choice.h"
+#include "kernels/ed1/pattern_table.h"
 #include "kernels/ed1/perturbation.h"
 #include "kernels/ed1/spread_patterns.h"
+#include "kernels/force_inline.h"
 #include "kernels/packing.h"
 
 namespace inkdot {
@@ -31,43 +33,94 @@ namespace inkdot {
 // Pattern choices. The colour kernels take the a forms on odd matrix cells
 // (the monochrome kernels on even ones), so that colour dots are spread the
 // other way round from what a black plane on the same matrix would do.
+//
+// Each family's choice is a pattern table: the level picks a band
+// (levelBand), the dot decision and the matrix parity a column. A band
+// branches, a column does not (spreadByTable). The tables
+// agree with chooseGeneral, choose1440x720 and chooseDoubleY; the tests
+// compare them.
+
+// Band of a level: 0 above t1, 1 above t2, 2 above t3, 3 above t4 (or at it
+// where the boundary is inclusive), 4 below; tested in this order like the
+// choice rules, whatever the order of the thresholds themselves.
+inline unsigned levelBand(int32_t level, const SpreadThresholds& t, bool t4Inclusive) {
+    if (level > t.t1) return 0;
+    if (level > t.t2) return 1;
+    if (level > t.t3) return 2;
+    if (aboveT4({level, false, false, t4Inclusive}, t)) return 3;
+    return 4;
+}
+
 struct GeneralColourFamily {
+    static constexpr PatternTable<5> kTable{{
+        {{Pattern::G1, Pattern::G1, Pattern::G1, Pattern::G1}},
+        {{Pattern::G0, Pattern::G0, Pattern::G2a, Pattern::G2b}},
+        {{Pattern::G0, Pattern::G0, Pattern::G3, Pattern::G3}},
+        {{Pattern::G0, Pattern::G0, Pattern::G4a, Pattern::G4b}},
+        {{Pattern::G0, Pattern::G0, Pattern::G5a, Pattern::G5b}},
+    }};
     // The lowest band's boundary includes T4 on odd cells, except in plane 1,
     // whose boundary excludes it on every cell.
     template <unsigned Plane>
-    static Pattern choose(int32_t level, bool dot, bool odd, const SpreadThresholds& t) {
-        return chooseGeneral({level, dot, odd, Plane != 1 && odd}, t);
+    static unsigned band(int32_t level, bool, bool odd, const SpreadThresholds& t) {
+        return levelBand(level, t, Plane != 1 && odd);
     }
 };
+// No dot comes first, whatever the level. Its own band: the wide patterns
+// of light levels (H5 reaches 46 cells) would otherwise be paid for at every
+// pixel without a dot, which is most pixels of a light area.
 struct Colour1440x720Family {
+    static constexpr PatternTable<6> kTable{{
+        {{Pattern::H0a, Pattern::H0b, Pattern::H0a, Pattern::H0b}},
+        {{Pattern::H1, Pattern::H1, Pattern::H1, Pattern::H1}},
+        {{Pattern::H2, Pattern::H2, Pattern::H2, Pattern::H2}},
+        {{Pattern::H3, Pattern::H3, Pattern::H3, Pattern::H3}},
+        {{Pattern::H4, Pattern::H4, Pattern::H4, Pattern::H4}},
+        {{Pattern::H5, Pattern::H5, Pattern::H5, Pattern::H5}},
+    }};
     template <unsigned Plane>
-    static Pattern choose(int32_t level, bool dot, bool odd, const SpreadThresholds& t) {
-        return choose1440x720({level, dot, odd, false}, t);
+    static unsigned band(int32_t level, bool dot, bool, const SpreadThresholds& t) {
+        return dot ? 1 + levelBand(level, t, false) : 0;
     }
 };
 struct DoubleYColourFamily {
+    static constexpr PatternTable<5> kTable{{
+        {{Pattern::Y1, Pattern::Y1, Pattern::Y1, Pattern::Y1}},
+        {{Pattern::Y2, Pattern::Y2, Pattern::Y2, Pattern::Y2}},
+        {{Pattern::Y0, Pattern::Y0, Pattern::Y3, Pattern::Y3}},
+        {{Pattern::Y0, Pattern::Y0, Pattern::G3, Pattern::G3}},
+        {{Pattern::Y0, Pattern::Y0, Pattern::G4a, Pattern::G4b}},
+    }};
     template <unsigned Plane>
-    static Pattern choose(int32_t level, bool dot, bool odd, const SpreadThresholds& t) {
-        return chooseDoubleY({level, dot, odd, odd}, t);
+    static unsigned band(int32_t level, bool, bool odd, const SpreadThresholds& t) {
+        return levelBand(level, t, odd);
     }
 };
 
+// The pattern a colour pixel spreads with (odd cells take the a forms).
+template <class Family, unsigned Plane>
+Pattern colourPattern(int32_t level, bool dot, bool odd, const SpreadThresholds& t) {
+    return Family::kTable.band[Family::template band<Plane>(level, dot, odd, t)].column[patternColumn(dot, odd)];
+}
+
+// Spreads err with that pattern.
+template <class Family, unsigned Plane>
+INKDOT_FORCE_INLINE void spreadColour(int32_t level, bool dot, bool odd, const SpreadThresholds& t, int32_t* cell,
+                                      int32_t err, int32_t& carry) {
+    spreadByTable<Family::kTable>(Family::template band<Plane>(level, dot, odd, t), patternColumn(dot, odd), cell,
+                                  err, carry);
+}
+
 namespace detail {
 
-// The pattern choice and the spread are flattened into each plane's step, so
-// that the branches of the choice lead straight to the additions of their
-// pattern instead of through a call and a jump table (a third of the time
-// per pixel otherwise).
-#if defined(__GNUC__)
-#define INKDOT_FLATTEN [[gnu::flatten]]
-#else
-#define INKDOT_FLATTEN
-#endif
-
 // One diffused plane of one coloured pixel. `cell` points at the column's cell.
+// Inlined into the pixel loop with its pattern choice and spread, so that
+// the plane's carry, history and cell pointer stay in registers and the
+// branches of the choice lead straight to the additions of their pattern
+// (out of line, the three calls per pixel took some 40% of the time).
 template <class Family, unsigned Plane, class Tables>
-INKDOT_FLATTEN inline bool diffusePlane(const Tables& tables, int32_t* cell, int32_t& carry, ActivityHistory& history,
-                         int32_t level, int32_t p, bool odd, const SpreadThresholds& bands) {
+INKDOT_FORCE_INLINE bool diffusePlane(const Tables& tables, int32_t* cell, int32_t& carry, ActivityHistory& history,
+                                      int32_t level, int32_t p, bool odd, const SpreadThresholds& bands) {
     if (!history.step(level)) {
         dropCell(*cell, carry);
         return false;
@@ -75,14 +128,14 @@ INKDOT_FLATTEN inline bool diffusePlane(const Tables& tables, int32_t* cell, int
     // A plane with history diffuses even at level 0: its leftover error can still print.
     const int32_t threshold = tables.edThreshold(level) + (Plane == 1 ? -p : p);
     const DiffusionResult r = diffuse(*cell, level, threshold, tables.template dotValue<Plane>(level));
-    spread(Family::template choose<Plane>(level, r.dot, odd, bands), cell, r.err, carry);
+    spreadColour<Family, Plane>(level, r.dot, odd, bands, cell, r.err, carry);
     return r.dot;
 }
 
 }  // namespace detail
 
 template <class Family, class Tables, unsigned Planes>
-uint32_t runColour(HtContext& ctx, const HtRun& run) {
+INKDOT_FLATTEN uint32_t runColour(HtContext& ctx, const HtRun& run) {
     static_assert(Planes == 3 || Planes == 4);
     if constexpr (Tables::kChecksRunArguments) {
         if (run.count > ctx.width || run.startX > ctx.width - run.count) return RC_ARG + 6;

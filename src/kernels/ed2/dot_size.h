@@ -6,6 +6,8 @@
 
 #include <cstdint>
 
+#include "kernels/largest_code.h"
+
 namespace inkdot {
 
 // One printed dot of any size covers a pixel: 255 on the ink-amount scale.
@@ -28,30 +30,29 @@ struct SplitAgainstMatrix {
     int32_t smallThreshold;
 };
 
+// The size tests below are against matrix values: largestCode selects the
+// code without a jump.
+
 // `sum` is the error read from the pixel's cell plus the row's whole amount.
 // A sum equal to the threshold prints the small dot.
 inline DotDecision decideDot(int32_t sum, uint32_t m, const SplitAgainstMatrix& row) {
-    if (row.toneLarge > m) return {kLargeDot, sum - kFullDot};
-    if (row.toneLargeMedium > m) return {kMediumDot, sum - kFullDot};
-    if (row.small == 0) return {kNoDot, sum};
-    if (sum >= row.smallThreshold) return {kSmallDot, sum - kFullDot};
-    return {kNoDot, sum};
+    const uint32_t code =
+        largestCode(row.toneLarge > m, row.toneLargeMedium > m, (row.small != 0) & (sum >= row.smallThreshold));
+    // Any printed dot removes one full dot from the error.
+    return {static_cast<uint8_t>(code), sum - (kFullDot & -static_cast<int32_t>(code != kNoDot))};
 }
 
 // A plane that does not diffuse at this pixel still gets its large and
 // medium dots from the matrix, but never a small one.
 inline uint8_t matrixLargeMediumCode(uint32_t m, uint32_t toneLarge, uint32_t toneLargeMedium) {
-    if (toneLarge > m) return kLargeDot;
-    if (toneLargeMedium > m) return kMediumDot;
-    return kNoDot;
+    return static_cast<uint8_t>(largestCode(toneLarge > m, toneLargeMedium > m, false));
 }
 
-// A plane decided by the matrix alone stacks all three tones against it.
+// A plane decided by the matrix alone stacks all three tones against it; a
+// matrix value at or above the total places nothing, whatever the others say.
 inline uint8_t matrixOnlyCode(uint32_t m, uint32_t toneLarge, uint32_t toneLargeMedium, uint32_t toneTotal) {
-    if (toneTotal <= m) return kNoDot;
-    if (toneLarge > m) return kLargeDot;
-    if (toneLargeMedium > m) return kMediumDot;
-    return kSmallDot;
+    const uint32_t code = largestCode(toneLarge > m, toneLargeMedium > m, true);
+    return static_cast<uint8_t>(code & -static_cast<uint32_t>(toneTotal > m));
 }
 
 }  // namespace inkdot

@@ -20,8 +20,9 @@
 #include "kernels/ed2/ink_lanes.h"
 #include "kernels/ed2/input_step.h"
 #include "kernels/ed2/matrix_scale.h"
-#include "kernels/kernels.h"
+#include "kernels/force_inline.h"
 #include "kernels/grid_node.h"
+#include "kernels/kernels.h"
 #include "kernels/packing.h"
 
 namespace inkdot {
@@ -119,19 +120,16 @@ public:
     }
 
     InkLanes inks(uint32_t q, uint32_t round) {
-        int32_t node[3];
-        bool neighbours = true;
-        for (uint32_t c = 0; c < 3; ++c) {
-            node[c] = gridNode(steps_[bytes_[c]].node, steps_[bytes_[c]].weight, q);
-            // -1, 0 or +1 from the previous pixel's node, as one unsigned test
-            neighbours &= static_cast<uint32_t>(node[c] - previousNode_[c] + 1) <= 2;
-            previousNode_[c] = node[c];
-        }
+        auto node = [&](uint32_t c) { return gridNode(steps_[bytes_[c]].node, steps_[bytes_[c]].weight, q); };
+        const NodeIndices nodes{node(0), node(1), node(2)};
         // Byte 2 runs along the slowest axis, byte 0 along the fastest.
-        InkLanes v = InkLanes::fromPacked(grid_[gridEntry({node[0], node[1], node[2]})]);
-        if (neighbours) v = averageLanes(previous_, v, round);
-        previous_ = v;
-        return v;
+        const InkLanes v = InkLanes::fromPacked(grid_[gridEntry(nodes)]);
+        // Averaged with the previous pixel when the nodes neighbour, selected by a mask.
+        const uint32_t smooth = neighbourMask(nodes, previousNodes_);
+        const InkLanes mean = averageLanes(previous_, v, round);
+        previous_ = {selectByMask(smooth, mean.planes02, v.planes02), selectByMask(smooth, mean.planes13, v.planes13)};
+        previousNodes_ = nodes;
+        return previous_;
     }
 
 private:
@@ -139,7 +137,7 @@ private:
     uint32_t pixelBytes_;
     GridCell steps_[256];
     uint8_t bytes_[3] = {};
-    int32_t previousNode_[3] = {-2, -2, -2};  // -2: the run's first pixel has no neighbour
+    NodeIndices previousNodes_{-2, -2, -2};  // -2: the run's first pixel has no neighbour
     InkLanes previous_{0, 0};
 };
 
@@ -155,8 +153,10 @@ struct DiffusedPlane {
 
 // One diffused plane at column x. `perturbation` is already signed for the
 // plane; `aForm` is the matrix parity that takes the a patterns.
+// Inlined into the pixel loop, so that the plane's state stays in registers
+// and the band's branch leads straight to its additions.
 template <class Family>
-inline uint8_t diffusePlane(DiffusedPlane& plane, uint32_t x, const SplitRowInfo& row, uint32_t m,
+INKDOT_FORCE_INLINE uint8_t diffusePlane(DiffusedPlane& plane, uint32_t x, const SplitRowInfo& row, uint32_t m,
                             int32_t perturbation, bool aForm, const ed2::SmallThresholds& bands) {
     int32_t* const cell = plane.line + x;
     if (plane.history == 0) {
@@ -168,13 +168,13 @@ inline uint8_t diffusePlane(DiffusedPlane& plane, uint32_t x, const SplitRowInfo
     const int32_t sum = readCellTruncate(*cell) + row.total;
     const DotDecision d =
         decideDot(sum, m, {row.toneLarge, row.toneLargeMedium, row.small, row.smallThreshold + perturbation});
-    const Pattern pattern = Family::choose({row.toneLargeMedium != 0, row.small, d.code != kNoDot, aForm}, bands);
-    Family::spread(pattern, cell, d.err, plane.carry);
+    Family::spreadChosen({row.toneLargeMedium != 0, row.small, d.code != kNoDot, aForm}, bands, cell, d.err,
+                         plane.carry);
     return d.code;
 }
 
 template <class Family, class Pixels>
-void colourRun(HtContext& ctx, const HtRun& run) {
+INKDOT_FLATTEN void colourRun(HtContext& ctx, const HtRun& run) {
     PlanePacker<2, 4> out(run.dst, run.planeStride, run.bitOffset);
     if (run.count == 0) {
         out.finish();

@@ -85,8 +85,7 @@ uint32_t ed2Mono(HtContext& ctx, const HtRun& run) {
                                      smallThreshold[r] + perturbation(m)};
         const DotDecision d = decideDot(sum, m, row);
         const bool even = (m & 1) == 0;
-        const Pattern pattern = Family::choose({large != 0 || medium != 0, small, d.code != kNoDot, even}, bands);
-        Family::spread(pattern, cell, d.err, carry);
+        Family::spreadChosen({large != 0 || medium != 0, small, d.code != kNoDot, even}, bands, cell, d.err, carry);
 
         out.set(0, kCodeByte[d.code]);
         out.next();

@@ -9,7 +9,9 @@
 #include <cstdint>
 
 #include "halftone/ht_context.h"
+#include "kernels/ed1/pattern_table.h"
 #include "kernels/ed1/spread_patterns.h"
+#include "kernels/force_inline.h"
 
 namespace inkdot::ed2 {
 
@@ -29,68 +31,65 @@ struct SmallDotPixel {
     bool aForm;     // the matrix parity selects the a forms
 };
 
-// Each family also applies its own patterns: a switch over a handful of
-// cases that inlines into the pixel loop, instead of the call through the
-// switch over every pattern.
-struct GeneralFamily {
-    static void spread(Pattern pattern, int32_t* cell, int32_t err, int32_t& carry) {
-        using namespace patterns;
-        switch (pattern) {
-            case Pattern::G0: inkdot::spread<G0>(cell, err, carry); return;
-            case Pattern::G1: inkdot::spread<G1>(cell, err, carry); return;
-            case Pattern::G2a: inkdot::spread<G2a>(cell, err, carry); return;
-            case Pattern::G2b: inkdot::spread<G2b>(cell, err, carry); return;
-            case Pattern::G3: inkdot::spread<G3>(cell, err, carry); return;
-            case Pattern::G4a: inkdot::spread<G4a>(cell, err, carry); return;
-            default: inkdot::spread<G4b>(cell, err, carry); return;
-        }
-    }
+// Band of a pixel: 0 when heavy or its small amount is above t1, 1 above t2,
+// 2 above t3, 3 below; tested in this order like the rules, whatever the
+// order of the thresholds themselves.
+inline unsigned smallBand(const SmallDotPixel& p, const SmallThresholds& t) {
+    if (p.heavy || p.small > t.t1) return 0;
+    if (p.small > t.t2) return 1;
+    if (p.small > t.t3) return 2;
+    return 3;
+}
+
+// Each family's choice is a pattern table: the band picks a row (smallBand,
+// unless the family has its own), the dot decision and the matrix parity a
+// column. The kernels spread through the table (spreadChosen), which
+// branches on the band only.
+template <class Family>
+struct TableChoice {
+    static unsigned band(const SmallDotPixel& p, const SmallThresholds& t) { return smallBand(p, t); }
     static Pattern choose(const SmallDotPixel& p, const SmallThresholds& t) {
-        if (p.heavy || p.small > t.t1) return Pattern::G1;
-        if (!p.dot) return Pattern::G0;
-        if (p.small > t.t2) return p.aForm ? Pattern::G2a : Pattern::G2b;
-        if (p.small > t.t3) return Pattern::G3;
-        return p.aForm ? Pattern::G4a : Pattern::G4b;
+        return Family::kTable.band[Family::band(p, t)].column[patternColumn(p.dot, p.aForm)];
+    }
+    static INKDOT_FORCE_INLINE void spreadChosen(const SmallDotPixel& p, const SmallThresholds& t, int32_t* cell,
+                                                 int32_t err, int32_t& carry) {
+        spreadByTable<Family::kTable>(Family::band(p, t), patternColumn(p.dot, p.aForm), cell, err, carry);
     }
 };
 
-struct Family1440x720 {
-    static void spread(Pattern pattern, int32_t* cell, int32_t err, int32_t& carry) {
-        using namespace patterns;
-        switch (pattern) {
-            case Pattern::H0a: inkdot::spread<H0a>(cell, err, carry); return;
-            case Pattern::H0b: inkdot::spread<H0b>(cell, err, carry); return;
-            case Pattern::H1: inkdot::spread<H1>(cell, err, carry); return;
-            case Pattern::H2: inkdot::spread<H2>(cell, err, carry); return;
-            default: inkdot::spread<H3>(cell, err, carry); return;
-        }
-    }
-    static Pattern choose(const SmallDotPixel& p, const SmallThresholds& t) {
-        if (!p.dot) return p.aForm ? Pattern::H0a : Pattern::H0b;
-        if (p.heavy || p.small > t.t1) return Pattern::H1;
-        if (p.small > t.t2) return Pattern::H2;
-        return Pattern::H3;
-    }
+// Heavy or above t1: G1; no dot: G0; then G2, G3, G4 by band, a or b form by parity.
+struct GeneralFamily : TableChoice<GeneralFamily> {
+    static constexpr PatternTable<4> kTable{{
+        {{Pattern::G1, Pattern::G1, Pattern::G1, Pattern::G1}},
+        {{Pattern::G0, Pattern::G0, Pattern::G2a, Pattern::G2b}},
+        {{Pattern::G0, Pattern::G0, Pattern::G3, Pattern::G3}},
+        {{Pattern::G0, Pattern::G0, Pattern::G4a, Pattern::G4b}},
+    }};
 };
 
-struct DoubleYFamily {
-    static void spread(Pattern pattern, int32_t* cell, int32_t err, int32_t& carry) {
-        using namespace patterns;
-        switch (pattern) {
-            case Pattern::Y0: inkdot::spread<Y0>(cell, err, carry); return;
-            case Pattern::Y1: inkdot::spread<Y1>(cell, err, carry); return;
-            case Pattern::Y2: inkdot::spread<Y2>(cell, err, carry); return;
-            case Pattern::Y3: inkdot::spread<Y3>(cell, err, carry); return;
-            default: inkdot::spread<G3>(cell, err, carry); return;
-        }
-    }
-    static Pattern choose(const SmallDotPixel& p, const SmallThresholds& t) {
-        if (p.heavy || p.small > t.t1) return Pattern::Y1;
-        if (p.small > t.t2) return Pattern::Y2;
-        if (!p.dot) return Pattern::Y0;
-        if (p.small > t.t3) return Pattern::Y3;
-        return Pattern::G3;
-    }
+// No dot comes first: H0, a or b form by parity, in a band of its own (so
+// that a pixel without a dot does not pay for the wider patterns of a dot);
+// then H1, H2, H3 by the small band (the lowest two both H3).
+struct Family1440x720 : TableChoice<Family1440x720> {
+    static constexpr PatternTable<5> kTable{{
+        {{Pattern::H0a, Pattern::H0b, Pattern::H0a, Pattern::H0b}},
+        {{Pattern::H1, Pattern::H1, Pattern::H1, Pattern::H1}},
+        {{Pattern::H2, Pattern::H2, Pattern::H2, Pattern::H2}},
+        {{Pattern::H3, Pattern::H3, Pattern::H3, Pattern::H3}},
+        {{Pattern::H3, Pattern::H3, Pattern::H3, Pattern::H3}},
+    }};
+    static unsigned band(const SmallDotPixel& p, const SmallThresholds& t) { return p.dot ? 1 + smallBand(p, t) : 0; }
+};
+
+// Y1 and Y2 whether a dot printed or not; below t2 no dot gives Y0, a dot
+// Y3 or G3. No parity forms.
+struct DoubleYFamily : TableChoice<DoubleYFamily> {
+    static constexpr PatternTable<4> kTable{{
+        {{Pattern::Y1, Pattern::Y1, Pattern::Y1, Pattern::Y1}},
+        {{Pattern::Y2, Pattern::Y2, Pattern::Y2, Pattern::Y2}},
+        {{Pattern::Y0, Pattern::Y0, Pattern::Y3, Pattern::Y3}},
+        {{Pattern::Y0, Pattern::Y0, Pattern::G3, Pattern::G3}},
+    }};
 };
 
 }  // namespace inkdot::ed2

@@ -1,0 +1,48 @@
+// A pattern choice as a table, for kernels that spread without a jump on the
+// random part of the choice.
+//
+// Every family of pattern rules first tests the level (or the small amount):
+// that picks a band, and it stays steady along a line. Within a band the
+// pattern depends only on the dot decision and the matrix parity, which are
+// as good as random, so a jump on them mispredicts about every other pixel.
+// A table row holds the band's pattern for each of the four (dot, parity)
+// columns; the kernel branches on the band and spreads the column's pattern
+// with spreadRow, which has no jump.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <iterator>
+#include <utility>
+
+#include "kernels/ed1/spread_patterns.h"
+#include "kernels/force_inline.h"
+
+namespace inkdot {
+
+template <size_t kBands>
+struct PatternTable {
+    PatternRow band[kBands];
+};
+
+// Column of a pattern row: no dot (0, 1) or dot (2, 3), each a form then b form.
+inline unsigned patternColumn(bool dot, bool aForm) { return (dot ? 2u : 0u) + (aForm ? 0u : 1u); }
+
+namespace detail {
+
+template <const auto& kTable, size_t... B>
+INKDOT_FORCE_INLINE void spreadByBand(std::index_sequence<B...>, unsigned band, unsigned column, int32_t* cell,
+                                      int32_t err, int32_t& carry) {
+    (void)((band == B && (spreadRow<kTable.band[B]>(column, cell, err, carry), true)) || ...);
+}
+
+}  // namespace detail
+
+// Spreads err with kTable.band[band].column[column]: a branch on the band,
+// none on the column.
+template <const auto& kTable>
+INKDOT_FORCE_INLINE void spreadByTable(unsigned band, unsigned column, int32_t* cell, int32_t err, int32_t& carry) {
+    detail::spreadByBand<kTable>(std::make_index_sequence<std::size(kTable.band)>{}, band, column, cell, err, carry);
+}
+
+}  // namespace inkdot
