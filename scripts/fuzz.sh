@@ -17,6 +17,7 @@ targets="${FUZZ_TARGETS:-index_text cm_protocol ht_protocol halftone_run}"
 jobs="${FUZZ_BUILD_JOBS:-2}"
 out=build-fuzz
 
+scripts/install-packages.sh clang libclang-rt-14-dev cmake ninja-build
 command -v clang++ >/dev/null || { echo "clang++ is needed (Debian package clang)"; exit 1; }
 cmake -S fuzz -B "$out" -G Ninja -DCMAKE_CXX_COMPILER=clang++ -DCMAKE_BUILD_TYPE=RelWithDebInfo >/dev/null
 cmake --build "$out" -j "$jobs"
