@@ -263,14 +263,27 @@ constexpr int tapWeight(bool nextLine, int offset, bool half) {
     return weight;
 }
 
-constexpr int tapWeight(Pattern p, bool nextLine, int offset, bool half) {
+// f(P{}) for the type P of pattern p, in constant expressions.
+template <class F>
+constexpr int withPatternType(Pattern p, F f) {
     return [&]<size_t... I>(std::index_sequence<I...>) {
-        int weight = 0;
-        ((I == static_cast<size_t>(p) ? weight = tapWeight<std::tuple_element_t<I, PatternTypes>>(nextLine, offset, half)
-                                      : 0),
-         ...);
-        return weight;
+        int result = 0;
+        ((I == static_cast<size_t>(p) ? (result = f(std::tuple_element_t<I, PatternTypes>{}), 0) : 0), ...);
+        return result;
     }(std::make_index_sequence<std::tuple_size_v<PatternTypes>>{});
+}
+
+constexpr int tapWeight(Pattern p, bool nextLine, int offset, bool half) {
+    return withPatternType(p, [&](auto pattern) { return tapWeight<decltype(pattern)>(nextLine, offset, half); });
+}
+
+// wellFormed for every pattern of a row: spreadRow looks only at the cells
+// within the margin and relies on the one weight at x.
+constexpr bool wellFormed(const PatternRow& row) {
+    for (Pattern p : row.column)
+        if (!withPatternType(p, [](auto pattern) { return static_cast<int>(inkdot::wellFormed<decltype(pattern)>()); }))
+            return false;
+    return true;
 }
 
 // One cell of a row: each distinct weight with the columns that carry it.
@@ -333,7 +346,8 @@ INKDOT_FORCE_INLINE void rowThisLine(int32_t* cell, unsigned column, int32_t err
 // Next line: as nextLineTap, the cell at x is overwritten (every pattern has
 // a weight there) and the weight at x + 1 goes to the carry.
 template <PatternRow kRow, int kOffset>
-INKDOT_FORCE_INLINE void rowNextLine(int32_t* cell, unsigned column, int32_t err, int32_t half, int32_t carry, int32_t& nextCarry) {
+INKDOT_FORCE_INLINE void rowNextLine(int32_t* cell, unsigned column, int32_t err, int32_t half, int32_t carry,
+                                     int32_t& nextCarry) {
     if constexpr (kOffset == 0) {
         cell[0] = rowAmount<kRow, true, 0>(column, err, half) + carry;
     } else if constexpr (kOffset == 1) {
@@ -362,6 +376,7 @@ INKDOT_FORCE_INLINE void rowNextLineCells(std::integer_sequence<int, O...>, int3
 // the error line's margin (wellFormed), so the cells looked at are those.
 template <PatternRow kRow>
 INKDOT_FORCE_INLINE void spreadRow(unsigned column, int32_t* cell, int32_t err, int32_t& carry) {
+    static_assert(detail::wellFormed(kRow));
     constexpr int kReach = static_cast<int>(kErrorLineMargin);
     const int32_t half = err >> 1;  // arithmetic shift, as in spread<P>
     detail::rowThisLineCells<kRow>(std::make_integer_sequence<int, kReach>{}, cell, column, err, half);
