@@ -1,7 +1,7 @@
 #!/usr/bin/env bash
-# Checks the export table of inkdot.dll: the eight operations under their plain
-# names and under their decorated aliases _A_<name>@<argument bytes>, nothing
-# else, each alias at the same address (RVA) as its plain name; and that the
+# Checks the export table of inkdot.dll: the eight operations and the two sized
+# resource calls under their plain names and under their decorated aliases
+# _A_<name>@<argument bytes>, nothing else, each alias at the same address (RVA) as its plain name; and that the
 # DLL imports only system libraries, so a driver can load it on its own.
 #
 #   scripts/check-dll-exports.sh build-win32/inkdot.dll
@@ -44,8 +44,9 @@ failed=0
 fail() { echo "FAIL: $*"; failed=1; }
 
 declare -A plain_at
-for entry in CmNew:20 CmSetResource:12 CmGetLut:4 CmDelete:4 \
-             HalftoneNew:20 HalftoneSetResource:12 Halftone:44 HalftoneDelete:4; do
+for entry in CmNew:20 CmSetResource:12 CmSetResourceSized:16 CmGetLut:4 CmDelete:4 \
+             HalftoneNew:20 HalftoneSetResource:12 HalftoneSetResourceSized:16 \
+             Halftone:44 HalftoneDelete:4; do
   name=${entry%%:*}; bytes=${entry##*:}; alias="_A_${name}@${bytes}"
   plain=${rva_of[$name]:-}; aliased=${rva_of[$alias]:-}
   [ -n "$plain" ] || { fail "missing export $name"; continue; }
@@ -58,7 +59,7 @@ for entry in CmNew:20 CmSetResource:12 CmGetLut:4 CmDelete:4 \
 done
 
 count=$(wc -l <<<"$exports")
-[ "$count" -eq 16 ] || fail "expected 16 exported names, found $count: $(awk '{print $1}' <<<"$exports" | tr '\n' ' ')"
+[ "$count" -eq 20 ] || fail "expected 20 exported names, found $count: $(awk '{print $1}' <<<"$exports" | tr '\n' ' ')"
 
 # Imports: system libraries only (the C++ runtime is linked in).
 imports=$(awk '/^\tDLL Name:/ { print $3 }' <<<"$dump" | sort -u)
@@ -71,4 +72,4 @@ while read -r lib; do
 done <<<"$imports"
 
 if [ "$failed" -ne 0 ]; then echo "inkdot.dll export check FAILED"; exit 1; fi
-echo "inkdot.dll export check passed: 16 names, 8 entry points"
+echo "inkdot.dll export check passed: 20 names: the 8 operations and the 2 sized resource calls"

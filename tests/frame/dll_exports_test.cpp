@@ -31,7 +31,11 @@ const Export kExports[] = {
     {"HalftoneSetResource", "_A_HalftoneSetResource@12", "HalftoneSetResource@12"},
     {"Halftone", "_A_Halftone@44", "Halftone@44"},
     {"HalftoneDelete", "_A_HalftoneDelete@4", "HalftoneDelete@4"},
+    {"CmSetResourceSized", "_A_CmSetResourceSized@16", "CmSetResourceSized@16"},
+    {"HalftoneSetResourceSized", "_A_HalftoneSetResourceSized@16", "HalftoneSetResourceSized@16"},
 };
+constexpr int kCmSetResourceSized = 8;
+constexpr int kHalftoneSetResourceSized = 9;
 
 // The result of one call and the bytes of arguments still on the stack after
 // it: 0 when the callee removed exactly the arguments it was given.
@@ -95,7 +99,7 @@ TEST_F(InkdotDll, EveryAliasLeadsToItsPlainNamesEntry) {
         EXPECT_EQ(plain, alias) << e.alias;
         EXPECT_EQ(entry(e.compilerName), nullptr) << e.compilerName << " is exported too";
     }
-    // Eight distinct entry points.
+    // Ten distinct entry points.
     for (const Export& a : kExports) {
         for (const Export& b : kExports) {
             if (&a == &b) continue;
@@ -113,8 +117,9 @@ struct Session {
 
 // A whole session through the names picked by nameOf: colour instance, its
 // record, a gray halftone instance (refused once, then created), its request
-// list, a run before the instance is fed, and both deletions.
-Session runSession(HMODULE dll, const char* (*nameOf)(const Export&)) {
+// list, a run before the instance is fed, and both deletions. With sized set,
+// resources go through the ...SetResourceSized calls.
+Session runSession(HMODULE dll, const char* (*nameOf)(const Export&), bool sized = false) {
     auto fn = [&](int i) { return GetProcAddress(dll, nameOf(kExports[i])); };
     Session s;
     auto record = [&](CallOutcome outcome) {
@@ -134,7 +139,12 @@ Session runSession(HMODULE dll, const char* (*nameOf)(const Export&)) {
     // An index text that ends at once: no usable record.
     const uint8_t emptyIndex[16] = {};
     uint32_t next = 0xAAAAAAAAu;
-    record(callCounted(fn(1), {word(cm), word(emptyIndex), word(&next)}));
+    if (sized) {
+        record(callCounted(fn(kCmSetResourceSized),
+                           {word(cm), word(emptyIndex), sizeof emptyIndex, word(&next)}));
+    } else {
+        record(callCounted(fn(1), {word(cm), word(emptyIndex), word(&next)}));
+    }
     s.outputs.push_back(next);
     const auto* lut = reinterpret_cast<const CmLut*>(record(callCounted(fn(2), {word(cm)})));
     s.results.back() = lut != nullptr;  // the address itself differs between sessions
@@ -153,7 +163,12 @@ Session runSession(HMODULE dll, const char* (*nameOf)(const Export&)) {
     if (ht != nullptr) {
         const uint8_t requestList[2] = {0xFF, 0xFF};  // no ids: the terminator alone
         next = 0xAAAAAAAAu;
-        record(callCounted(fn(5), {word(ht), word(requestList), word(&next)}));
+        if (sized) {
+            record(callCounted(fn(kHalftoneSetResourceSized),
+                               {word(ht), word(requestList), sizeof requestList, word(&next)}));
+        } else {
+            record(callCounted(fn(5), {word(ht), word(requestList), word(&next)}));
+        }
         s.outputs.push_back(next);
         const uint8_t src[4] = {0, 64, 128, 255};
         uint8_t dst[4] = {};
@@ -173,6 +188,16 @@ TEST_F(InkdotDll, ExportsRemoveTheirOwnArgumentsAndAliasesBehaveAlike) {
     for (int32_t left : alias.leftOnStack) EXPECT_EQ(left, 0);
     EXPECT_EQ(plain.results, alias.results);
     EXPECT_EQ(plain.outputs, alias.outputs);
+
+    // The sized calls take one argument more and answer as the plain ones do.
+    const char* (*const namings[])(const Export&) = {[](const Export& e) { return e.plain; },
+                                                      [](const Export& e) { return e.alias; }};
+    for (const auto nameOf : namings) {
+        const Session sized = runSession(dll_, nameOf, true);
+        for (int32_t left : sized.leftOnStack) EXPECT_EQ(left, 0);
+        EXPECT_EQ(plain.results, sized.results);
+        EXPECT_EQ(plain.outputs, sized.outputs);
+    }
 
     EXPECT_EQ(plain.results[0], RC_OK);       // CmNew
     EXPECT_EQ(plain.outputs[0], 0u);          // the index is the first block wanted
