@@ -1,8 +1,9 @@
 #!/usr/bin/env bash
 # Checks the export table of inkdot.dll: the eight operations and the two sized
 # resource calls under their plain names and under their decorated aliases
-# _A_<name>@<argument bytes>, nothing else, each alias at the same address (RVA) as its plain name; and that the
-# DLL imports only system libraries, so a driver can load it on its own.
+# _A_<name>@<argument bytes>, nothing else, each alias at the same address
+# (RVA) as its plain name; and that the DLL imports only system libraries, so
+# a driver can load it on its own.
 #
 #   scripts/check-dll-exports.sh build-win32/inkdot.dll
 #
