@@ -6,4 +6,4 @@ cd "$(dirname "$0")/.."
 scripts/install-packages.sh \
   build-essential cmake ninja-build pkg-config \
   libgtest-dev libgmock-dev libbenchmark-dev \
-  libpng-dev libtiff-dev liblcms2-dev
+  libpng-dev libtiff-dev liblcms2-dev libcups2-dev

@@ -4,8 +4,10 @@
 set -euo pipefail
 cd "$(dirname "$0")/.."
 scripts/deps.sh
-cmake -S . -B build/release -G Ninja -DCMAKE_BUILD_TYPE=Release -DINKDOT_BUILD_TESTS=OFF
-cmake --build build/release -j "$(nproc)"
+# The build directory is shared with the test scripts, so its options are left
+# as they are and only the tool is built.
+cmake -S . -B build/release -G Ninja -DCMAKE_BUILD_TYPE=Release >/dev/null
+cmake --build build/release -j "$(nproc)" --target inkdot_cli
 inkdot=build/release/tools/inkdot
 mkdir -p out
 "$inkdot" chart -o out/chart.png
