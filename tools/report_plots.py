@@ -269,8 +269,8 @@ class Report:
 TONE_TEXT = (
     "Gray and primary ramps (input level 255 is paper white) printed through colour management and "
     "halftoning; every curve is the share of the ink's pixels with a dot, small and medium dots counted by "
-    "their ink relative to a large dot. Error diffusion prints fewer dots in the light tones than the ink "
-    "amount asks for: its dot values stand for the spread of sparse dots on paper."
+    "their ink relative to a large dot. The methods read the same colour table and tone curves, so their "
+    "curves should lie on each other; a step in a curve is a band in a printed gradient."
 )
 DOT_SIZE_TEXT = "For two-bit output, how the dot-split table hands small dots over to medium and large ones."
 SPECTRUM_TEXT = (

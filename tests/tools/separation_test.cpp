@@ -2,6 +2,7 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <cstdlib>
 
 #include "rescomp/separation.h"
 
@@ -28,7 +29,7 @@ TEST(Separation, GrayIsBalancedAndMostlyBlack) {
         const Cmyk ink = separate(model, v, v, v);
         // Equal inputs give equal primaries; only the ink-limit trim may take one unit.
         EXPECT_LE(std::max({ink.c, ink.m, ink.y}) - std::min({ink.c, ink.m, ink.y}), 1) << "v " << v;
-        if (v >= 32 && v <= 192) {
+        if (v >= 64 && v <= 192) {
             EXPECT_GE(ink.k, 2 * std::max({ink.c, ink.m, ink.y})) << "mid grays are carried by black, v " << v;
             if (v <= 128) EXPECT_GE(ink.k, ink.c + ink.m + ink.y) << "v " << v;
         }
@@ -45,6 +46,28 @@ TEST(Separation, NeutralAxisDarkensSteadily) {
     }
     // Black fades in: none in the lightest grays, where it would show as grain.
     EXPECT_EQ(separate(model, 250, 250, 250).k, 0);
+}
+
+// A gray ramp printed through the grid shows any step between neighbouring
+// levels as a band; the rich black corner must be reached gradually.
+TEST(Separation, ShadowsClimbToRichBlackWithoutAStep) {
+    const SeparationModel model;
+    Cmyk previous = separate(model, 255, 255, 255);
+    for (int v = 254; v >= 0; --v) {
+        const Cmyk ink = separate(model, v, v, v);
+        EXPECT_LE(std::abs(ink.c - previous.c), 4) << "v " << v;
+        EXPECT_LE(std::abs(ink.k - previous.k), 4) << "v " << v;
+        if (v < 128) EXPECT_GE(ink.c + 1, previous.c) << "primaries only grow in the shadows, v " << v;
+        previous = ink;
+    }
+    // Without the climb the corner takes the neutral axis's own limit.
+    SeparationModel plain;
+    plain.richBlackStart = 1.0;
+    const Cmyk corner = separate(plain, 0, 0, 0);
+    const Cmyk beside = separate(plain, 1, 1, 1);
+    EXPECT_EQ(corner.k, 255);
+    EXPECT_LE(std::abs(corner.c - beside.c), 2);
+    EXPECT_EQ(corner.c, 53) << "1 - 0.95 / 1.2 of 255, rounded";
 }
 
 TEST(Separation, InkLimitHoldsEverywhere) {

@@ -109,6 +109,7 @@ SeparationModel separationModel(Settings& s) {
     m.blackPower = s.real("black-power", m.blackPower, 1.0, 4.0);
     m.inkLimitPercent = static_cast<int>(s.integer("ink-limit", m.inkLimitPercent, 100, 400));
     m.grayGamma = s.real("gray-gamma", m.grayGamma, 0.3, 3.0);
+    m.richBlackStart = s.real("rich-black-start", m.richBlackStart, 0.0, 1.0);
     return m;
 }
 

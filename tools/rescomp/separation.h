@@ -11,7 +11,14 @@
 //     black fades in with zero slope, so the neutral axis has no kink, and
 //     K ≤ k0 everywhere, so the replaced gray never goes negative.
 //  4. The primaries keep what black does not cover: X = (x' − K) / (1 − K).
-//     Equal inputs give equal C, M and Y: the neutral axis is balanced.
+//     Equal inputs give equal C, M and Y: the neutral axis is balanced. Where
+//     K reaches 1 (only at the black corner) the quotient takes its limit
+//     along the neutral axis, 1 − (1 − blackStart) / blackPower.
+//  4b. Rich black: above the gray level richBlackStart the primaries climb
+//     smoothly (smoothstep in the gray level) towards the share that fills
+//     the ink limit under full black, (inkLimit − 1) / 3. Without the climb
+//     the corner would be the only rich node, and the last grid cell of every
+//     dark ramp would jump in density.
 //  5. Total ink limit: when C + M + Y + K exceeds inkLimit, C, M and Y are
 //     scaled down together (black is kept, it carries the shadow density).
 //  6. Every amount is rounded to 0..255; a rounded sum above the limit loses
@@ -28,6 +35,7 @@ struct SeparationModel {
     double blackPower = 1.2;    // > 1: black fades in smoothly
     int inkLimitPercent = 280;  // C + M + Y + K at most this, in percent of one full ink
     double grayGamma = 1.0;     // shape of the black-only gray ramp (neutral list)
+    double richBlackStart = 0.9;  // gray level (0..1) where primaries climb to rich black; 1: none
 };
 
 struct Cmyk {
