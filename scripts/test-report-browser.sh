@@ -33,6 +33,7 @@ for figure in tone spectrum anisotropy texture; do
     fail "the page has no $figure figure with an embedded image"
 done
 grep -q '<table id="flat-table">' <<<"$dom" || fail "the page has no table of flat patches"
+grep -q '<table id="step-table">' <<<"$dom" || fail "the page has no table of tone steps"
 [ "$(grep -o '<tr><td>' <<<"$dom" | wc -l)" -ge 2 ] || fail "the table of flat patches has no rows"
 
 "${chrome[@]}" --hide-scrollbars --window-size=1280,2400 --screenshot="$(realpath -m "$shot")" "$url" >/dev/null 2>&1

@@ -221,6 +221,30 @@ class Report:
         return figure_png(fig)
 
     # --- page ----------------------------------------------------------------------
+    def step_table(self):
+        """The largest coverage change between neighbouring levels of each ramp:
+        a gradient printed with the configuration shows it as a band."""
+        series = defaultdict(list)
+        for r in self.tone:
+            series[(r["method"], r["ramp"], r["ink"])].append((int(r["level"]), float(r["coverage"])))
+        head = "<tr><th>method</th><th>ramp</th><th>ink</th><th>largest step</th><th>between input levels</th></tr>"
+        body = []
+        for method in self.methods:
+            for ramp in self.ramps:
+                steps = []
+                for ink in self.inks:
+                    points = sorted(series[(method, ramp, ink)])
+                    for (l0, c0), (l1, c1) in zip(points, points[1:]):
+                        steps.append((abs(c1 - c0), ink, l0, l1))
+                if not steps:
+                    continue
+                step, ink, l0, l1 = max(steps)
+                body.append(
+                    f"<tr><td>{html.escape(self.title(method))}</td><td>{ramp}</td><td>{ink}</td>"
+                    f"<td>{step:.3f}</td><td>{l1} to {l0}</td></tr>"
+                )
+        return f"<table id=\"step-table\">{head}{''.join(body)}</table>"
+
     def flat_table(self):
         head = (
             "<tr><th>method</th><th>input level</th><th>coverage</th><th>pixels with a dot</th>"
@@ -262,6 +286,7 @@ class Report:
             summary=summary,
             sections="\n".join(sections),
             table=self.flat_table(),
+            steps=self.step_table(),
             csv_links=csv_links,
         )
 
@@ -302,6 +327,8 @@ th {{ background: #f2f2f2; }}
 <h1>inkdot print quality report</h1>
 <p class="summary">{summary}</p>
 {sections}
+<section><h2>Tone steps</h2><p>The largest change of coverage between neighbouring levels of each
+ramp, in any ink. Smooth curves change by a few hundredths; a fixed threshold jumps by design.</p>{steps}</section>
 <section><h2>Flat patches in numbers</h2>{table}
 <p>The measurements as CSV, beside this page: {csv_links}</p></section>
 </body></html>
