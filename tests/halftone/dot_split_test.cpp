@@ -26,33 +26,24 @@ HtBlocks withSplit(const std::function<DotSplitRow(int)>& rowFor) {
     return blocks;
 }
 
-TEST(DotSplit, RowsCopied) {
-    test::MemoryWatch watch;
-    test::MonoLut lut([](int v) { return 255 - v; });
-    HtInstance ht(twoBitMono(), lut.lut, withSplit(test::layeredSplit));
-    ASSERT_EQ(ht.rc, RC_OK);
-    const uint8_t* table = slotData<uint8_t>(*ht.ctx, kDotSplitTable);
-    EXPECT_EQ(ht.ctx->buffers[kDotSplitTable].size, 768u);
-    EXPECT_EQ(table[3 * 200 + 0], 85);
-    EXPECT_EQ(table[3 * 200 + 1], 85);
-    EXPECT_EQ(table[3 * 200 + 2], 30);
-    EXPECT_EQ(table[3 * 50 + 0], 50);
-    EXPECT_EQ(table[3 * 50 + 1], 0);
-}
-
-TEST(DotSplit, RowTotalUpTo255Accepted) {
-    test::MemoryWatch watch;
-    test::MonoLut lut([](int v) { return 255 - v; });
-    HtInstance ht(twoBitMono(), lut.lut, withSplit([](int) { return DotSplitRow{85, 85, 85}; }));
-    EXPECT_EQ(ht.rc, RC_OK);
+TEST(DotSplit, RowsCopiedAndTotalsUpTo255Accepted) {
+    {
+        test::WatchedMono m(twoBitMono(), withSplit(test::layeredSplit));
+        ASSERT_EQ(m.ht.rc, RC_OK);
+        const uint8_t* table = slotData<uint8_t>(m.ctx(), kDotSplitTable);
+        EXPECT_EQ(m.ctx().buffers[kDotSplitTable].size, 768u);
+        EXPECT_EQ(std::vector<uint8_t>(table + 3 * 200, table + 3 * 201), (std::vector<uint8_t>{85, 85, 30}));
+        EXPECT_EQ(std::vector<uint8_t>(table + 3 * 50, table + 3 * 51), (std::vector<uint8_t>{50, 0, 0}));
+    }
+    test::WatchedMono full(twoBitMono(), withSplit([](int) { return DotSplitRow{85, 85, 85}; }));
+    EXPECT_EQ(full.ht.rc, RC_OK);
 }
 
 TEST(DotSplit, RowTotalAbove255RefusedWithTheRowsBeforeCopied) {
-    test::MemoryWatch watch;
-    test::MonoLut lut([](int v) { return 255 - v; });
-    HtInstance ht(twoBitMono(), lut.lut, withSplit([](int r) {
+    test::WatchedMono m(twoBitMono(), withSplit([](int r) {
         return r == 100 ? DotSplitRow{85, 85, 86} : DotSplitRow{uint8_t(r / 3), 1, 2};
     }));
+    HtInstance& ht = m.ht;
     EXPECT_EQ(ht.rc, RC_DATA);
     EXPECT_EQ(ht.answers[3], 0xFFFFFFFFu);
     const uint8_t* table = slotData<uint8_t>(*ht.ctx, kDotSplitTable);
@@ -70,9 +61,8 @@ TEST(DotSplit, ThresholdEntriesOneAndTwoByResolution) {
     // without effect: only entries 1 and 2 change.
     struct Case { uint32_t resX, resY; int16_t e1, e2; };
     for (const Case& c : {Case{1440, 720, 26, 36}, Case{720, 720, 30, 38}, Case{360, 720, 30, 38}}) {
-        test::MemoryWatch watch;
-        test::MonoLut lut([](int v) { return 255 - v; });
-        HtInstance ht(twoBitMono(1, c.resX, c.resY), lut.lut, withSplit(test::layeredSplit));
+        test::WatchedMono m(twoBitMono(1, c.resX, c.resY), withSplit(test::layeredSplit));
+        HtInstance& ht = m.ht;
         ASSERT_EQ(ht.rc, RC_OK);
         const int16_t* ed = slotData<int16_t>(*ht.ctx, kEdThresholdTable);
         EXPECT_EQ(ed[0], 128);
@@ -83,12 +73,11 @@ TEST(DotSplit, ThresholdEntriesOneAndTwoByResolution) {
 }
 
 TEST(DotSplit, ThresholdsReindexedByDotTotal) {
-    test::MemoryWatch watch;
-    test::MonoLut lut([](int v) { return 255 - v; });
     // Row r holds r % 3 ink in total: its threshold is that of level 0, 1 or 2.
-    HtInstance ht(twoBitMono(1, 1440, 720), lut.lut, withSplit([](int r) {
+    test::WatchedMono m(twoBitMono(1, 1440, 720), withSplit([](int r) {
         return DotSplitRow{uint8_t(r % 3 == 2 ? 1 : 0), uint8_t(r % 3 == 1 ? 1 : 0), uint8_t(r % 3 == 2 ? 1 : 0)};
     }));
+    HtInstance& ht = m.ht;
     ASSERT_EQ(ht.rc, RC_OK);
     const int16_t* ed = slotData<int16_t>(*ht.ctx, kEdThresholdTable);
     const int16_t byTotal[3] = {128, 26, 36};
@@ -99,12 +88,11 @@ TEST(DotSplit, ThresholdsReindexedByDotTotal) {
 }
 
 TEST(DotSplit, DerivedSplitTables) {
-    test::MemoryWatch watch;
-    test::MonoLut lut([](int v) { return 255 - v; });
-    HtInstance ht(twoBitMono(), lut.lut, withSplit([](int r) {
+    test::WatchedMono m(twoBitMono(), withSplit([](int r) {
         if (r == 255) return DotSplitRow{0, 0, 255};
         return test::layeredSplit(r);
     }));
+    HtInstance& ht = m.ht;
     ASSERT_EQ(ht.rc, RC_OK);
     const HtContext& c = *ht.ctx;
     // Row 200 = {85, 85, 30}; tone 16 i: t[30] = 480, t[85] = 1360.
@@ -122,28 +110,25 @@ TEST(DotSplit, DerivedSplitTables) {
 }
 
 TEST(DotSplitDescriptor, MissingOrInvalidRefusedKeepingTheSlots) {
-    for (int which = 0; which < 3; ++which) {
+    for (int which = 0; which < 4; ++which) {
         test::MemoryWatch watch;
         test::MonoLut lut([](int v) { return 255 - v; });
-        if (which == 0) lut.descriptor.clear();
-        if (which == 1) lut.descriptor = test::dotSplitDescriptor(200, 0);
-        if (which == 2) lut.descriptor = test::dotSplitDescriptor(200, 1, 2);
+        if (which != 1) lut.descriptor.clear();
+        if (which == 2) lut.descriptor = test::dotSplitDescriptor(200, 0);
+        if (which == 3) lut.descriptor = test::dotSplitDescriptor(200, 1, 2);
         lut.refresh();
+        if (which == 1) {  // one-bit output does not read it
+            lut.descriptor.clear();
+            lut.refresh();
+            EXPECT_EQ(HtInstance(test::htSettings(1, 0, 1), lut.lut).rc, RC_OK);
+            continue;
+        }
         HtInstance ht(twoBitMono(), lut.lut, HtBlocks{}, 3);
         EXPECT_EQ(ht.rc, RC_DATA) << which;
         EXPECT_EQ(ht.answers[2], 0xDEADBEEFu) << "no answer without a descriptor";
         EXPECT_NE(ht.ctx->buffers[kConversionTable].handle, nullptr);
         EXPECT_EQ(ht.ctx->buffers[kThresholdMatrix].data, nullptr);
     }
-}
-
-TEST(DotSplitDescriptor, OneBitDoesNotReadIt) {
-    test::MemoryWatch watch;
-    test::MonoLut lut([](int v) { return 255 - v; });
-    lut.descriptor.clear();
-    lut.refresh();
-    HtInstance ht(test::htSettings(1, 0, 1), lut.lut);
-    EXPECT_EQ(ht.rc, RC_OK);
 }
 
 }  // namespace

@@ -43,54 +43,34 @@ TEST(ErrorLines, CountByMethodAndColour) {
     EXPECT_EQ(errorLinesOf(3, 0, 0).blocks, 0);
 }
 
-TEST(ErrorLines, WidthThousandSharesOneBlock) {
-    test::MemoryWatch watch;
-    test::MonoLut lut([](int v) { return v; });
-    HtInstance ht(test::htSettings(1, 1, 1, 1000), lut.lut, test::HtBlocks{}, 1);
-    ASSERT_EQ(ht.rc, RC_OK);
-    const HtBuffer* line = &ht.ctx->buffers[kErrorLine0];
-    EXPECT_EQ(line[0].size, 16960u);  // 4 x 4240
-    ASSERT_NE(line[0].handle, nullptr);
-    const auto* base = static_cast<const uint8_t*>(line[0].data);
-    for (int k = 1; k < 4; ++k) {
-        EXPECT_EQ(line[k].handle, nullptr) << "line " << k << " is a view";
-        EXPECT_EQ(line[k].data, base + 4240 * k);
-        EXPECT_EQ(line[k].size, 4240u);
+TEST(ErrorLines, SizesAndBlocksByWidth) {
+    // Four colour lines share one block while it stays within 65535 bytes;
+    // wider lines take a block each. A line holds the width and 60 cells.
+    const struct { uint32_t colourMode, width, lineBytes; bool shared; } cases[] = {
+        {1, 1000, 4240, true}, {1, 4000, 16240, true}, {1, 4100, 16640, false}, {0, 17, 17 * 4 + 240, false}};
+    for (const auto& c : cases) {
+        test::MemoryWatch watch;
+        test::MonoLut lut([](int v) { return v; });
+        HtInstance ht(test::htSettings(1, c.colourMode, 1, c.width), lut.lut, test::HtBlocks{}, 1);
+        ASSERT_EQ(ht.rc, RC_OK);
+        const HtBuffer* line = &ht.ctx->buffers[kErrorLine0];
+        const uint32_t lines = c.colourMode ? 4 : 1;
+        EXPECT_EQ(watch.seam().liveBlocks, 2 + (c.shared ? 1 : lines)) << c.width << ": record, replicated line, lines";
+        EXPECT_EQ(line[0].size, c.shared ? 4 * c.lineBytes : c.lineBytes) << c.width;
+        const auto* base = static_cast<const uint8_t*>(line[0].data);
+        for (uint32_t k = 1; k < lines; ++k) {
+            EXPECT_EQ(line[k].handle == nullptr, c.shared) << c.width << " line " << k << " is a view";
+            EXPECT_EQ(line[k].size, c.lineBytes);
+            if (c.shared) {
+                EXPECT_EQ(line[k].data, base + c.lineBytes * k);
+            }
+        }
+        EXPECT_EQ(line[lines].data, nullptr) << "slot behind the lines untouched in phase 1";
+        for (uint32_t i = 0; i < line[0].size; ++i) ASSERT_EQ(base[i], 0) << "zero-filled at " << i;
+        if (c.shared) {
+            EXPECT_EQ(errorLine(*ht.ctx, 1), reinterpret_cast<const int32_t*>(base + c.lineBytes) + 30);
+        }
     }
-    for (uint32_t i = 0; i < 16960; ++i) ASSERT_EQ(base[i], 0) << "zero-filled at " << i;
-    EXPECT_EQ(errorLine(*ht.ctx, 1), reinterpret_cast<const int32_t*>(base + 4240) + 30);
-}
-
-TEST(ErrorLines, WidthFourThousandStillOneBlock) {
-    test::MemoryWatch watch;
-    test::MonoLut lut([](int v) { return v; });
-    HtInstance ht(test::htSettings(1, 1, 1, 4000), lut.lut, test::HtBlocks{}, 1);
-    ASSERT_EQ(ht.rc, RC_OK);
-    EXPECT_EQ(ht.ctx->buffers[kErrorLine0].size, 4u * 16240);  // 16240 <= 65535 / 4
-    EXPECT_EQ(ht.ctx->buffers[kErrorLine0 + 3].handle, nullptr);
-    EXPECT_EQ(ht.ctx->buffers[kErrorLine0 + 3].size, 16240u);
-}
-
-TEST(ErrorLines, WidthFortyOneHundredTakesFourBlocks) {
-    test::MemoryWatch watch;
-    const Lines lines = errorLinesOf(1, 1, 1, 4100);
-    EXPECT_EQ(lines.count, 4u);
-    EXPECT_EQ(lines.blocks, 4);
-    test::MonoLut lut([](int v) { return v; });
-    HtInstance ht(test::htSettings(1, 1, 1, 4100), lut.lut, test::HtBlocks{}, 1);
-    for (int k = 0; k < 4; ++k) {
-        EXPECT_EQ(ht.ctx->buffers[kErrorLine0 + k].size, 16640u);
-        EXPECT_NE(ht.ctx->buffers[kErrorLine0 + k].handle, nullptr);
-    }
-    EXPECT_EQ(ht.ctx->buffers[kErrorLine0 + 4].data, nullptr) << "slot 5 untouched in phase 1";
-}
-
-TEST(ErrorLines, OneLineForMonochrome) {
-    test::MemoryWatch watch;
-    test::MonoLut lut([](int v) { return v; });
-    HtInstance ht(test::htSettings(1, 0, 1, 17), lut.lut, test::HtBlocks{}, 1);
-    EXPECT_EQ(ht.ctx->buffers[kErrorLine0].size, 17u * 4 + 240);
-    EXPECT_EQ(ht.ctx->buffers[kErrorLine0 + 1].data, nullptr);
 }
 
 TEST(ErrorLines, WidthBeyondThirtyTwoBitLineSizesRefused) {

@@ -33,27 +33,21 @@ TEST(InkCurve, OneBitCopiesTheBlackTable) {
 }
 
 TEST(InkCurve, LevelSpreadFromTheTopmostStep) {
-    uint8_t gray[256];
-    // Steps from 10 down to 2 at 50, 150 and 250: the topmost one counts,
-    // W = 2 x 6 / 12 + 1 = 2 (50 would give 34, 150 would give 18).
-    for (int v = 0; v < 256; ++v) gray[v] = v % 100 < 50 ? 10 : 2;
-    EXPECT_EQ(levelSpread(gray), 2u);
-    // One step from 4 to 3 at 101: 2 x 155 / 7 + 1 = 45, made even: 44.
-    for (int v = 0; v < 256; ++v) gray[v] = v <= 100 ? 4 : 3;
-    EXPECT_EQ(levelSpread(gray), 44u);
-    // A step at 1 from 255 to 0: 510 / 255 + 1 = 3, even: 2.
-    for (int v = 0; v < 256; ++v) gray[v] = v == 0 ? 255 : 0;
-    EXPECT_EQ(levelSpread(gray), 2u);
-}
-
-TEST(InkCurve, LevelSpreadWithoutAStepIsOne) {
-    uint8_t gray[256];
-    for (int v = 0; v < 256; ++v) gray[v] = 255;  // never 3 or less
-    EXPECT_EQ(levelSpread(gray), 1u);
-    for (int v = 0; v < 256; ++v) gray[v] = 0;  // never 4 or more
-    EXPECT_EQ(levelSpread(gray), 1u);
-    for (int v = 0; v < 256; ++v) gray[v] = static_cast<uint8_t>(v);  // rising: no falling step
-    EXPECT_EQ(levelSpread(gray), 1u);
+    const struct { const char* what; int (*gray)(int); uint32_t spread; } cases[] = {
+        // Steps from 10 down to 2 at 50, 150 and 250: the topmost one counts,
+        // W = 2 x 6 / 12 + 1 = 2 (50 would give 34, 150 would give 18).
+        {"three steps", [](int v) { return v % 100 < 50 ? 10 : 2; }, 2},
+        {"4 to 3 at 101", [](int v) { return v <= 100 ? 4 : 3; }, 44},  // 2 x 155 / 7 + 1 = 45, made even
+        {"255 to 0 at 1", [](int v) { return v == 0 ? 255 : 0; }, 2},   // 510 / 255 + 1 = 3, made even
+        {"never 3 or less", [](int) { return 255; }, 1},
+        {"never 4 or more", [](int) { return 0; }, 1},
+        {"rising", [](int v) { return v; }, 1},
+    };
+    for (const auto& c : cases) {
+        uint8_t gray[256];
+        for (int v = 0; v < 256; ++v) gray[v] = static_cast<uint8_t>(c.gray(v));
+        EXPECT_EQ(levelSpread(gray), c.spread) << c.what;
+    }
 }
 
 TEST(InkCurve, TwoBitPaddedForm) {

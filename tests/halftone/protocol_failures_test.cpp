@@ -11,13 +11,6 @@ namespace {
 using test::HtBlocks;
 using test::HtInstance;
 
-bool allSlotsEmpty(const HtContext& ctx) {
-    for (const HtBuffer& b : ctx.buffers) {
-        if (b.handle != nullptr || b.data != nullptr) return false;
-    }
-    return true;
-}
-
 // Instances whose protocol touches every allocation site: one-bit and
 // two-bit, monochrome and colour, shared and separate error lines.
 struct Config {
@@ -48,20 +41,15 @@ struct Lut {
     const CmLut& forSettings(const HtSettings& s) const { return s.colourMode ? colour.lut : mono.lut; }
 };
 
-TEST(AllocationFailure, CompleteBuildsTakeTheExpectedBlocks) {
-    for (const Config& c : kConfigs) {
-        test::MemoryWatch watch;
-        Lut lut;
-        {
-            HtInstance ht(c.settings, lut.forSettings(c.settings));
-            ASSERT_EQ(ht.rc, RC_OK) << c.name;
-            EXPECT_EQ(watch.seam().liveBlocks, c.allocations) << c.name;
-        }
-    }
-}
-
 void failEverySite(bool lock) {
     for (const Config& c : kConfigs) {
+        {
+            test::MemoryWatch watch;
+            Lut lut;
+            HtInstance ht(c.settings, lut.forSettings(c.settings));
+            ASSERT_EQ(ht.rc, RC_OK) << c.name;
+            EXPECT_EQ(watch.seam().liveBlocks, c.allocations) << c.name << ": a complete build takes every site";
+        }
         for (int n = 1; n <= c.allocations; ++n) {
             test::MemoryWatch watch;  // checks on leaving that nothing leaked after HalftoneDelete
             if (lock) watch.seam().failLockAt = n; else watch.seam().failAllocAt = n;
@@ -74,7 +62,7 @@ void failEverySite(bool lock) {
                 continue;
             }
             ASSERT_NE(ht.ctx, nullptr);
-            EXPECT_TRUE(allSlotsEmpty(*ht.ctx)) << c.name << ", failure " << n << ": all slots released";
+            EXPECT_TRUE(test::allSlotsEmpty(*ht.ctx)) << c.name << ", failure " << n << ": all slots released";
             EXPECT_EQ(watch.seam().liveBlocks, 1) << c.name << ", failure " << n;
             EXPECT_EQ(ht.ctx->kernel, nullptr);
             EXPECT_EQ(ht.ctx->failedPhase, ht.ctx->callCount);
@@ -134,12 +122,6 @@ TEST(FailureTable, NullBlockRefusedWhereABlockIsRead) {
     EXPECT_EQ(ctx->failedPhase, 1u);
     EXPECT_EQ(HalftoneDelete(ctx), RC_OK);
 }
-
-}  // namespace
-}  // namespace inkdot
-
-namespace inkdot {
-namespace {
 
 TEST(FailureTable, RefusedSettingsAreNotFed) {
     test::MemoryWatch watch;

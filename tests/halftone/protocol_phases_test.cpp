@@ -23,11 +23,10 @@ HtSettings monoEd(uint32_t resX = 720, uint32_t resY = 720) {
 }
 
 TEST(RequestList, ListStartingWithTerminatorAnswersMinusOne) {
-    test::MemoryWatch watch;
-    MonoLut lut(kGray);
     HtBlocks blocks;
     blocks.requestList = test::requestListBlock({});
-    HtInstance ht(monoEd(), lut.lut, blocks, 1);
+    test::WatchedMono m(monoEd(), blocks, 1);
+    HtInstance& ht = m.ht;
     EXPECT_EQ(ht.rc, RC_OK);
     EXPECT_EQ(ht.answers[0], 0xFFFFFFFFu);
     EXPECT_EQ(ht.ctx->requestIds[0], 65535);
@@ -42,11 +41,10 @@ TEST(RequestList, TwoIdsAndTheClassAnswers) {
         {360, 720, RC_OK, 0},         // DoubleY: position 4 behind the terminator
     };
     for (const Case& c : cases) {
-        test::MemoryWatch watch;
-        MonoLut lut(kGray);
         HtBlocks blocks;
         blocks.requestList = test::requestListBlock({100, 101});
-        HtInstance ht(monoEd(c.resX, c.resY), lut.lut, blocks, 2);
+        test::WatchedMono m(monoEd(c.resX, c.resY), blocks, 2);
+        HtInstance& ht = m.ht;
         EXPECT_EQ(ht.answers[0], 100u);
         EXPECT_EQ(ht.rc, c.rc) << c.resX << "x" << c.resY;
         EXPECT_EQ(ht.answers[1], c.answer) << c.resX << "x" << c.resY;
@@ -54,39 +52,36 @@ TEST(RequestList, TwoIdsAndTheClassAnswers) {
 }
 
 TEST(RequestList, FifteenIdsAcceptedSixteenRefused) {
-    test::MemoryWatch watch;
-    MonoLut lut(kGray);
     HtBlocks blocks;
     blocks.requestList = test::requestListBlock({1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11, 12, 13, 14, 15});
-    HtInstance fifteen(monoEd(), lut.lut, blocks, 1);
+    test::WatchedMono m(monoEd(), blocks, 1);
+    HtInstance& fifteen = m.ht;
     EXPECT_EQ(fifteen.rc, RC_OK);
     EXPECT_EQ(fifteen.ctx->requestIds[14], 15);
     EXPECT_EQ(fifteen.ctx->requestIds[15], 65535);
 
     blocks.requestList = test::requestListBlock({1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11, 12, 13, 14, 15, 16});
-    const int64_t liveBefore = watch.seam().liveBlocks;
-    HtInstance sixteen(monoEd(), lut.lut, blocks, 1);
+    const int64_t liveBefore = m.watch.seam().liveBlocks;
+    HtInstance sixteen(monoEd(), m.lut.lut, blocks, 1);
     EXPECT_EQ(sixteen.rc, RC_DATA);
     EXPECT_EQ(sixteen.answers[0], 0xDEADBEEFu) << "no answer before the list is read";
-    EXPECT_EQ(watch.seam().liveBlocks - liveBefore, 1) << "only the record: no slot acquired";
+    EXPECT_EQ(m.watch.seam().liveBlocks - liveBefore, 1) << "only the record: no slot acquired";
 }
 
 TEST(RequestList, IdsArriveWidenedWithTheirSign) {
-    test::MemoryWatch watch;
-    MonoLut lut(kGray);
     HtBlocks blocks;
     blocks.requestList = test::requestListBlock({40000, 32767});
-    HtInstance ht(monoEd(), lut.lut, blocks, 2);
+    test::WatchedMono m(monoEd(), blocks, 2);
+    HtInstance& ht = m.ht;
     EXPECT_EQ(ht.answers[0], 0xFFFF9C40u);  // 40000 read as a signed 16-bit id
     EXPECT_EQ(ht.answers[1], 32767u);
 }
 
 TEST(PhaseCounter, RaisedByEveryCallEvenAFailingOne) {
-    test::MemoryWatch watch;
-    MonoLut lut(kGray);
     HtBlocks blocks;
     blocks.requestList = test::requestListBlock({1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11, 12, 13, 14, 15, 16});
-    HtInstance ht(monoEd(), lut.lut, blocks, 1);
+    test::WatchedMono m(monoEd(), blocks, 1);
+    HtInstance& ht = m.ht;
     EXPECT_EQ(ht.ctx->callCount, 1u);
     EXPECT_EQ(ht.feed(blocks.gridLevels), RC_DATA);  // the instance failed: no going on
     EXPECT_EQ(ht.ctx->callCount, 2u);
@@ -96,9 +91,8 @@ TEST(PhaseCounter, RaisedByEveryCallEvenAFailingOne) {
 }
 
 TEST(PhaseCounter, CallWithoutAnAnswerWordUsesUpItsPhase) {
-    test::MemoryWatch watch;
-    MonoLut lut(kGray);
-    HtInstance ht(monoEd(), lut.lut, HtBlocks{}, 0);
+    test::WatchedMono m(monoEd(), HtBlocks{}, 0);
+    HtInstance& ht = m.ht;
     EXPECT_EQ(HalftoneSetResource(ht.ctx, HtBlocks{}.requestList.data(), nullptr), RC_ARG + 3);
     EXPECT_EQ(ht.ctx->callCount, 1u);
     EXPECT_EQ(ht.ctx->failedPhase, 1u);
@@ -111,11 +105,10 @@ TEST(PhaseCounter, CallWithoutAnAnswerWordUsesUpItsPhase) {
 TEST(PhaseCounter, AFailedPhaseStopsTheProtocol) {
     // Phase 2 fails on the class id; a driver that goes on anyway gets no
     // kernel, so Halftone keeps refusing the instance.
-    test::MemoryWatch watch;
-    MonoLut lut(kGray);
     HtBlocks blocks;
     blocks.requestList = test::requestListBlock({100});
-    HtInstance ht(monoEd(), lut.lut, blocks, 2);
+    test::WatchedMono m(monoEd(), blocks, 2);
+    HtInstance& ht = m.ht;
     EXPECT_EQ(ht.rc, RC_DATA);
     EXPECT_EQ(ht.ctx->failedPhase, 2u);
     EXPECT_EQ(ht.feed(blocks.matrix), RC_DATA);
@@ -124,9 +117,8 @@ TEST(PhaseCounter, AFailedPhaseStopsTheProtocol) {
 }
 
 TEST(Completion, OneBitChoosesItsKernelAfterPhaseThree) {
-    test::MemoryWatch watch;
-    MonoLut lut(kGray);
-    HtInstance ht(monoEd(), lut.lut, HtBlocks{}, 2);
+    test::WatchedMono m(monoEd(), HtBlocks{}, 2);
+    HtInstance& ht = m.ht;
     ASSERT_EQ(ht.rc, RC_OK);
     EXPECT_EQ(ht.answers[1], test::kMatrixGeneralId);
     EXPECT_EQ(ht.ctx->kernel, nullptr) << "not ready before the last phase";
@@ -154,17 +146,15 @@ TEST(Completion, ClassIdsByResolution) {
                           {1440, 720, test::kMatrix1440x720Id}, {720, 1440, test::kMatrixDoubleYId},
                           {600, 300, test::kMatrixDoubleXId},   {300, 600, test::kMatrixDoubleYId}};
     for (const Case& c : cases) {
-        test::MemoryWatch watch;
-        MonoLut lut(kGray);
-        HtInstance ht(monoEd(c.resX, c.resY), lut.lut, HtBlocks{}, 2);
+        test::WatchedMono m(monoEd(c.resX, c.resY), HtBlocks{}, 2);
+        HtInstance& ht = m.ht;
         EXPECT_EQ(ht.answers[1], c.id) << c.resX << "x" << c.resY;
     }
 }
 
 TEST(Completion, CallsBeyondTheLastPhaseAreRefusedAndKeepTheInstance) {
-    test::MemoryWatch watch;
-    MonoLut lut(kGray);
-    HtInstance oneBit(monoEd(), lut.lut);
+    test::WatchedMono m(monoEd());
+    HtInstance& oneBit = m.ht;
     ASSERT_EQ(oneBit.rc, RC_OK);
     HtContext before = *oneBit.ctx;
     EXPECT_EQ(oneBit.feed(HtBlocks{}.dotSplit), RC_DATA);  // a fourth call on a one-bit instance
@@ -172,7 +162,7 @@ TEST(Completion, CallsBeyondTheLastPhaseAreRefusedAndKeepTheInstance) {
     EXPECT_NE(oneBit.ctx->kernel, nullptr) << "still ready";
     for (unsigned k = 0; k < kSlotCount; ++k) EXPECT_EQ(oneBit.ctx->buffers[k].data, before.buffers[k].data);
 
-    HtInstance twoBit(test::htSettings(3, 0, 2), lut.lut);
+    HtInstance twoBit(test::htSettings(3, 0, 2), m.lut.lut);
     ASSERT_EQ(twoBit.rc, RC_OK);
     EXPECT_EQ(twoBit.feed(HtBlocks{}.dotSplit), RC_DATA);  // no fifth phase
     EXPECT_NE(twoBit.ctx->kernel, nullptr);

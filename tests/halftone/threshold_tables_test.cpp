@@ -12,8 +12,6 @@ namespace {
 using test::HtBlocks;
 using test::HtInstance;
 
-const auto kGray = [](int v) { return 255 - v; };
-
 HtBlocks withMatrix(uint8_t widthByte, uint8_t heightByte) {
     HtBlocks blocks;
     const unsigned w = widthByte == 255 ? 256 : widthByte, h = heightByte == 255 ? 256 : heightByte;
@@ -42,9 +40,8 @@ TEST(DotValueTable, ExtremeParametersDoNotOverflow) {
 }
 
 TEST(ToneTable, PublishedValuesWithA64By64Matrix) {
-    test::MemoryWatch watch;
-    test::MonoLut lut(kGray);
-    HtInstance ht(test::htSettings(1, 0, 1), lut.lut, withMatrix(64, 64));
+    test::WatchedMono m(test::htSettings(1, 0, 1), withMatrix(64, 64));
+    HtInstance& ht = m.ht;
     ASSERT_EQ(ht.rc, RC_OK);
     const uint16_t* tone = slotData<uint16_t>(*ht.ctx, kToneTable);
     EXPECT_EQ(tone[0], 0);
@@ -56,9 +53,8 @@ TEST(ToneTable, PublishedValuesWithA64By64Matrix) {
 }
 
 TEST(ToneTable, FewerThan256CellsGiveToneOnlyAtFullLevel) {
-    test::MemoryWatch watch;
-    test::MonoLut lut(kGray);
-    HtInstance ht(test::htSettings(1, 0, 1), lut.lut, withMatrix(8, 8));
+    test::WatchedMono m(test::htSettings(1, 0, 1), withMatrix(8, 8));
+    HtInstance& ht = m.ht;
     ASSERT_EQ(ht.rc, RC_OK);
     const uint16_t* tone = slotData<uint16_t>(*ht.ctx, kToneTable);
     for (int i = 0; i < 255; ++i) ASSERT_EQ(tone[i], 0) << i;
@@ -66,9 +62,8 @@ TEST(ToneTable, FewerThan256CellsGiveToneOnlyAtFullLevel) {
 }
 
 TEST(ToneTable, MonochromeDitherComposesTheInkCurve) {
-    test::MemoryWatch watch;
-    test::MonoLut lut(kGray);  // ink 255 - v
-    HtInstance ht(test::htSettings(3, 0, 1), lut.lut, withMatrix(64, 64));
+    test::WatchedMono m(test::htSettings(3, 0, 1), withMatrix(64, 64));  // ink 255 - v
+    HtInstance& ht = m.ht;
     ASSERT_EQ(ht.rc, RC_OK);
     EXPECT_EQ(ht.ctx->buffers[kToneTable].size, 1024u);
     const uint16_t* tone = slotData<uint16_t>(*ht.ctx, kToneTable);
@@ -80,9 +75,8 @@ TEST(ToneTable, MonochromeDitherComposesTheInkCurve) {
 }
 
 TEST(ToneTable, TwoBitMonochromeDitherIsNotComposed) {
-    test::MemoryWatch watch;
-    test::MonoLut lut(kGray);
-    HtInstance ht(test::htSettings(3, 0, 2), lut.lut, withMatrix(64, 64));
+    test::WatchedMono m(test::htSettings(3, 0, 2), withMatrix(64, 64));
+    HtInstance& ht = m.ht;
     ASSERT_EQ(ht.rc, RC_OK);
     const uint16_t* tone = slotData<uint16_t>(*ht.ctx, kToneTable);
     for (int i = 0; i < 255; ++i) ASSERT_EQ(tone[i], 16 * i) << i;  // dot values 255: cells / 256 per level
@@ -105,9 +99,8 @@ TEST(EdThresholdTable, PublishedValuesOneBit) {
 }
 
 TEST(EdThresholdTable, PublishedValuesTwoBitBeforeTheDotSplit) {
-    test::MemoryWatch watch;
-    test::MonoLut lut(kGray);
-    HtInstance ht(test::htSettings(1, 0, 2), lut.lut, HtBlocks{}, 3);
+    test::WatchedMono m(test::htSettings(1, 0, 2), HtBlocks{}, 3);
+    HtInstance& ht = m.ht;
     ASSERT_EQ(ht.rc, RC_OK);
     const int16_t* ed = slotData<int16_t>(*ht.ctx, kEdThresholdTable);
     EXPECT_EQ(ed[0], 128);
@@ -116,49 +109,37 @@ TEST(EdThresholdTable, PublishedValuesTwoBitBeforeTheDotSplit) {
     EXPECT_EQ(ed[255], 128);
 }
 
-TEST(ThresholdMatrix, CopiedRowByRowWithTheTablesBehind) {
-    test::MemoryWatch watch;
-    test::MonoLut lut(kGray);
+TEST(ThresholdMatrix, CopiedRowByRowWithTheToneTableBehind) {
     HtBlocks blocks;
-    std::vector<uint16_t> values = {0x1234, 7, 65535, 300, 1, 2, 3, 4};
+    const std::vector<uint16_t> values = {0x1234, 7, 65535, 300, 1, 2, 3, 4};
     blocks.matrix = test::thresholdMatrixBlock(4, 2, values);
-    HtInstance ht(test::htSettings(1, 0, 1), lut.lut, blocks);
-    ASSERT_EQ(ht.rc, RC_OK);
-    EXPECT_EQ(ht.ctx->matrixWidth, 4u);
-    EXPECT_EQ(ht.ctx->matrixHeight, 2u);
-    const uint16_t* matrix = slotData<uint16_t>(*ht.ctx, kThresholdMatrix);
-    for (size_t i = 0; i < values.size(); ++i) EXPECT_EQ(matrix[i], values[i]);
-    EXPECT_EQ(ht.ctx->buffers[kThresholdMatrix].size, 16u + 512);
-    EXPECT_EQ(ht.ctx->buffers[kToneTable].handle, nullptr);
-    EXPECT_EQ(ht.ctx->buffers[kToneTable].data, matrix + 8);
-}
-
-TEST(ThresholdMatrix, OddCellCountRoundsToWholeWords) {
-    test::MemoryWatch watch;
-    test::MonoLut lut(kGray);
-    HtInstance ht(test::htSettings(1, 0, 1), lut.lut, withMatrix(1, 3));
-    ASSERT_EQ(ht.rc, RC_OK);
-    EXPECT_EQ(ht.ctx->buffers[kThresholdMatrix].size, 8u + 512);
-    EXPECT_EQ(ht.ctx->buffers[kToneTable].data, slotData<uint8_t>(*ht.ctx, kThresholdMatrix) + 8);
-}
-
-TEST(ThresholdMatrix, Byte255Means256) {
-    test::MemoryWatch watch;
-    test::MonoLut lut(kGray);
-    HtInstance ht(test::htSettings(1, 0, 1), lut.lut, withMatrix(255, 16));
-    ASSERT_EQ(ht.rc, RC_OK);
-    EXPECT_EQ(ht.ctx->matrixWidth, 256u);
-    EXPECT_EQ(ht.ctx->matrixCells, 4096);
+    {
+        test::WatchedMono m(test::htSettings(1, 0, 1), blocks);
+        ASSERT_EQ(m.ht.rc, RC_OK);
+        const uint16_t* matrix = slotData<uint16_t>(m.ctx(), kThresholdMatrix);
+        EXPECT_EQ(std::vector<uint16_t>(matrix, matrix + 8), values);
+        EXPECT_EQ(m.ctx().buffers[kToneTable].handle, nullptr);
+    }
+    // Size bytes to width, cells and a slot of whole words with the tone table behind.
+    const struct { uint8_t w, h; uint32_t width, cells, bytes; } cases[] = {
+        {4, 2, 4, 8, 16}, {1, 3, 1, 3, 8}, {255, 16, 256, 4096, 8192}};
+    for (const auto& c : cases) {
+        test::WatchedMono n(test::htSettings(1, 0, 1), withMatrix(c.w, c.h));
+        ASSERT_EQ(n.ht.rc, RC_OK);
+        EXPECT_EQ(n.ctx().matrixWidth, c.width);
+        EXPECT_EQ(n.ctx().matrixCells, c.cells);
+        EXPECT_EQ(n.ctx().buffers[kThresholdMatrix].size, c.bytes + 512) << int(c.w) << "x" << int(c.h);
+        EXPECT_EQ(n.ctx().buffers[kToneTable].data, slotData<uint8_t>(n.ctx(), kThresholdMatrix) + c.bytes);
+    }
 }
 
 TEST(ThresholdMatrix, SizesTheTablesCannotHoldAreRefusedKeepingTheSlots) {
     const uint8_t sizes[][2] = {{0, 16}, {16, 0}, {3, 4}, {12, 1}, {254, 1}, {255, 255}};
     for (const auto& size : sizes) {
-        test::MemoryWatch watch;
-        test::MonoLut lut(kGray);
         HtBlocks blocks;
         blocks.matrix = test::thresholdMatrixBlock(size[0], size[1], {});
-        HtInstance ht(test::htSettings(1, 0, 1), lut.lut, blocks);
+        test::WatchedMono m(test::htSettings(1, 0, 1), blocks);
+        HtInstance& ht = m.ht;
         EXPECT_EQ(ht.rc, RC_DATA) << int(size[0]) << "x" << int(size[1]);
         EXPECT_EQ(ht.answers[2], 0xFFFFFFFFu);
         EXPECT_NE(ht.ctx->buffers[kConversionTable].handle, nullptr);
@@ -169,7 +150,7 @@ TEST(ThresholdMatrix, SizesTheTablesCannotHoldAreRefusedKeepingTheSlots) {
 
 TEST(DotValueTable, ZeroDotValueRefusedKeepingTheSlots) {
     test::MemoryWatch watch;
-    test::MonoLut lut(kGray, 250, 0);  // entry 255 = 0 x 255 / 100
+    test::MonoLut lut([](int v) { return 255 - v; }, 250, 0);  // entry 255 = 0 x 255 / 100
     HtInstance ht(test::htSettings(1, 0, 1), lut.lut);
     EXPECT_EQ(ht.rc, RC_DATA);
     EXPECT_NE(ht.ctx->buffers[kDotValueTable].handle, nullptr);
@@ -215,21 +196,18 @@ TEST(GridCellTable, LowerNodeAndItsWeight) {
     EXPECT_EQ(cell[2 * 255 + 1], 255);
 }
 
-TEST(GridCellTable, CornersOnlyForFixedThreshold) {
+TEST(GridCellTable, CornersOnlyOrNoLevelRow) {
     uint8_t cells[512] = {};
     const uint8_t levels[2] = {0, 255};
-    buildGridCellTable(cells, levels, 2);
+    buildGridCellTable(cells, levels, 2);  // fixed threshold: the two corners
     EXPECT_EQ(cells[2 * 100], 0);
     EXPECT_EQ(cells[2 * 100 + 1], 155);  // (255 - 100) x 255 / 255
     EXPECT_EQ(cells[2 * 255], 1);
-}
-
-TEST(GridCellTable, NoLevelRowLeavesItEmpty) {
-    uint8_t cells[512] = {};
+    uint8_t empty[512] = {};
     const uint8_t flat[68] = {};
-    buildGridCellTable(cells, flat, 0);
-    buildGridCellTable(cells, flat, 68);
-    for (uint8_t c : cells) ASSERT_EQ(c, 0);
+    buildGridCellTable(empty, flat, 0);
+    buildGridCellTable(empty, flat, 68);
+    for (uint8_t c : empty) ASSERT_EQ(c, 0);
 }
 
 }  // namespace

@@ -23,6 +23,7 @@
 
 #include "halftone/ht_context.h"
 #include "inkdot/inkdot.h"
+#include "support/memory_watch.h"
 
 namespace inkdot::test {
 
@@ -198,6 +199,13 @@ inline HtSettings htSettings(uint32_t method, uint32_t colourMode, uint32_t outp
     return s;
 }
 
+// True when no slot holds a block or a view.
+inline bool allSlotsEmpty(const HtContext& ctx) {
+    for (const HtBuffer& b : ctx.buffers)
+        if (b.handle != nullptr || b.data != nullptr) return false;
+    return true;
+}
+
 // An instance created by HalftoneNew and fed every block its protocol asks
 // for. `rc` is the first code other than RC_OK (or RC_OK), `answers` the
 // next-block answers of the calls made. Deleted on destruction.
@@ -232,6 +240,19 @@ struct HtInstance {
         uint32_t ignored = 0;
         return HalftoneSetResource(ctx, block.data(), next ? next : &ignored);
     }
+};
+
+// A monochrome instance (ink 255 - v unless given) fed through the protocol
+// under its own MemoryWatch, declared first so that it checks for leaks after
+// the instance is deleted.
+struct WatchedMono {
+    MemoryWatch watch;
+    MonoLut lut;
+    HtInstance ht;
+    explicit WatchedMono(const HtSettings& s, const HtBlocks& blocks = HtBlocks{}, int phases = -1,
+                         const std::function<int(int)>& gray = [](int v) { return 255 - v; })
+        : lut(gray), ht(s, lut.lut, blocks, phases) {}
+    HtContext& ctx() { return *ht.ctx; }
 };
 
 }  // namespace inkdot::test
