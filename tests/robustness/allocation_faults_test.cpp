@@ -6,6 +6,7 @@
 #include <gtest/gtest.h>
 
 #include <cstring>
+#include <functional>
 #include <string>
 
 #include "cm/cm_context.h"
@@ -19,17 +20,8 @@ using test::Job;
 using test::JobConfig;
 using test::jobConfig;
 
-JobConfig withResolution(JobConfig c, uint32_t x, uint32_t y) {
-    c.ht.resolutionX = x;
-    c.ht.resolutionY = y;
-    return c;
-}
-JobConfig withScale(JobConfig c, int32_t scaleMode) {
-    c.ht.scaleMode = scaleMode;
-    return c;
-}
-JobConfig withDitherMode(JobConfig c, uint32_t ditherMode) {
-    c.ht.ditherMode = ditherMode;
+JobConfig with(JobConfig c, const std::function<void(HtSettings&)>& change) {
+    change(c.ht);
     return c;
 }
 
@@ -37,14 +29,15 @@ JobConfig withDitherMode(JobConfig c, uint32_t ditherMode) {
 // diffusion (shared and separate error lines), dither, hybrid dither, fixed
 // threshold; replication.
 const JobConfig kConfigs[] = {
-    withResolution(jobConfig("colour, channel tables, one-bit diffusion, separate lines", 1, 1, 1, true, 4100), 1440, 720),
-    withScale(jobConfig("colour, two-bit diffusion, replication", 1, 1, 2), 2),
-    withDitherMode(jobConfig("colour, channel tables, one-bit hybrid dither", 3, 1, 1, true), 0),
+    with(jobConfig("colour, channel tables, one-bit diffusion, separate lines", 1, 1, 1, true, 4100),
+         [](HtSettings& s) { s.resolutionX = 1440; }),
+    with(jobConfig("colour, two-bit diffusion, replication", 1, 1, 2), [](HtSettings& s) { s.scaleMode = 2; }),
+    with(jobConfig("colour, channel tables, one-bit hybrid dither", 3, 1, 1, true), [](HtSettings& s) { s.ditherMode = 0; }),
     jobConfig("colour, fixed threshold", 0, 1, 1),
     jobConfig("colour, two-bit dither", 3, 1, 2, true),
     jobConfig("mono, channel tables, one-bit diffusion", 1, 0, 1, true),
     jobConfig("mono, one-bit dither", 3, 0, 1),
-    withScale(jobConfig("mono, two-bit diffusion, replication", 1, 0, 2), 3),
+    with(jobConfig("mono, two-bit diffusion, replication", 1, 0, 2), [](HtSettings& s) { s.scaleMode = 3; }),
     jobConfig("mono, two-bit dither", 3, 0, 2),
 };
 
@@ -82,13 +75,6 @@ Reference referenceRun(const JobConfig& config) {
     return ref;
 }
 
-bool allSlotsEmpty(const HtContext& ctx) {
-    for (const HtBuffer& b : ctx.buffers) {
-        if (b.handle != nullptr || b.data != nullptr) return false;
-    }
-    return true;
-}
-
 // The instance the failing call left behind stands as its last completed step left it.
 void checkStateAfterFailure(Job& job, const Reference& ref, const std::string& what) {
     if (job.failedAt == "CmNew") {
@@ -115,7 +101,7 @@ void checkStateAfterFailure(Job& job, const Reference& ref, const std::string& w
         EXPECT_EQ(job.ht, nullptr) << what;
     } else if (job.failedAt.rfind("HalftoneSetResource", 0) == 0) {
         ASSERT_NE(job.ht, nullptr) << what;
-        EXPECT_TRUE(allSlotsEmpty(*job.ht)) << what << ": allocation failures release every slot";
+        EXPECT_TRUE(test::allSlotsEmpty(*job.ht)) << what << ": allocation failures release every slot";
         EXPECT_EQ(job.ht->kernel, nullptr) << what;
         uint8_t src[4] = {}, dst[4] = {};
         EXPECT_EQ(Halftone(job.ht, src, dst, 1, 0, 1, 0, 0, 0, 0, 0), RC_DATA) << what;

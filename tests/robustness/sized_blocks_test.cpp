@@ -259,32 +259,5 @@ TEST(SizedBlocks, MatrixCellsBeyondTheBlockAreRefusedBeforeAcquiring) {
     EXPECT_EQ(job.ctx->buffers[kThresholdMatrix].handle, nullptr);
 }
 
-TEST(SizedBlocks, RequestListRefusalsKeepTheirOrder) {
-    // Sixteen ids are refused for their number even without a terminator;
-    // fifteen ids and a terminator cut in half are refused for its absence.
-    struct Case { const char* what; Bytes block; uint32_t rc; };
-    Bytes sixteen;
-    for (uint16_t i = 0; i < 16; ++i) test::putU16(sixteen, i);
-    Bytes fifteenHalf;
-    for (uint16_t i = 0; i < 15; ++i) test::putU16(fifteenHalf, i);
-    fifteenHalf.push_back(0xFF);
-    const Case cases[] = {
-        {"sixteen ids", sixteen, RC_DATA},
-        {"half a terminator", fifteenHalf, RC_DATA},
-        {"terminator only", test::requestListBlock({}), RC_OK},
-    };
-    for (const Case& c : cases) {
-        test::MemoryWatch watch;
-        test::MonoLut lut([](int v) { return 255 - v; });
-        const HtSettings s = test::htSettings(1, 0, 1);
-        HtContext* ctx = nullptr;
-        uint32_t model = 0, next = 0;
-        ASSERT_EQ(HalftoneNew(&s, &lut.lut, 0, &model, &ctx), RC_OK);
-        EXPECT_EQ(HalftoneSetResourceSized(ctx, c.block.data(), static_cast<uint32_t>(c.block.size()), &next), c.rc)
-            << c.what;
-        EXPECT_EQ(HalftoneDelete(ctx), RC_OK);
-    }
-}
-
 }  // namespace
 }  // namespace inkdot

@@ -64,7 +64,8 @@ TEST(Threads, SeparateInstancesGiveTheSequentialBytes) {
         ASSERT_FALSE(sequential.back().output.empty()) << c.name;
     }
 
-    // Two instances of every job, all started together.
+    // Two instances of every job, all started together: error carried between
+    // runs and lines must never cross instances of the same kernel.
     constexpr size_t kRepeats = 2;
     std::vector<Outcome> parallel(kConfigCount * kRepeats);
     std::atomic<bool> go{false};
@@ -84,27 +85,6 @@ TEST(Threads, SeparateInstancesGiveTheSequentialBytes) {
         EXPECT_TRUE(parallel[t].ran) << c.name;
         EXPECT_EQ(parallel[t].codes, alone.codes) << c.name;
         EXPECT_TRUE(parallel[t].output == alone.output) << c.name << ": thread " << t << " differs";
-    }
-}
-
-TEST(Threads, OneInstancePerThreadKeepsItsOwnErrorLines) {
-    // The same diffusion job on four threads, each instance fed by its own
-    // colour-management instance: error carried between runs and lines must
-    // never cross instances.
-    const JobConfig config = at(jobConfig("mono one-bit diffusion, long", 1, 0, 1), 720, 720);
-    JobConfig longJob = config;
-    longJob.lines = 256;
-    const Outcome alone = runAlone(longJob);
-    ASSERT_TRUE(alone.ran);
-    std::vector<Outcome> parallel(4);
-    std::vector<std::thread> threads;
-    for (size_t t = 0; t < parallel.size(); ++t) {
-        threads.emplace_back([&, t] { parallel[t] = runAlone(longJob); });
-    }
-    for (std::thread& t : threads) t.join();
-    for (const Outcome& o : parallel) {
-        EXPECT_EQ(o.codes, alone.codes);
-        EXPECT_TRUE(o.output == alone.output);
     }
 }
 
