@@ -202,32 +202,34 @@ TEST(CmProtocol, SixCallsApplyTheCorrectionTables) {
     EXPECT_EQ(job.lut().grayTable[255], blackOfGray255);
 }
 
-struct WeightCase { std::vector<uint8_t> requested, base; std::vector<int> table; };
-
-class CorrectionTableChoice : public ::testing::TestWithParam<WeightCase> {};
-
-TEST_P(CorrectionTableChoice, FollowsTheWeightDifference) {
-    test::MemoryWatch watch;
-    Job job;
-    job.weights = test::channelWeightRecord(7, GetParam().requested);
-    job.baseBlock = GetParam().base;
+// A job whose every node holds 100 in every ink, so that lutData[c] - 100
+// names the correction table channel c took.
+void flatNodes(Job& job) {
     job.table.node = [](uint8_t, uint8_t, uint8_t, uint8_t* inks) { inks[0] = inks[1] = inks[2] = inks[3] = 100; };
     job.table.neutralList = {100, 100, 100};
-    ASSERT_EQ(job.startAndRun(), RC_OK);
-    for (uint32_t c = 0; c < 4; ++c) EXPECT_EQ(job.lut().lutData[c], 100 + GetParam().table[c]) << "channel " << c;
 }
 
-INSTANTIATE_TEST_SUITE_P(
-    Weights, CorrectionTableChoice,
-    ::testing::Values(
+TEST(CmProtocol, CorrectionTableFollowsTheWeightDifference) {
+    const struct { std::vector<uint8_t> requested, base; int table[4]; } cases[] = {
         // All within 2 of their base: every channel takes table 10.
-        WeightCase{{52, 48, 50, 31}, {50, 50, 50, 33}, {10, 10, 10, 10}},
+        {{52, 48, 50, 31}, {50, 50, 50, 33}, {10, 10, 10, 10}},
         // One channel 3 away: the others keep their own differences.
-        WeightCase{{52, 48, 53, 50}, {50, 50, 50, 50}, {11, 9, 11, 10}},
+        {{52, 48, 53, 50}, {50, 50, 50, 50}, {11, 9, 11, 10}},
         // 70 against 30 gives 30, limited to 20; 30 against 70 gives 0.
-        WeightCase{{70, 30, 50, 50}, {30, 70, 50, 50}, {20, 0, 10, 10}},
+        {{70, 30, 50, 50}, {30, 70, 50, 50}, {20, 0, 10, 10}},
         // -21 + 20 = -1 truncates to 0; -23 + 20 = -3 gives -1, limited to 0.
-        WeightCase{{30, 30, 47, 50}, {51, 53, 50, 50}, {0, 0, 8, 10}}));
+        {{30, 30, 47, 50}, {51, 53, 50, 50}, {0, 0, 8, 10}},
+    };
+    for (const auto& c : cases) {
+        test::MemoryWatch watch;
+        Job job;
+        job.weights = test::channelWeightRecord(7, c.requested);
+        job.baseBlock = c.base;
+        flatNodes(job);
+        ASSERT_EQ(job.startAndRun(), RC_OK);
+        for (uint32_t ch = 0; ch < 4; ++ch) EXPECT_EQ(job.lut().lutData[ch], 100 + c.table[ch]) << "channel " << ch;
+    }
+}
 
 TEST(CmProtocol, RoutingRecordsMoveTablesBetweenRows) {
     struct Case { const char* what; std::vector<std::vector<uint8_t>> records; int add[4]; uint32_t rc; };
@@ -248,8 +250,7 @@ TEST(CmProtocol, RoutingRecordsMoveTablesBetweenRows) {
         Job job;
         job.weights = test::channelWeightRecord(7, {70, 30, 50, 54});
         job.routingBlock = routing(c.records);
-        job.table.node = [](uint8_t, uint8_t, uint8_t, uint8_t* inks) { inks[0] = inks[1] = inks[2] = inks[3] = 100; };
-        job.table.neutralList = {100, 100, 100};
+        flatNodes(job);
         EXPECT_EQ(job.startAndRun(), c.rc) << c.what;
         EXPECT_EQ(job.ctx->loader, nullptr) << c.what;
         for (uint32_t ch = 0; ch < 4; ++ch) EXPECT_EQ(job.lut().lutData[ch], 100 + c.add[ch]) << c.what << " channel " << ch;
@@ -283,24 +284,20 @@ TEST(CmProtocol, DeleteInTheMiddleReleasesTheLoader) {
     }
 }
 
-TEST(CmProtocol, FailedPhaseTwoLeavesNothingToContinue) {
+TEST(CmProtocol, NullBlocksAndFailedPhaseTwoLeaveNothingToContinue) {
     test::MemoryWatch watch;
+    Job nulls;
+    ASSERT_EQ(nulls.start(), RC_OK);
+    uint32_t next = 77;
+    EXPECT_EQ(CmSetResource(nulls.ctx, nullptr, &next), RC_DATA);
+    EXPECT_EQ(CmSetResource(nulls.ctx, nullptr, &next), RC_DATA);
     Job job;
     job.settings.s1.brightness = 51;
     EXPECT_EQ(job.startAndRun(), RC_ARG + 1);
     EXPECT_EQ(job.asked.size(), 2u);
-    uint32_t next = 77;
+    next = 77;
     EXPECT_EQ(CmSetResource(job.ctx, job.blocks[980].data(), &next), RC_DATA);
     EXPECT_EQ(next, 77u);
-}
-
-TEST(CmProtocol, NullBlocksAreRefused) {
-    test::MemoryWatch watch;
-    Job job;
-    ASSERT_EQ(job.start(), RC_OK);
-    uint32_t next = 0;
-    EXPECT_EQ(CmSetResource(job.ctx, nullptr, &next), RC_DATA);
-    EXPECT_EQ(CmSetResource(job.ctx, nullptr, &next), RC_DATA);
 }
 
 // Phase 2: rebuild, ink scaling, black table ---------------------------------

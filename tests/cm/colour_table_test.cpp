@@ -15,6 +15,19 @@ namespace {
 
 using test::ColourTableWriter;
 
+// A table read into a fresh instance of its own, deleted with the result.
+struct FreshRead {
+    test::MemoryWatch watch;
+    CmContext* ctx;
+    std::vector<uint8_t> bytes;
+    uint32_t rc;
+    FreshRead(const test::CmSettings& s, const ColourTableWriter& w)
+        : ctx(test::newInstance(s)), bytes(w.build()), rc(readColourTable(ctx, bytes.data())) {}
+    ~FreshRead() { CmDelete(ctx); }
+    const CmLut& lut() const { return *ctx->lut; }
+    const uint8_t* written(size_t at) const { return bytes.data() + at; }
+};
+
 class ColourTableRead : public ::testing::Test {
 protected:
     test::MemoryWatch watch;
@@ -118,28 +131,20 @@ TEST_F(ColourTableRead, UnsupportedGridsAreRefusedBeforeAnyAllocation) {
         w.levels[0] = {0, 128, 128, 255};
     });
     for (Case& c : cases) {
-        test::MemoryWatch inner;
-        CmContext* fresh = test::newInstance(settings);
-        const uint32_t allocs = inner.seam().allocs;
-        const std::vector<uint8_t> bytes = c.w.build();
-        EXPECT_EQ(readColourTable(fresh, bytes.data()), RC_DATA) << c.what;
-        EXPECT_EQ(inner.seam().allocs, allocs) << c.what;
-        EXPECT_EQ(fresh->lut->gridCount[0], 0u) << c.what;
-        EXPECT_EQ(fresh->lut->lutData, nullptr) << c.what;
-        CmDelete(fresh);
+        FreshRead r(settings, c.w);
+        EXPECT_EQ(r.rc, RC_DATA) << c.what;
+        EXPECT_EQ(r.watch.seam().allocs, 2u) << c.what << ": only the instance's own blocks";
+        EXPECT_EQ(r.lut().gridCount[0], 0u) << c.what;
+        EXPECT_EQ(r.lut().lutData, nullptr) << c.what;
     }
 }
 
 TEST_F(ColourTableRead, LargestSupportedGrids) {
     for (auto [n, channels] : {std::pair{48, 4}, std::pair{16, 12}, std::pair{2, 1}}) {
-        test::MemoryWatch inner;
-        CmContext* fresh = test::newInstance(settings);
         ColourTableWriter w;
         w.gridCount[0] = w.gridCount[1] = w.gridCount[2] = static_cast<uint8_t>(n);
         w.channels = static_cast<uint8_t>(channels);
-        const std::vector<uint8_t> bytes = w.build();
-        EXPECT_EQ(readColourTable(fresh, bytes.data()), RC_OK) << n << "x" << channels;
-        CmDelete(fresh);
+        EXPECT_EQ(FreshRead(settings, w).rc, RC_OK) << n << "x" << channels;
     }
 }
 
@@ -149,63 +154,52 @@ TEST_F(ColourTableRead, NeutralModeDerivation) {
         {0, 49, 2, 0}, {1, 50, 0, 0}, {1, 49, 0, 1}, {7, 51, 2, 1}, {0, 50, 1, 1}, {1, 50, 1, 1},
     };
     for (const Case& c : cases) {
-        test::MemoryWatch inner;
         test::CmSettings s;
         s.s2.pixelFormat = c.pixelFormat;
         s.s1.neutralSetting = c.neutralSetting;
         s.s1.processMode = c.processMode;
-        CmContext* fresh = test::newInstance(s);
-        const std::vector<uint8_t> bytes = ColourTableWriter{}.build();
-        ASSERT_EQ(readColourTable(fresh, bytes.data()), RC_OK);
-        EXPECT_EQ(fresh->lut->neutralMode, c.want) << c.pixelFormat << " " << c.neutralSetting << " " << c.processMode;
-        CmDelete(fresh);
+        const FreshRead r(s, ColourTableWriter{});
+        ASSERT_EQ(r.rc, RC_OK);
+        EXPECT_EQ(r.lut().neutralMode, c.want) << c.pixelFormat << " " << c.neutralSetting << " " << c.processMode;
     }
 }
 
 TEST_F(ColourTableRead, NeutralAxisFromTheNeutralList) {
     for (uint32_t selectA : {2u, 1u}) {
         for (uint8_t blackMode : {0, 1, 2, 3}) {
-            test::MemoryWatch inner;
             test::CmSettings s;
             s.s2.selectA = selectA;
-            CmContext* fresh = test::newInstance(s);
             ColourTableWriter w;
             w.blackMode = blackMode;
             w.neutralList = {31, 32, 33};
-            const std::vector<uint8_t> bytes = w.build();
-            ASSERT_EQ(readColourTable(fresh, bytes.data()), RC_OK);
-            const CmLut& l = *fresh->lut;
+            const FreshRead r(s, w);
+            ASSERT_EQ(r.rc, RC_OK);
             for (uint32_t i = 0; i < 3; ++i) {
-                const uint8_t* got = l.lutData + i * 13 * 4;  // node (i, i, i)
-                const uint8_t* original = bytes.data() + w.nodeDataOffset() + i * 13 * 4;
+                const uint8_t* got = r.lut().lutData + i * 13 * 4;  // node (i, i, i)
                 if (blackMode == 0) {
-                    EXPECT_EQ(std::memcmp(got, original, 4), 0);
+                    EXPECT_EQ(std::memcmp(got, r.written(w.nodeDataOffset() + i * 13 * 4), 4), 0);
                     continue;
                 }
                 for (int c = 0; c < 3; ++c) EXPECT_EQ(got[c], selectA == 2 ? 31 + i : 0) << selectA << " " << int(blackMode);
                 EXPECT_EQ(got[3], 31 + i);
             }
-            EXPECT_EQ(std::memcmp(l.lutData + 4, bytes.data() + w.nodeDataOffset() + 4, 4), 0);  // (0,0,1) untouched
-            CmDelete(fresh);
+            EXPECT_EQ(std::memcmp(r.lut().lutData + 4, r.written(w.nodeDataOffset() + 4), 4), 0);  // (0,0,1) untouched
         }
     }
 }
 
 TEST_F(ColourTableRead, BlackScalingOfTheNeutralAxis) {
     for (uint32_t scaling : {0u, 1u}) {
-        test::MemoryWatch inner;
         test::CmSettings s;
         s.s2.blackScaling = scaling;
-        CmContext* fresh = test::newInstance(s);
         ColourTableWriter w;
         w.blackMode = 3;
         w.inkParam[0] = 150;
         w.neutralList = {0, 128, 255};
-        const std::vector<uint8_t> bytes = w.build();
-        ASSERT_EQ(readColourTable(fresh, bytes.data()), RC_OK);
+        const FreshRead r(s, w);
+        ASSERT_EQ(r.rc, RC_OK);
         const uint8_t want[3] = {0, static_cast<uint8_t>(scaling ? 114 : 128), 255};  // inkScale(128, 150, 100) = 114
-        for (uint32_t i = 0; i < 3; ++i) EXPECT_EQ(fresh->lut->lutData[i * 13 * 4 + 3], want[i]);
-        CmDelete(fresh);
+        for (uint32_t i = 0; i < 3; ++i) EXPECT_EQ(r.lut().lutData[i * 13 * 4 + 3], want[i]);
     }
 }
 

@@ -1,6 +1,7 @@
 #include <gtest/gtest.h>
 
 #include <cstring>
+#include <functional>
 #include <memory>
 #include <string>
 #include <vector>
@@ -61,22 +62,11 @@ TEST(IndexText, RecordFieldsAndNamePositions) {
     EXPECT_EQ(s.pos3, 0);
 }
 
-TEST(IndexText, ListTwoBaseNumber) {
-    IndexTextWriter w;
-    w.list2Base = 10;
-    w.list2 = {"Xa", "Xb"};
-    w.add(1, 1, "L0", "Xa", 0, 0, "M0", 0, 0);
-    w.add(2, 1, "L0", "Xb", 0, 0, "M0", 0, 0);
-    Parsed p = parse(w.text());
-    ASSERT_EQ(p.count, 2);
-    EXPECT_EQ(p.index->records[0].num2, 10);
-    EXPECT_EQ(p.index->records[1].num2, 11);
-
-    w.list2Base.reset();
-    w.list2 = {"Plain", "Photo"};  // first token begins with 'P': no base number
-    w.records[0].name2 = "Plain";
-    w.records[1].name2 = "Photo";
-    p = parse(w.text());
+TEST(IndexText, ListTwoWithoutABaseNumberCountsFromZero) {
+    IndexTextWriter w;  // list 2 is "Plain Photo": its first token begins with 'P', no base number
+    w.add(1, 1, "L0", "Plain", 0, 0, "M0", 0, 0);
+    w.add(2, 1, "L0", "Photo", 0, 0, "M0", 0, 0);
+    const Parsed p = parse(w.text());
     ASSERT_EQ(p.count, 2);
     EXPECT_EQ(p.index->records[0].num2, 0);
     EXPECT_EQ(p.index->records[1].num2, 1);
@@ -145,57 +135,27 @@ TEST(IndexText, CapacitiesAtTheirLimitsParse) {
 }
 
 TEST(IndexText, CapacityBreachesGiveNoRecords) {
-    const auto base = [] { return test::matchingIndex(100, 1); };
-    ASSERT_EQ(parse(base().text()).count, 1);
-    std::vector<std::pair<const char*, IndexTextWriter>> cases;
-    {
-        IndexTextWriter w = base();
-        w.records[0].key5 = std::string(256, '1');
-        cases.emplace_back("token of 256 characters", w);
+    ASSERT_EQ(parse(test::matchingIndex(100, 1).text()).count, 1);
+    const auto grow = [](std::vector<std::string>& list, size_t n) {
+        while (list.size() < n) list.push_back("X" + std::to_string(list.size()));
+    };
+    const struct { const char* what; std::function<void(IndexTextWriter&)> change; } cases[] = {
+        {"token of 256 characters", [](IndexTextWriter& w) { w.records[0].key5 = std::string(256, '1'); }},
+        {"line of 300 characters", [](IndexTextWriter& w) { w.records[0].trailing = std::string(300, 'x'); }},
+        {"record name of 12 characters", [](IndexTextWriter& w) { w.records[0].name1 = "L1xxxxxxxxxx"; }},
+        {"list name of 12 characters", [](IndexTextWriter& w) { w.list3.push_back("M123456789ab"); }},
+        {"13 names in list 1", [&](IndexTextWriter& w) { grow(w.list1, 13); }},
+        {"33 names in list 2", [&](IndexTextWriter& w) { grow(w.list2, 33); }},
+        {"13 names in list 3", [&](IndexTextWriter& w) { grow(w.list3, 13); }},
+        {"101 records", [](IndexTextWriter& w) { for (int i = 0; i < 100; ++i) w.add(i + 2, 1, "L1", "Photo", 5, 6, "M3", 8, 9); }},
+        {"no end of the record list", [](IndexTextWriter& w) { w.endMarker = false; }},
+    };
+    for (const auto& c : cases) {
+        IndexTextWriter w = test::matchingIndex(100, 1);
+        c.change(w);
+        EXPECT_EQ(parse(w.text()).count, 0) << c.what;
     }
-    {
-        IndexTextWriter w = base();
-        w.records[0].trailing = std::string(300, 'x');
-        cases.emplace_back("line of 300 characters", w);
-    }
-    {
-        IndexTextWriter w = base();
-        w.records[0].name1 = "L1xxxxxxxxxx";  // 12 characters
-        cases.emplace_back("record name of 12 characters", w);
-    }
-    {
-        IndexTextWriter w = base();
-        w.list3.push_back("M123456789ab");
-        cases.emplace_back("list name of 12 characters", w);
-    }
-    {
-        IndexTextWriter w = base();
-        while (w.list1.size() < 13) w.list1.push_back("X" + std::to_string(w.list1.size()));
-        cases.emplace_back("13 names in list 1", w);
-    }
-    {
-        IndexTextWriter w = base();
-        while (w.list2.size() < 33) w.list2.push_back("X" + std::to_string(w.list2.size()));
-        cases.emplace_back("33 names in list 2", w);
-    }
-    {
-        IndexTextWriter w = base();
-        while (w.list3.size() < 13) w.list3.push_back("X" + std::to_string(w.list3.size()));
-        cases.emplace_back("13 names in list 3", w);
-    }
-    {
-        IndexTextWriter w = base();
-        for (int i = 0; i < 100; ++i) w.add(i + 2, 1, "L1", "Photo", 5, 6, "M3", 8, 9);
-        cases.emplace_back("101 records", w);
-    }
-    {
-        IndexTextWriter w = base();
-        w.endMarker = false;
-        cases.emplace_back("no end of the record list", w);
-    }
-    for (auto& [what, w] : cases) EXPECT_EQ(parse(w.text()).count, 0) << what;
-
-    std::string longHeading = base().text();
+    std::string longHeading = test::matchingIndex(100, 1).text();
     longHeading.insert(longHeading.find("; block"), std::string(300, 'h'));
     EXPECT_EQ(parse(longHeading).count, 0) << "heading line of 300+ characters";
 }

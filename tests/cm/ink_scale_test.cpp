@@ -5,24 +5,19 @@
 namespace inkdot {
 namespace {
 
-TEST(InkScale, IdentityAtOneHundredPercent) {
-    for (int v = 0; v <= 255; ++v) EXPECT_EQ(inkScale(static_cast<uint8_t>(v), 100, 100), v) << v;
-}
-
-TEST(InkScale, WorkedValues) {
+TEST(InkScale, WorkedValuesAndMonotony) {
     // A = 150, B = 100. v = 128: t = 127^2 x 50 + 1 = 806451, u = (3162 + 25500) / 100 = 286,
     // (143 + 32640) / 286 = 114.
     EXPECT_EQ(inkScale(128, 150, 100), 114);
-    // v = 0: u = (12750 + 25500) / 100 = 382; (191 + 0) / 382 = 0.
+    // v = 0: u = (12750 + 25500) / 100 = 382; (191 + 0) / 382 = 0. v = 255: t = 1, u = 255.
     EXPECT_EQ(inkScale(0, 150, 100), 0);
-    // v = 255: t = 1, u = 255; (127 + 65025) / 255 = 255.
     EXPECT_EQ(inkScale(255, 150, 100), 255);
-}
-
-TEST(InkScale, LargerPercentagesLowerTheValue) {
+    // 100 % is the identity; larger percentages lower the value.
     for (int v = 0; v <= 255; ++v) {
-        EXPECT_LE(inkScale(static_cast<uint8_t>(v), 130, 120), v);
-        EXPECT_LE(inkScale(static_cast<uint8_t>(v), 200, 200), inkScale(static_cast<uint8_t>(v), 130, 120));
+        const auto u = static_cast<uint8_t>(v);
+        EXPECT_EQ(inkScale(u, 100, 100), v) << v;
+        EXPECT_LE(inkScale(u, 130, 120), v);
+        EXPECT_LE(inkScale(u, 200, 200), inkScale(u, 130, 120));
     }
 }
 

@@ -49,24 +49,6 @@ TEST(Interpolate, ExactAtGridPoints) {
             }
 }
 
-TEST(Interpolate, DiagonalUsesOnlyTheTwoDiagonalNodes) {
-    const Grid g({0, 100, 255}, 2, scrambled);
-    for (uint32_t v = 0; v <= 255; ++v) {
-        const uint32_t cell = v <= 100 ? 1 : 2;
-        const uint32_t x0 = g.lut.grid[0][cell - 1];
-        const uint32_t dx = g.lut.grid[0][cell] - x0;
-        const uint32_t fx = v - x0;
-        const uint8_t rgb[3] = {static_cast<uint8_t>(v), static_cast<uint8_t>(v), static_cast<uint8_t>(v)};
-        uint8_t out[2];
-        interpolateRgb(g.lut, 1, rgb, out);
-        for (uint32_t c = 0; c < 2; ++c) {
-            const uint32_t low = g.node(cell - 1, cell - 1, cell - 1)[c];
-            const uint32_t high = g.node(cell, cell, cell)[c];
-            EXPECT_EQ(out[c], (low * (dx - fx) + high * fx) / dx) << "v " << v;
-        }
-    }
-}
-
 TEST(Interpolate, WorkedTetrahedra) {
     // Two points per axis, one channel, eight unrelated node values.
     const Grid g({0, 255}, 1, [](uint32_t a, uint32_t b, uint32_t c, uint32_t) {
@@ -112,19 +94,6 @@ TEST(Interpolate, LinearFunctionsAreReproduced) {
         EXPECT_EQ(out[1], rgb[1]);
         EXPECT_EQ(out[2], (85u * rgb[0] + 85u * rgb[1] + 85u * rgb[2]) / 255);
     }
-}
-
-TEST(Interpolate, PixelLayoutAndConstantGrid) {
-    const Grid g({0, 17, 200, 255}, 4, [](uint32_t, uint32_t, uint32_t, uint32_t c) {
-        return static_cast<uint8_t>(40 + c);
-    });
-    std::mt19937 rng(3);
-    std::vector<uint8_t> src(4 * 300);
-    for (auto& b : src) b = static_cast<uint8_t>(rng());
-    std::vector<uint8_t> dst(4 * 300, 0xEE);
-    interpolatePixels(g.lut, PixelLayout{4, 1, 2, 3}, 300, src.data(), dst.data());
-    for (size_t p = 0; p < 300; ++p)
-        for (uint32_t c = 0; c < 4; ++c) ASSERT_EQ(dst[p * 4 + c], 40 + c);  // weights always sum to dx
 }
 
 }  // namespace
