@@ -19,20 +19,16 @@ FilterSettings settingsFrom(const char* options, std::string* errorOut = nullptr
     return s;
 }
 
-TEST(CupsFilterSettings, WithoutOptionsTheDefaultsAreNormalBandedAndNeutral) {
-    const FilterSettings s = settingsFrom("");
+TEST(CupsFilterSettings, ReadsEveryOptionOverTheDefaults) {
+    FilterSettings s = settingsFrom("");
     EXPECT_EQ(s.quality, Quality::Normal);
     EXPECT_EQ(s.order, PlaneOrder::Banded);
     EXPECT_EQ(s.colour.brightness, 0);
     EXPECT_EQ(s.colour.contrast, 0);
     EXPECT_EQ(s.colour.saturation, 0);
     EXPECT_EQ(s.colour.gamma, 150);
-}
-
-TEST(CupsFilterSettings, ReadsEveryOption) {
-    const FilterSettings s = settingsFrom(
-        "InkdotQuality=High InkdotOrder=Planar InkdotBrightness=-25 InkdotContrast=50 InkdotSaturation=7 "
-        "InkdotGamma=2.20");
+    s = settingsFrom("InkdotQuality=High InkdotOrder=Planar InkdotBrightness=-25 InkdotContrast=50 "
+                     "InkdotSaturation=7 InkdotGamma=2.20");
     EXPECT_EQ(s.quality, Quality::High);
     EXPECT_EQ(s.order, PlaneOrder::Planar);
     EXPECT_EQ(s.colour.brightness, -25);
@@ -41,20 +37,15 @@ TEST(CupsFilterSettings, ReadsEveryOption) {
     EXPECT_EQ(s.colour.gamma, 220);
 }
 
-TEST(CupsFilterSettings, IppPrintQualityMapsToTheThreeQualities) {
+TEST(CupsFilterSettings, IppPrintQualityAndGammaForms) {
     EXPECT_EQ(settingsFrom("print-quality=3").quality, Quality::Draft);
     EXPECT_EQ(settingsFrom("print-quality=4").quality, Quality::Normal);
     EXPECT_EQ(settingsFrom("print-quality=5").quality, Quality::High);
     // The PPD option names the printer's own choice and wins.
     EXPECT_EQ(settingsFrom("print-quality=5 InkdotQuality=Draft").quality, Quality::Draft);
-}
-
-TEST(CupsFilterSettings, GammaAcceptsDecimalsAndHundredths) {
-    EXPECT_EQ(settingsFrom("InkdotGamma=1").colour.gamma, 100);
-    EXPECT_EQ(settingsFrom("InkdotGamma=1.8").colour.gamma, 180);
-    EXPECT_EQ(settingsFrom("InkdotGamma=2.25").colour.gamma, 225);
-    EXPECT_EQ(settingsFrom("InkdotGamma=3.00").colour.gamma, 300);
-    EXPECT_EQ(settingsFrom("InkdotGamma=250").colour.gamma, 250);
+    // Gamma as a decimal or in hundredths.
+    for (auto [text, gamma] : {std::pair{"1", 100}, {"1.8", 180}, {"2.25", 225}, {"3.00", 300}, {"250", 250}})
+        EXPECT_EQ(settingsFrom((std::string("InkdotGamma=") + text).c_str()).colour.gamma, gamma) << text;
 }
 
 TEST(CupsFilterSettings, RefusesValuesOutOfRangeNamingTheOption) {

@@ -189,26 +189,19 @@ TEST_F(CupsRasterFilter, TruncatedStreamIsReported) {
     EXPECT_TRUE(r.logHas("ends after 20 of 50 lines")) << r.log;
 }
 
-TEST_F(CupsRasterFilter, UnsupportedColourSpaceIsReported) {
-    expectRefused(input({flatPage(inputHeader(16, 4, CUPS_CSPACE_CMYK), {0, 0, 0, 0})}), "colour space");
-}
-
-TEST_F(CupsRasterFilter, UnsupportedBitDepthIsReported) {
-    cups_page_header2_t h = inputHeader(16, 4, CUPS_CSPACE_RGB);
-    h.cupsBitsPerColor = 16;
-    h.cupsBitsPerPixel = 48;
-    h.cupsBytesPerLine = 16 * 6;
-    expectRefused(input({InputPage{h, std::vector<uint8_t>(16 * 6 * 4)}}), "bit depth");
-}
-
-TEST_F(CupsRasterFilter, WidthBeyondTheEngineIsReported) {
-    // The engine holds lines of up to 2^24 - 1 pixels.
-    cups_page_header2_t h = inputHeader(1u << 24, 1, CUPS_CSPACE_W);
-    expectRefused(input({InputPage{h, {}}}), "cannot be halftoned");
-}
-
-TEST_F(CupsRasterFilter, UnsupportedResolutionIsReported) {
-    expectRefused(input({flatPage(inputHeader(16, 4, CUPS_CSPACE_RGB, 600, 600), {0, 0, 0})}), "600x600");
+TEST_F(CupsRasterFilter, PagesItCannotPrintAreReported) {
+    cups_page_header2_t deep = inputHeader(16, 4, CUPS_CSPACE_RGB);
+    deep.cupsBitsPerColor = 16;
+    deep.cupsBitsPerPixel = 48;
+    deep.cupsBytesPerLine = 16 * 6;
+    const struct { InputPage page; const char* why; } cases[] = {
+        {flatPage(inputHeader(16, 4, CUPS_CSPACE_CMYK), {0, 0, 0, 0}), "colour space"},
+        {InputPage{deep, std::vector<uint8_t>(16 * 6 * 4)}, "bit depth"},
+        // The engine holds lines of up to 2^24 - 1 pixels.
+        {InputPage{inputHeader(1u << 24, 1, CUPS_CSPACE_W), {}}, "cannot be halftoned"},
+        {flatPage(inputHeader(16, 4, CUPS_CSPACE_RGB, 600, 600), {0, 0, 0}), "600x600"},
+    };
+    for (const auto& c : cases) expectRefused(input({c.page}), c.why);
 }
 
 TEST_F(CupsRasterFilter, AGoodPageBeforeABadOneIsStillWritten) {
@@ -220,20 +213,14 @@ TEST_F(CupsRasterFilter, AGoodPageBeforeABadOneIsStillWritten) {
     EXPECT_EQ(r.pages.size(), 1u);
 }
 
-TEST_F(CupsRasterFilter, InputThatIsNotRasterIsReported) {
+TEST_F(CupsRasterFilter, InputThatIsNotAPageStreamIsReported) {
     dir.write("junk.ras", "%PDF-1.4 this is not a raster stream");
-    expectRefused(dir.file("junk.ras"), "not a CUPS raster stream");
     dir.write("empty.ras", "");
+    dir.write("sync-only.ras", "RaSt");
+    expectRefused(dir.file("junk.ras"), "not a CUPS raster stream");
     expectRefused(dir.file("empty.ras"), "not a CUPS raster stream");
     expectRefused(dir.file("missing.ras"), "Unable to open");
-}
-
-TEST_F(CupsRasterFilter, StreamWithoutPagesIsReported) {
-    dir.write("sync-only.ras", "RaSt");
     expectRefused(dir.file("sync-only.ras"), "holds no pages");
-}
-
-TEST_F(CupsRasterFilter, BadOptionIsReported) {
     expectRefused(input({flatPage(inputHeader(16, 4), {0, 0, 0})}), "InkdotGamma", "InkdotGamma=9");
 }
 

@@ -13,12 +13,22 @@
 #include "cli/cli.h"
 #include "image/colour_profile.h"
 #include "image/image_reader.h"
+#include "tools/image_writers.h"
 #include "tools/temp_dir.h"
 
 namespace inkdot::tools {
 namespace {
 
 using test::TempDir;
+
+std::vector<uint8_t> saveProfile(cmsHPROFILE profile) {
+    cmsUInt32Number size = 0;
+    cmsSaveProfileToMem(profile, nullptr, &size);
+    std::vector<uint8_t> bytes(size);
+    cmsSaveProfileToMem(profile, bytes.data(), &size);
+    cmsCloseProfile(profile);
+    return bytes;
+}
 
 // An RGB profile with its own primaries and a plain power-law tone curve.
 std::vector<uint8_t> makeRgbProfile(cmsCIExyYTRIPLE primaries, double gamma) {
@@ -28,12 +38,7 @@ std::vector<uint8_t> makeRgbProfile(cmsCIExyYTRIPLE primaries, double gamma) {
     cmsToneCurve* curves[3] = {curve, curve, curve};
     cmsHPROFILE profile = cmsCreateRGBProfile(&d65, &primaries, curves);
     cmsFreeToneCurve(curve);
-    cmsUInt32Number size = 0;
-    cmsSaveProfileToMem(profile, nullptr, &size);
-    std::vector<uint8_t> bytes(size);
-    cmsSaveProfileToMem(profile, bytes.data(), &size);
-    cmsCloseProfile(profile);
-    return bytes;
+    return saveProfile(profile);
 }
 
 // Wide-gamut primaries (those of Adobe RGB) with gamma 2.2.
@@ -49,53 +54,21 @@ std::vector<uint8_t> grayProfile() {
     cmsToneCurve* curve = cmsBuildGamma(nullptr, 2.2);
     cmsHPROFILE profile = cmsCreateGrayProfile(&d50, curve);
     cmsFreeToneCurve(curve);
-    cmsUInt32Number size = 0;
-    cmsSaveProfileToMem(profile, nullptr, &size);
-    std::vector<uint8_t> bytes(size);
-    cmsSaveProfileToMem(profile, bytes.data(), &size);
-    cmsCloseProfile(profile);
-    return bytes;
+    return saveProfile(profile);
 }
 
-// An 8-bit RGB or gray PNG, with an iCCP chunk when `profile` is not empty.
-void writePng(const std::string& path, uint32_t w, uint32_t h, bool rgb, const std::vector<uint8_t>& pixels,
+// An 8-bit RGB PNG, with an iCCP chunk when `profile` is not empty.
+void writePng(const std::string& path, uint32_t w, uint32_t h, const std::vector<uint8_t>& pixels,
               const std::vector<uint8_t>& profile) {
-    std::FILE* f = std::fopen(path.c_str(), "wb");
-    ASSERT_NE(f, nullptr);
-    png_structp png = png_create_write_struct(PNG_LIBPNG_VER_STRING, nullptr, nullptr, nullptr);
-    png_infop info = png_create_info_struct(png);
-    png_init_io(png, f);
-    png_set_IHDR(png, info, w, h, 8, rgb ? PNG_COLOR_TYPE_RGB : PNG_COLOR_TYPE_GRAY, PNG_INTERLACE_NONE,
-                 PNG_COMPRESSION_TYPE_DEFAULT, PNG_FILTER_TYPE_DEFAULT);
-    if (!profile.empty()) png_set_iCCP(png, info, "test profile", PNG_COMPRESSION_TYPE_BASE, profile.data(),
-                                       static_cast<png_uint_32>(profile.size()));
-    png_write_info(png, info);
-    const size_t rowBytes = size_t{w} * (rgb ? 3 : 1);
-    for (uint32_t y = 0; y < h; ++y) png_write_row(png, &pixels[y * rowBytes]);
-    png_write_end(png, info);
-    png_destroy_write_struct(&png, &info);
-    std::fclose(f);
+    ASSERT_TRUE(test::writeTestPng(path, w, h, PNG_COLOR_TYPE_RGB, 8, {pixels.begin(), pixels.end()}, profile));
 }
 
 // An 8-bit RGB TIFF with the profile (any bytes) in its ICC tag.
 void writeTiff(const std::string& path, uint32_t w, uint32_t h, const std::vector<uint8_t>& pixels,
                const std::vector<uint8_t>& profile) {
-    TIFF* tif = TIFFOpen(path.c_str(), "w");
-    ASSERT_NE(tif, nullptr);
-    TIFFSetField(tif, TIFFTAG_IMAGEWIDTH, w);
-    TIFFSetField(tif, TIFFTAG_IMAGELENGTH, h);
-    TIFFSetField(tif, TIFFTAG_BITSPERSAMPLE, 8);
-    TIFFSetField(tif, TIFFTAG_SAMPLESPERPIXEL, 3);
-    TIFFSetField(tif, TIFFTAG_PHOTOMETRIC, PHOTOMETRIC_RGB);
-    TIFFSetField(tif, TIFFTAG_PLANARCONFIG, PLANARCONFIG_CONTIG);
-    TIFFSetField(tif, TIFFTAG_ROWSPERSTRIP, h);
-    if (!profile.empty()) TIFFSetField(tif, TIFFTAG_ICCPROFILE, static_cast<uint32_t>(profile.size()), profile.data());
-    std::vector<uint8_t> row(size_t{w} * 3);
-    for (uint32_t y = 0; y < h; ++y) {
-        std::copy_n(&pixels[y * row.size()], row.size(), row.begin());
-        TIFFWriteScanline(tif, row.data(), y, 0);
-    }
-    TIFFClose(tif);
+    test::TiffParams params;
+    params.icc = profile;
+    ASSERT_TRUE(test::writeTestTiff(path, w, h, params, {pixels.begin(), pixels.end()}));
 }
 
 // Every level of every channel at least once, plus mixtures.
@@ -143,7 +116,7 @@ TEST(ColourProfile, EmbeddedPngProfileConvertsAsLittleCmsDoes) {
     TempDir dir;
     const auto profile = wideProfile();
     const auto pixels = testPixels(64, 8);
-    writePng(dir.file("wide.png"), 64, 8, true, pixels, profile);
+    writePng(dir.file("wide.png"), 64, 8, pixels, profile);
     std::string error;
     EXPECT_EQ(openImage(dir.file("wide.png"), error)->iccProfile(), profile);
     const struct {
@@ -175,7 +148,7 @@ TEST(ColourProfile, LinearEncodingBecomesSrgbEncoding) {
     // Linear 0.5 is sRGB 0.735 (188 of 255); 0 and 255 stay where they are.
     TempDir dir;
     const std::vector<uint8_t> pixels{0, 0, 0, 128, 128, 128, 255, 255, 255};
-    writePng(dir.file("linear.png"), 3, 1, true, pixels, linearSrgbProfile());
+    writePng(dir.file("linear.png"), 3, 1, pixels, linearSrgbProfile());
     const auto converted = convertImage(dir.file("linear.png"), RenderingIntent::Relative);
     ASSERT_EQ(converted.size(), 9u);
     for (int c = 0; c < 3; ++c) {
@@ -187,7 +160,7 @@ TEST(ColourProfile, LinearEncodingBecomesSrgbEncoding) {
 
 TEST(ColourProfile, UntaggedImagesCarryNoProfile) {
     TempDir dir;
-    writePng(dir.file("plain.png"), 4, 1, true, testPixels(4, 1), {});
+    writePng(dir.file("plain.png"), 4, 1, testPixels(4, 1), {});
     std::string error;
     EXPECT_TRUE(openImage(dir.file("plain.png"), error)->iccProfile().empty());
 }
@@ -250,17 +223,17 @@ protected:
 };
 
 TEST_F(PrintWithProfile, ConvertsTaggedInput) {
-    writePng(dir.file("wide.png"), 16, 4, true, testPixels(16, 4), wideProfile());
+    writePng(dir.file("wide.png"), 16, 4, testPixels(16, 4), wideProfile());
     ASSERT_EQ(print({dir.file("wide.png"), "-o", dir.file("out"), "--intent", "relative"}), kExitOk) << err.str();
     EXPECT_NE(out.str().find("converted into device RGB (sRGB)"), std::string::npos) << out.str();
     // Untagged input prints without a conversion.
-    writePng(dir.file("plain.png"), 16, 4, true, testPixels(16, 4), {});
+    writePng(dir.file("plain.png"), 16, 4, testPixels(16, 4), {});
     ASSERT_EQ(print({dir.file("plain.png"), "-o", dir.file("out")}), kExitOk) << err.str();
     EXPECT_EQ(out.str().find("converted"), std::string::npos) << out.str();
 }
 
 TEST_F(PrintWithProfile, GivenProfileReplacesTheEmbeddedOne) {
-    writePng(dir.file("plain.png"), 16, 4, true, testPixels(16, 4), {});
+    writePng(dir.file("plain.png"), 16, 4, testPixels(16, 4), {});
     const auto profile = linearSrgbProfile();
     {
         std::ofstream f(dir.file("linear.icc"), std::ios::binary);
@@ -272,7 +245,7 @@ TEST_F(PrintWithProfile, GivenProfileReplacesTheEmbeddedOne) {
 }
 
 TEST_F(PrintWithProfile, InvalidProfilesFailClearly) {
-    writePng(dir.file("plain.png"), 16, 4, true, testPixels(16, 4), {});
+    writePng(dir.file("plain.png"), 16, 4, testPixels(16, 4), {});
     dir.write("junk.icc", std::string(300, 'x'));
     EXPECT_EQ(print({dir.file("plain.png"), "-o", dir.file("out"), "--input-profile", dir.file("junk.icc")}),
               kExitFailed);

@@ -53,22 +53,23 @@ std::vector<uint8_t> readAll(ImageReader& reader) {
     return out;
 }
 
+// Every pixel of a file, converted to 8-bit gray or RGB; empty when it cannot be opened.
+std::vector<uint8_t> readFile(const std::string& path, uint32_t channels) {
+    std::string error;
+    auto reader = openImage(path, error);
+    EXPECT_TRUE(reader) << error;
+    if (!reader) return {};
+    EXPECT_EQ(reader->channels(), channels) << path;
+    return readAll(*reader);
+}
+
 TEST(PnmReader, ReadsGrayWithCommentsAndSixteenBitRgb) {
     TempDir dir;
     writeBytes(dir.file("a.pgm"), std::string("P5\n# made by hand\n3 2\n255\n") + std::string("\x00\x80\xff\x01\x02\x03", 6));
-    std::string error;
-    auto gray = openImage(dir.file("a.pgm"), error);
-    ASSERT_TRUE(gray) << error;
-    EXPECT_EQ(gray->width(), 3u);
-    EXPECT_EQ(gray->height(), 2u);
-    EXPECT_EQ(gray->channels(), 1u);
-    EXPECT_EQ(readAll(*gray), (std::vector<uint8_t>{0, 128, 255, 1, 2, 3}));
+    EXPECT_EQ(readFile(dir.file("a.pgm"), 1), (std::vector<uint8_t>{0, 128, 255, 1, 2, 3}));  // 3 x 2
 
     writeBytes(dir.file("b.ppm"), std::string("P6 1 1 65535\n") + std::string("\xff\xff\x00\x00\x80\x00", 6));
-    auto rgb = openImage(dir.file("b.ppm"), error);
-    ASSERT_TRUE(rgb) << error;
-    EXPECT_EQ(rgb->channels(), 3u);
-    EXPECT_EQ(readAll(*rgb), (std::vector<uint8_t>{255, 0, 128}));
+    EXPECT_EQ(readFile(dir.file("b.ppm"), 3), (std::vector<uint8_t>{255, 0, 128}));
 }
 
 TEST(PnmReader, RefusesDamagedFiles) {
@@ -101,25 +102,14 @@ TEST(ImageReader, RefusesUnknownAndMissingFiles) {
     EXPECT_NE(error.find("cannot open"), std::string::npos) << error;
 }
 
-TEST(PngReader, ReadsRgbaGraySixteenAndPalette) {
+TEST(PngReader, ReadsRgbaGrayAndSixteenBits) {
     TempDir dir;
-    std::string error;
     ASSERT_TRUE(test::writeTestPng(dir.file("rgba.png"), 2, 1, PNG_COLOR_TYPE_RGBA, 8, {255, 0, 0, 255, 0, 0, 0, 0}));
-    auto rgba = openImage(dir.file("rgba.png"), error);
-    ASSERT_TRUE(rgba) << error;
-    EXPECT_EQ(rgba->channels(), 3u);
-    EXPECT_EQ(readAll(*rgba), (std::vector<uint8_t>{255, 0, 0, 255, 255, 255}));
-
+    EXPECT_EQ(readFile(dir.file("rgba.png"), 3), (std::vector<uint8_t>{255, 0, 0, 255, 255, 255}));
     ASSERT_TRUE(test::writeTestPng(dir.file("g16.png"), 3, 1, PNG_COLOR_TYPE_GRAY, 16, {0, 32768, 65535}));
-    auto g16 = openImage(dir.file("g16.png"), error);
-    ASSERT_TRUE(g16) << error;
-    EXPECT_EQ(g16->channels(), 1u);
-    EXPECT_EQ(readAll(*g16), (std::vector<uint8_t>{0, 128, 255}));
-
+    EXPECT_EQ(readFile(dir.file("g16.png"), 1), (std::vector<uint8_t>{0, 128, 255}));
     ASSERT_TRUE(test::writeTestPng(dir.file("ga.png"), 1, 2, PNG_COLOR_TYPE_GRAY_ALPHA, 8, {0, 0, 50, 255}));
-    auto ga = openImage(dir.file("ga.png"), error);
-    ASSERT_TRUE(ga) << error;
-    EXPECT_EQ(readAll(*ga), (std::vector<uint8_t>{255, 50}));
+    EXPECT_EQ(readFile(dir.file("ga.png"), 1), (std::vector<uint8_t>{255, 50}));
 }
 
 TEST(PngReader, RefusesATruncatedFile) {
@@ -141,27 +131,15 @@ TEST(PngReader, RefusesATruncatedFile) {
 
 TEST(TiffReader, ReadsRgbGrayAndAlphaVariants) {
     TempDir dir;
-    std::string error;
     ASSERT_TRUE(test::writeTestTiff(dir.file("rgb.tif"), 2, 2, {}, {1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11, 12}));
-    auto rgb = openImage(dir.file("rgb.tif"), error);
-    ASSERT_TRUE(rgb) << error;
-    EXPECT_EQ(readAll(*rgb), (std::vector<uint8_t>{1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11, 12}));
-
+    EXPECT_EQ(readFile(dir.file("rgb.tif"), 3), (std::vector<uint8_t>{1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11, 12}));
     ASSERT_TRUE(test::writeTestTiff(dir.file("g16.tif"), 2, 1, {PHOTOMETRIC_MINISBLACK, 1, 16}, {65535, 257}));
-    auto g16 = openImage(dir.file("g16.tif"), error);
-    ASSERT_TRUE(g16) << error;
-    EXPECT_EQ(readAll(*g16), (std::vector<uint8_t>{255, 1}));
-
+    EXPECT_EQ(readFile(dir.file("g16.tif"), 1), (std::vector<uint8_t>{255, 1}));
     ASSERT_TRUE(test::writeTestTiff(dir.file("white.tif"), 2, 1, {PHOTOMETRIC_MINISWHITE, 1, 8}, {0, 255}));
-    auto white = openImage(dir.file("white.tif"), error);
-    ASSERT_TRUE(white) << error;
-    EXPECT_EQ(readAll(*white), (std::vector<uint8_t>{255, 0}));
-
+    EXPECT_EQ(readFile(dir.file("white.tif"), 1), (std::vector<uint8_t>{255, 0}));
     ASSERT_TRUE(test::writeTestTiff(dir.file("rgba.tif"), 1, 1, {PHOTOMETRIC_RGB, 4, 8, EXTRASAMPLE_UNASSALPHA},
                                     {0, 0, 0, 0}));
-    auto rgba = openImage(dir.file("rgba.tif"), error);
-    ASSERT_TRUE(rgba) << error;
-    EXPECT_EQ(readAll(*rgba), (std::vector<uint8_t>{255, 255, 255}));
+    EXPECT_EQ(readFile(dir.file("rgba.tif"), 3), (std::vector<uint8_t>{255, 255, 255}));
 }
 
 TEST(TiffReader, RefusesTiledAndPaletteImages) {

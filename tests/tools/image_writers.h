@@ -12,9 +12,10 @@
 
 namespace inkdot::test {
 
-// Samples row by row; 16-bit samples are given as values up to 65535.
+// Samples row by row; 16-bit samples are given as values up to 65535. A
+// non-empty `icc` goes into an iCCP chunk.
 inline bool writeTestPng(const std::string& path, uint32_t w, uint32_t h, int colourType, int depth,
-                         const std::vector<uint16_t>& samples) {
+                         const std::vector<uint16_t>& samples, const std::vector<uint8_t>& icc = {}) {
     std::FILE* f = std::fopen(path.c_str(), "wb");
     if (f == nullptr) return false;
     png_structp png = png_create_write_struct(PNG_LIBPNG_VER_STRING, nullptr, nullptr, nullptr);
@@ -22,6 +23,8 @@ inline bool writeTestPng(const std::string& path, uint32_t w, uint32_t h, int co
     png_init_io(png, f);
     png_set_IHDR(png, info, w, h, depth, colourType, PNG_INTERLACE_NONE, PNG_COMPRESSION_TYPE_DEFAULT,
                  PNG_FILTER_TYPE_DEFAULT);
+    if (!icc.empty())
+        png_set_iCCP(png, info, "test profile", PNG_COMPRESSION_TYPE_BASE, icc.data(), static_cast<png_uint_32>(icc.size()));
     png_write_info(png, info);
     const size_t perRow = samples.size() / h;
     std::vector<uint8_t> row(perRow * (depth == 16 ? 2 : 1));
@@ -49,6 +52,7 @@ struct TiffParams {
     uint16_t bits = 8;
     uint16_t extraSample = 0;  // EXTRASAMPLE_* for the alpha sample, when samplesPerPixel has one
     bool tiled = false;
+    std::vector<uint8_t> icc;  // any bytes, written to the ICC tag when not empty
 };
 
 inline bool writeTestTiff(const std::string& path, uint32_t w, uint32_t h, const TiffParams& params,
@@ -66,6 +70,8 @@ inline bool writeTestTiff(const std::string& path, uint32_t w, uint32_t h, const
         uint16_t kinds[1] = {params.extraSample};
         TIFFSetField(tif, TIFFTAG_EXTRASAMPLES, 1, kinds);
     }
+    if (!params.icc.empty())
+        TIFFSetField(tif, TIFFTAG_ICCPROFILE, static_cast<uint32_t>(params.icc.size()), params.icc.data());
     const size_t perRow = size_t{w} * params.samplesPerPixel;
     if (params.tiled) {
         TIFFSetField(tif, TIFFTAG_TILEWIDTH, 16);

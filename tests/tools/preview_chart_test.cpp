@@ -94,16 +94,5 @@ TEST(TestChart, HasItsBandsWhereExpected) {
     }
 }
 
-TEST(TestChart, WritesAPngOfTheAskedSize) {
-    TempDir dir;
-    std::string error;
-    ASSERT_TRUE(writeChart(dir.file("c.png"), 200, 150, error)) << error;
-    auto reader = openImage(dir.file("c.png"), error);
-    ASSERT_TRUE(reader) << error;
-    EXPECT_EQ(reader->width(), 200u);
-    EXPECT_EQ(reader->height(), 150u);
-    EXPECT_EQ(reader->channels(), 3u);
-}
-
 }  // namespace
 }  // namespace inkdot::tools
