@@ -12,6 +12,9 @@ TEST(InkScale, WorkedValuesAndMonotony) {
     // v = 0: u = (12750 + 25500) / 100 = 382; (191 + 0) / 382 = 0. v = 255: t = 1, u = 255.
     EXPECT_EQ(inkScale(0, 150, 100), 0);
     EXPECT_EQ(inkScale(255, 150, 100), 255);
+    // v = 1: t = 254^2 x 50 + 1 = 3225801, u = (12650 + 25500) / 100 = 381; (190 + 255) / 381 = 1
+    // where a quotient without the half divisor would give 0.
+    EXPECT_EQ(inkScale(1, 150, 100), 1);
     // 100 % is the identity; larger percentages lower the value.
     for (int v = 0; v <= 255; ++v) {
         const auto u = static_cast<uint8_t>(v);
