@@ -14,42 +14,45 @@ namespace inkdot {
 inline constexpr uint8_t kDotPattern = 0xFF;
 // Two-bit code bytes: the code repeated in all four bit pairs.
 inline constexpr uint8_t kCodeByte[4] = {0x00, 0x55, 0xAA, 0xFF};
+// Code c repeated in all four bit pairs is c times this.
+inline constexpr uint32_t kCodeRepeat = 0x55;
+// Byte k of a packed word belongs to plane k; this repeats a byte into every plane.
+inline constexpr uint32_t kEveryPlane = 0x01010101;
 
+// The bytes being assembled for up to four planes live in one register word,
+// byte k for plane k: byte arrays on the stack cost a load and a store per
+// plane and pixel, and the stores through uint8_t pointers made the compiler
+// reload every table pointer behind them.
 template <unsigned Bits, unsigned Planes>
 class PlanePacker {
 public:
     static_assert(Bits == 1 || Bits == 2);
-    static constexpr uint8_t kFirstMask = Bits == 1 ? 0x80 : 0xC0;
+    static_assert(Planes >= 1 && Planes <= 4);
+    static constexpr uint32_t kFirstMask = Bits == 1 ? 0x80 : 0xC0;
 
     PlanePacker(uint8_t* dst, uint32_t planeStride, uint32_t bitOffset)
-        : out_(dst), stride_(planeStride), mask_(static_cast<uint8_t>(kFirstMask >> (Bits * bitOffset))) {
+        : out_(dst), stride_(planeStride), mask_(kFirstMask >> (Bits * bitOffset)) {
         // Bits in front of the run belong to earlier runs and survive.
-        const uint8_t keep = static_cast<uint8_t>(~(0xFFu >> (Bits * bitOffset)));
-        for (unsigned k = 0; k < Planes; ++k) byte_[k] = bitOffset ? (plane(k)[0] & keep) : 0;
+        const uint32_t keep = ~(0xFFu >> (Bits * bitOffset)) & 0xFF;
+        if (bitOffset != 0)
+            for (unsigned k = 0; k < Planes; ++k) word_ |= static_cast<uint32_t>(plane(k)[0] & keep) << (8 * k);
     }
 
     // ORs the pattern of plane k's pixel into the byte being assembled.
-    // Inlined early: GCC otherwise folds the identical bodies of packers with
-    // different plane counts into one and warns about the smaller one's bounds.
-#if defined(__GNUC__)
-    [[gnu::always_inline]]
-#endif
-    void set(unsigned k, uint8_t pattern) { byte_[k] |= pattern & mask_; }
+    void set(unsigned k, uint32_t pattern) { word_ |= (pattern & mask_) << (8 * k); }
     // Selected by a mask, not a jump: dot decisions are as good as random.
-#if defined(__GNUC__)
-    [[gnu::always_inline]]
-#endif
-    void dot(unsigned k, bool printed) { byte_[k] |= static_cast<uint8_t>(mask_ & -static_cast<unsigned>(printed)); }
-    uint8_t mask() const { return mask_; }
+    void dot(unsigned k, bool printed) { word_ |= (mask_ & -static_cast<uint32_t>(printed)) << (8 * k); }
+    // Every plane at once: byte k of `patterns` is plane k's pattern.
+    void setAll(uint32_t patterns) { word_ |= patterns & (mask_ * kEveryPlane); }
 
     // Moves to the next pixel; a full byte goes out to every plane.
     void next() {
-        mask_ = static_cast<uint8_t>(mask_ >> Bits);
+        mask_ >>= Bits;
         if (mask_ == 0) {
             store();
             ++out_;
             mask_ = kFirstMask;
-            for (unsigned k = 0; k < Planes; ++k) byte_[k] = 0;
+            word_ = 0;
         }
     }
 
@@ -59,16 +62,16 @@ public:
     }
     // Stores the bytes being assembled whatever the mask says.
     void store() {
-        for (unsigned k = 0; k < Planes; ++k) plane(k)[0] = byte_[k];
+        for (unsigned k = 0; k < Planes; ++k) plane(k)[0] = static_cast<uint8_t>(word_ >> (8 * k));
     }
 
 private:
     uint8_t* plane(unsigned k) const { return out_ + static_cast<uintptr_t>(k) * stride_; }
 
     uint8_t* out_;
-    uint32_t stride_;
-    uint8_t mask_;
-    uint8_t byte_[Planes];
+    uintptr_t stride_;
+    uint32_t mask_;
+    uint32_t word_ = 0;
 };
 
 }  // namespace inkdot

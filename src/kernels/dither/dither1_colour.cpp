@@ -9,7 +9,7 @@
 #include "halftone/ht_context.h"
 #include "kernels/dither/colour_sources.h"
 #include "kernels/dither/input_walk.h"
-#include "kernels/dither/matrix_row.h"
+#include "kernels/matrix_row.h"
 #include "kernels/paired_threshold.h"
 #include "kernels/dither/run_checks.h"
 #include "kernels/ed1/diffusion_step.h"
@@ -80,9 +80,12 @@ void ditherRun(const HtContext& ctx, const HtRun& run, Source source, Plane1 pla
     InputWalk<ReadOne> in(run.src, bytesPerPixel(ctx.inputFormat), ctx.scaleMode == 1);
     PlanePacker<1, 4> out(run.dst, run.planeStride, run.bitOffset);
 
-    const uint32_t mainCount = run.count & ~1u;
+    // Kept in locals: the output stores may alias anything a reference reaches.
+    const uint32_t startX = run.startX;
+    const uint32_t count = run.count;
+    const uint32_t mainCount = count & ~1u;
     for (uint32_t i = 0; i < mainCount; ++i) {
-        const uint32_t x = run.startX + i;
+        const uint32_t x = startX + i;
         const uint32_t m = row(x);
         const ColourBytes px = Source::read(in);
         if (Source::white(px)) {
@@ -99,8 +102,8 @@ void ditherRun(const HtContext& ctx, const HtRun& run, Source source, Plane1 pla
         in.advanceAfter(i);
     }
 
-    if (run.count & 1) {
-        const uint32_t m = row(run.startX + mainCount);
+    if (count & 1) {
+        const uint32_t m = row(startX + mainCount);
         const Inks c = source.lastByMatrix(Source::read(in), m);
         const PairDots p30 = pairedThreshold(tone[c.c[3]], tone[c.c[0]], maxT, static_cast<int32_t>(m));
         const PairDots p12 = pairedThreshold(tone[c.c[1]], tone[c.c[2]], maxT, maxT - static_cast<int32_t>(m));

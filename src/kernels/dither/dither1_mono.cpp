@@ -2,7 +2,7 @@
 // the threshold matrix.
 #include "halftone/ht_context.h"
 #include "kernels/dither/input_walk.h"
-#include "kernels/dither/matrix_row.h"
+#include "kernels/matrix_row.h"
 #include "kernels/dither/run_checks.h"
 #include "kernels/kernels.h"
 #include "kernels/packing.h"

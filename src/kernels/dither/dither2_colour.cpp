@@ -7,7 +7,7 @@
 #include "kernels/dither/colour_sources.h"
 #include "kernels/force_inline.h"
 #include "kernels/dither/input_walk.h"
-#include "kernels/dither/matrix_row.h"
+#include "kernels/matrix_row.h"
 #include "kernels/dither/run_checks.h"
 #include "kernels/dither/three_size_code.h"
 #include "kernels/kernels.h"
@@ -27,33 +27,39 @@ inline constexpr uint32_t kPlane3Column = 40;  // row B
 struct PlaneThresholds {
     MatrixRow rowA;
     MatrixRow rowB;
-};
+    const HtContext& ctx;  // its split tone tables, both at one base
 
-template <class Packer>
-INKDOT_FORCE_INLINE void setCodes(const HtContext& ctx, Packer& out, const PlaneThresholds& rows, uint32_t x, const Inks& c) {
-    out.set(0, kCodeByte[threeSizeCode(ctx, c.c[0], rows.rowA(x))]);
-    out.set(1, kCodeByte[threeSizeCode(ctx, c.c[1], rows.rowB(x + kPlane1Column))]);
-    out.set(2, kCodeByte[threeSizeCode(ctx, c.c[2], rows.rowA(x + kPlane2Column))]);
-    out.set(3, kCodeByte[threeSizeCode(ctx, c.c[3], rows.rowB(x + kPlane3Column))]);
-}
+    // The four planes' codes, plane k in byte k, each code repeated over its
+    // byte: one OR puts all four into the packer.
+    INKDOT_FORCE_INLINE uint32_t codeBytes(uint32_t x, const Inks& c) const {
+        const uint32_t codes = threeSizeCode(ctx, c.c[0], rowA(x)) |
+                               threeSizeCode(ctx, c.c[1], rowB(x + kPlane1Column)) << 8 |
+                               threeSizeCode(ctx, c.c[2], rowA(x + kPlane2Column)) << 16 |
+                               threeSizeCode(ctx, c.c[3], rowB(x + kPlane3Column)) << 24;
+        return codes * kCodeRepeat;
+    }
+};
 
 template <class Reduction, class Source>
 void ditherRun(const HtContext& ctx, const HtRun& run, Source source) {
-    const PlaneThresholds rows{matrixRow(ctx, run.lineNo), matrixRow(ctx, run.lineNo + kRowBLineOffset)};
+    const PlaneThresholds rows{matrixRow(ctx, run.lineNo), matrixRow(ctx, run.lineNo + kRowBLineOffset), ctx};
     InputWalk<Reduction> in(run.src, bytesPerPixel(ctx.inputFormat), ctx.scaleMode == 1);
     PlanePacker<2, 4> out(run.dst, run.planeStride, run.bitOffset);
 
-    const uint32_t mainCount = run.count & ~1u;
+    // Kept in locals: the output stores may alias anything a reference reaches.
+    const uint32_t startX = run.startX;
+    const uint32_t count = run.count;
+    const uint32_t mainCount = count & ~1u;
     for (uint32_t i = 0; i < mainCount; ++i) {
-        const uint32_t x = run.startX + i;
+        const uint32_t x = startX + i;
         const ColourBytes px = Source::read(in);
-        if (!Source::white(px)) setCodes(ctx, out, rows, x, source.main(px, rows.rowA(x)));
+        if (!Source::white(px)) out.setAll(rows.codeBytes(x, source.main(px, rows.rowA(x))));
         out.next();
         in.advanceAfter(i);
     }
 
-    if (run.count & 1) {
-        setCodes(ctx, out, rows, run.startX + mainCount, source.lastNearest(Source::read(in)));
+    if (count & 1) {
+        out.setAll(rows.codeBytes(startX + mainCount, source.lastNearest(Source::read(in))));
         out.next();
     }
     out.finish();

@@ -6,7 +6,7 @@
 
 #include "halftone/ht_context.h"
 #include "kernels/dither/input_walk.h"
-#include "kernels/dither/matrix_row.h"
+#include "kernels/matrix_row.h"
 #include "kernels/dither/run_checks.h"
 #include "kernels/dither/three_size_code.h"
 #include "kernels/kernels.h"

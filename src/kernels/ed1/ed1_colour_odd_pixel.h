@@ -22,7 +22,7 @@ inline constexpr uint32_t kOddPixelQ = 128;
 
 template <class Tables>
 inline ColourDots oddPixelDots(const Tables& tables, uint32_t inputFormat, const uint8_t* px, uint32_t x,
-                               uint16_t matrixCells) {
+                               int32_t maxT) {
     InkLevels levels;
     if (inputFormat == 4) {
         levels = inkBytes(px);
@@ -33,8 +33,7 @@ inline ColourDots oddPixelDots(const Tables& tables, uint32_t inputFormat, const
     }
     int32_t t[4];
     for (int k = 0; k < 4; ++k) t[k] = static_cast<int32_t>(tables.tone(levels.level[k]));
-    const int32_t maxT = static_cast<uint16_t>(matrixCells - 1);  // 16 bits: 0 cells read as 65536
-    const int32_t m = static_cast<int32_t>(tables.row.value(x));
+    const int32_t m = static_cast<int32_t>(tables.row(x));
     const int32_t mirrored = static_cast<uint16_t>(maxT - m);  // 16-bit wrap
     const PairDots p30 = pairedThreshold(t[3], t[0], maxT, m);
     const PairDots p12 = pairedThreshold(t[1], t[2], maxT, mirrored);

@@ -26,6 +26,7 @@
 #include "kernels/ed1/perturbation.h"
 #include "kernels/ed1/spread_patterns.h"
 #include "kernels/force_inline.h"
+#include "kernels/matrix_row.h"
 #include "kernels/packing.h"
 
 namespace inkdot {
@@ -34,31 +35,12 @@ namespace inkdot {
 // (the monochrome kernels on even ones), so that colour dots are spread the
 // other way round from what a black plane on the same matrix would do.
 //
-// Each family's choice is a pattern table: the level picks a band
-// (levelBand), the dot decision and the matrix parity a column. A band
-// branches, a column does not (spreadByTable). The tables
-// agree with chooseGeneral, choose1440x720 and chooseDoubleY; the tests
-// compare them.
-
-// Band of a level: 0 above t1, 1 above t2, 2 above t3, 3 above t4 (or at it
-// where the boundary is inclusive), 4 below; tested in this order like the
-// choice rules, whatever the order of the thresholds themselves.
-inline unsigned levelBand(int32_t level, const SpreadThresholds& t, bool t4Inclusive) {
-    if (level > t.t1) return 0;
-    if (level > t.t2) return 1;
-    if (level > t.t3) return 2;
-    if (aboveT4({level, false, false, t4Inclusive}, t)) return 3;
-    return 4;
-}
+// Each family spreads through a pattern table built from its rule
+// (pattern_choice.h): the level picks a band, the dot decision and the
+// matrix parity a column. A band branches, a column does not (spreadByTable).
 
 struct GeneralColourFamily {
-    static constexpr PatternTable<5> kTable{{
-        {{Pattern::G1, Pattern::G1, Pattern::G1, Pattern::G1}},
-        {{Pattern::G0, Pattern::G0, Pattern::G2a, Pattern::G2b}},
-        {{Pattern::G0, Pattern::G0, Pattern::G3, Pattern::G3}},
-        {{Pattern::G0, Pattern::G0, Pattern::G4a, Pattern::G4b}},
-        {{Pattern::G0, Pattern::G0, Pattern::G5a, Pattern::G5b}},
-    }};
+    static constexpr PatternTable<kLevelBands> kTable = bandTable<kLevelBands>(generalRule);
     // The lowest band's boundary includes T4 on odd cells, except in plane 1,
     // whose boundary excludes it on every cell.
     template <unsigned Plane>
@@ -70,27 +52,14 @@ struct GeneralColourFamily {
 // of light levels (H5 reaches 46 cells) would otherwise be paid for at every
 // pixel without a dot, which is most pixels of a light area.
 struct Colour1440x720Family {
-    static constexpr PatternTable<6> kTable{{
-        {{Pattern::H0a, Pattern::H0b, Pattern::H0a, Pattern::H0b}},
-        {{Pattern::H1, Pattern::H1, Pattern::H1, Pattern::H1}},
-        {{Pattern::H2, Pattern::H2, Pattern::H2, Pattern::H2}},
-        {{Pattern::H3, Pattern::H3, Pattern::H3, Pattern::H3}},
-        {{Pattern::H4, Pattern::H4, Pattern::H4, Pattern::H4}},
-        {{Pattern::H5, Pattern::H5, Pattern::H5, Pattern::H5}},
-    }};
+    static constexpr PatternTable<1 + kLevelBands> kTable = noDotFirstTable<kLevelBands>(rule1440x720);
     template <unsigned Plane>
     static unsigned band(int32_t level, bool dot, bool, const SpreadThresholds& t) {
         return dot ? 1 + levelBand(level, t, false) : 0;
     }
 };
 struct DoubleYColourFamily {
-    static constexpr PatternTable<5> kTable{{
-        {{Pattern::Y1, Pattern::Y1, Pattern::Y1, Pattern::Y1}},
-        {{Pattern::Y2, Pattern::Y2, Pattern::Y2, Pattern::Y2}},
-        {{Pattern::Y0, Pattern::Y0, Pattern::Y3, Pattern::Y3}},
-        {{Pattern::Y0, Pattern::Y0, Pattern::G3, Pattern::G3}},
-        {{Pattern::Y0, Pattern::Y0, Pattern::G4a, Pattern::G4b}},
-    }};
+    static constexpr PatternTable<kLevelBands> kTable = bandTable<kLevelBands>(doubleYRule);
     template <unsigned Plane>
     static unsigned band(int32_t level, bool, bool odd, const SpreadThresholds& t) {
         return levelBand(level, t, odd);
@@ -134,18 +103,13 @@ INKDOT_FORCE_INLINE bool diffusePlane(const Tables& tables, int32_t* cell, int32
 
 }  // namespace detail
 
-template <class Family, class Tables, unsigned Planes>
-INKDOT_FLATTEN uint32_t runColour(HtContext& ctx, const HtRun& run) {
-    static_assert(Planes == 3 || Planes == 4);
-    if constexpr (Tables::kChecksRunArguments) {
-        if (run.count > ctx.width || run.startX > ctx.width - run.count) return RC_ARG + 6;
-        if (run.reserved10 != 0) return RC_ARG + 10;
-    }
-    // An empty matrix has no row to read; a cached row has room for 256 columns.
-    if (ctx.matrixWidth == 0 || ctx.matrixHeight == 0 || ctx.matrixWidth > Tables::kMaxMatrixWidth)
-        return RC_DATA;
-
-    applyContinuity(ctx, run, 3);
+// Ink input (inputFormat 4) carries the four levels itself: it steps four
+// bytes a pixel and skips the grid and the smoothing; all four zero is white.
+// Colour input steps by its pixel size: three bytes, or four (inputFormat 3,
+// a padding byte behind the colour) as replication copies them. The input
+// kind is a template parameter, so the pixel loop does not ask per pixel.
+template <class Family, class Tables, unsigned Planes, bool kInkInput>
+INKDOT_FLATTEN void diffuseColourRun(HtContext& ctx, const HtRun& run) {
     const Tables tables(ctx, run.lineNo);
     const SpreadThresholds thresholds = spreadThresholds(ctx);
     int32_t* const line0 = errorLine(ctx, 0);
@@ -156,26 +120,23 @@ INKDOT_FLATTEN uint32_t runColour(HtContext& ctx, const HtRun& run) {
     Smoothing smoothing;
     PlanePacker<1, Planes> packer(run.dst, run.planeStride, run.bitOffset);
 
-    // Ink input (inputFormat 4) carries the four levels itself: it steps four
-    // bytes a pixel and skips the grid and the smoothing; all four zero is white.
-    // Colour input steps by its pixel size: three bytes, or four (inputFormat 3,
-    // a padding byte behind the colour) as replication copies them.
-    const bool inkInput = ctx.inputFormat == 4;
     const uint32_t pixelBytes = bytesPerPixel(ctx.inputFormat);
     const bool doubling = ctx.scaleMode == 1;  // every input pixel serves two output pixels
     const uint8_t* in = run.src;
 
     // Pixels are diffused in pairs; an odd last pixel is dithered on its own.
+    // Kept in a local: the error cells written below may alias the run's fields.
+    const uint32_t startX = run.startX;
     const uint32_t diffused = run.count & ~1u;
     for (uint32_t i = 0; i < diffused; ++i) {
-        const uint32_t x = run.startX + i;
+        const uint32_t x = startX + i;
         const uint8_t* px = in;
         if (!doubling || (i & 1) != 0) in += pixelBytes;
         int32_t* const cell0 = line0 + x;
         int32_t* const cell1 = line1 + x;
         int32_t* const cell3 = line3 + x;
 
-        const bool white = inkInput ? (px[0] | px[1] | px[2] | px[3]) == 0 : px[0] + px[1] + px[2] == 3 * 255;
+        const bool white = kInkInput ? (px[0] | px[1] | px[2] | px[3]) == 0 : px[0] + px[1] + px[2] == 3 * 255;
         if (white) {
             // No dot anywhere; the pending error is dropped and the smoothing
             // and histories wait for the next coloured pixel.
@@ -186,13 +147,13 @@ INKDOT_FLATTEN uint32_t runColour(HtContext& ctx, const HtRun& run) {
             continue;
         }
 
-        const uint32_t m = tables.row.value(x);
+        const uint32_t m = tables.row(x);
         const uint32_t q = tables.q(x);
         const int32_t p = kPerturbationTable[q];
         const bool odd = (m & 1) != 0;
 
         InkLevels levels;
-        if (inkInput) {
+        if constexpr (kInkInput) {
             levels = inkBytes(px);
         } else {
             const NodeIndices nodes = chooseNodes(tables, px, q);
@@ -210,7 +171,7 @@ INKDOT_FLATTEN uint32_t runColour(HtContext& ctx, const HtRun& run) {
     }
 
     if ((run.count & 1) != 0) {
-        const ColourDots dots = oddPixelDots(tables, ctx.inputFormat, in, run.startX + diffused, ctx.matrixCells);
+        const ColourDots dots = oddPixelDots(tables, ctx.inputFormat, in, startX + diffused, maxThreshold(ctx));
         packer.dot(0, dots.dot[0]);
         packer.dot(1, dots.dot[1]);
         packer.dot(2, dots.dot[2]);
@@ -218,6 +179,25 @@ INKDOT_FLATTEN uint32_t runColour(HtContext& ctx, const HtRun& run) {
         packer.next();
     }
     packer.finish();  // the carries left over are discarded
+}
+
+template <class Family, class Tables, unsigned Planes>
+uint32_t runColour(HtContext& ctx, const HtRun& run) {
+    static_assert(Planes == 3 || Planes == 4);
+    if constexpr (Tables::kChecksRunArguments) {
+        if (run.count > ctx.width || run.startX > ctx.width - run.count) return RC_ARG + 6;
+        if (run.reserved10 != 0) return RC_ARG + 10;
+    }
+    // An empty matrix has no row to read; a cached row has room for 256 columns.
+    if (ctx.matrixWidth == 0 || ctx.matrixHeight == 0 || ctx.matrixWidth > Tables::kMaxMatrixWidth)
+        return RC_DATA;
+
+    applyContinuity(ctx, run, 3);
+    if (ctx.inputFormat == 4) {
+        diffuseColourRun<Family, Tables, Planes, true>(ctx, run);
+    } else {
+        diffuseColourRun<Family, Tables, Planes, false>(ctx, run);
+    }
     return RC_OK;
 }
 

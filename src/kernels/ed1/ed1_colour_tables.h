@@ -13,20 +13,9 @@
 #include "halftone/kernel.h"
 #include "kernels/ed1/perturbation.h"
 #include "kernels/grid_node.h"
+#include "kernels/matrix_row.h"
 
 namespace inkdot {
-
-// The matrix row of a run and its column mask.
-struct MatrixRow {
-    const uint16_t* cells;
-    uint32_t columnMask;  // matrixWidth - 1: the width is a power of two
-
-    MatrixRow(const HtContext& ctx, uint32_t lineNo)
-        : cells(slotData<uint16_t>(ctx, kThresholdMatrix) + (lineNo % ctx.matrixHeight) * ctx.matrixWidth),
-          columnMask(ctx.matrixWidth - 1) {}
-
-    uint32_t value(uint32_t x) const { return cells[x & columnMask]; }
-};
 
 // Tables read in place.
 class DirectColourTables {
@@ -35,7 +24,7 @@ public:
     static constexpr uint32_t kMaxMatrixWidth = 0xFFFFFFFF;  // the matrix is read where it lies
 
     DirectColourTables(const HtContext& ctx, uint32_t lineNo)
-        : row(ctx, lineNo),
+        : row(matrixRow(ctx, lineNo)),
           conversion(slotData<uint32_t>(ctx, kConversionTable)),
           gridCells_(slotData<uint8_t>(ctx, kGridCellTable)),
           tone_(slotData<uint16_t>(ctx, kToneTable)),
@@ -52,7 +41,7 @@ public:
         else return dotValueUnsigned_[level];
     }
     // q = bits 1..7 of the matrix value at column x.
-    uint32_t q(uint32_t x) const { return row.value(x) & 0xFE; }
+    uint32_t q(uint32_t x) const { return row(x) & 0xFE; }
 
     MatrixRow row;
     const uint32_t* conversion;
@@ -74,7 +63,7 @@ public:
     static constexpr uint32_t kMaxMatrixWidth = 256;
 
     CachedColourTables(const HtContext& ctx, uint32_t lineNo)
-        : row(ctx, lineNo), conversion(slotData<uint32_t>(ctx, kConversionTable)) {
+        : row(matrixRow(ctx, lineNo)), conversion(slotData<uint32_t>(ctx, kConversionTable)) {
         const uint8_t* cells = slotData<uint8_t>(ctx, kGridCellTable);
         const int16_t* dotValue = slotData<int16_t>(ctx, kDotValueTable);
         const int16_t* edThreshold = slotData<int16_t>(ctx, kEdThresholdTable);

@@ -13,6 +13,7 @@
 #include "kernels/ed1/perturbation.h"
 #include "kernels/ed1/spread_patterns.h"
 #include "kernels/kernels.h"
+#include "kernels/matrix_row.h"
 #include "kernels/packing.h"
 
 namespace inkdot {
@@ -57,8 +58,7 @@ template <class Family, InputStep Step>
     const int16_t* edThreshold = slotData<int16_t>(ctx, kEdThresholdTable);
     // The amount a dot removes, taken as unsigned 16 bits by these kernels.
     const uint16_t* dotValue = slotData<uint16_t>(ctx, kDotValueTable);
-    const uint16_t* matrixRow =
-        slotData<uint16_t>(ctx, kThresholdMatrix) + (run.lineNo % ctx.matrixHeight) * ctx.matrixWidth;
+    const uint16_t* rowCells = matrixRow(ctx, run.lineNo).cells;
     const uint32_t columnMask = ctx.matrixWidth - 1;  // the width is a power of two
     const SpreadThresholds bands = spreadThresholds(ctx);
     const uint8_t* src = run.src;
@@ -86,7 +86,7 @@ template <class Family, InputStep Step>
         if (level == 0) {
             Family::white(*cell, carry);
         } else {
-            const uint32_t m = matrixRow[column & columnMask];
+            const uint32_t m = rowCells[column & columnMask];
             // The curve holds 8-bit ink amounts; its low byte keeps an odd
             // entry from indexing past the 256-entry level tables.
             const uint32_t index = static_cast<uint8_t>(level);

@@ -27,31 +27,57 @@ inline bool aboveT4(const PixelClass& p, const SpreadThresholds& t) {
     return p.t4Inclusive ? p.level >= t.t4 : p.level > t.t4;
 }
 
+// Every family first sorts the level into a band by the thresholds, tested
+// in this order whatever the order of the thresholds themselves: 0 above t1,
+// 1 above t2, 2 above t3, 3 above t4 (or at it where the boundary is
+// inclusive), 4 below. The rules below are written on the band, so that the
+// kernels that spread through pattern tables build their tables from the
+// very same rules (colourPatternTable).
+inline constexpr unsigned kLevelBands = 5;
+
+inline unsigned levelBand(int32_t level, const SpreadThresholds& t, bool t4Inclusive) {
+    if (level > t.t1) return 0;
+    if (level > t.t2) return 1;
+    if (level > t.t3) return 2;
+    if (aboveT4({level, false, false, t4Inclusive}, t)) return 3;
+    return 4;
+}
+
+constexpr Pattern generalRule(unsigned band, bool dot, bool aForm) {
+    if (band == 0) return Pattern::G1;
+    if (!dot) return Pattern::G0;
+    if (band == 1) return aForm ? Pattern::G2a : Pattern::G2b;
+    if (band == 2) return Pattern::G3;
+    if (band == 3) return aForm ? Pattern::G4a : Pattern::G4b;
+    return aForm ? Pattern::G5a : Pattern::G5b;
+}
+
+// The lowest band's boundary is always exclusive here.
+constexpr Pattern rule1440x720(unsigned band, bool dot, bool aForm) {
+    if (!dot) return aForm ? Pattern::H0a : Pattern::H0b;
+    constexpr Pattern kByBand[kLevelBands] = {Pattern::H1, Pattern::H2, Pattern::H3, Pattern::H4, Pattern::H5};
+    return kByBand[band];
+}
+
+constexpr Pattern doubleYRule(unsigned band, bool dot, bool aForm) {
+    if (band == 0) return Pattern::Y1;
+    if (band == 1) return Pattern::Y2;
+    if (!dot) return Pattern::Y0;
+    if (band == 2) return Pattern::Y3;
+    if (band == 3) return Pattern::G3;
+    return aForm ? Pattern::G4a : Pattern::G4b;
+}
+
 inline Pattern chooseGeneral(const PixelClass& p, const SpreadThresholds& t) {
-    if (p.level > t.t1) return Pattern::G1;
-    if (!p.dot) return Pattern::G0;
-    if (p.level > t.t2) return p.aForm ? Pattern::G2a : Pattern::G2b;
-    if (p.level > t.t3) return Pattern::G3;
-    if (aboveT4(p, t)) return p.aForm ? Pattern::G4a : Pattern::G4b;
-    return p.aForm ? Pattern::G5a : Pattern::G5b;
+    return generalRule(levelBand(p.level, t, p.t4Inclusive), p.dot, p.aForm);
 }
 
 inline Pattern choose1440x720(const PixelClass& p, const SpreadThresholds& t) {
-    if (!p.dot) return p.aForm ? Pattern::H0a : Pattern::H0b;
-    if (p.level > t.t1) return Pattern::H1;
-    if (p.level > t.t2) return Pattern::H2;
-    if (p.level > t.t3) return Pattern::H3;
-    if (p.level > t.t4) return Pattern::H4;
-    return Pattern::H5;
+    return rule1440x720(levelBand(p.level, t, false), p.dot, p.aForm);
 }
 
 inline Pattern chooseDoubleY(const PixelClass& p, const SpreadThresholds& t) {
-    if (p.level > t.t1) return Pattern::Y1;
-    if (p.level > t.t2) return Pattern::Y2;
-    if (!p.dot) return Pattern::Y0;
-    if (p.level > t.t3) return Pattern::Y3;
-    if (aboveT4(p, t)) return Pattern::G3;
-    return p.aForm ? Pattern::G4a : Pattern::G4b;
+    return doubleYRule(levelBand(p.level, t, p.t4Inclusive), p.dot, p.aForm);
 }
 
 inline SpreadThresholds spreadThresholds(const HtContext& ctx) {

@@ -26,7 +26,33 @@ struct PatternTable {
 };
 
 // Column of a pattern row: no dot (0, 1) or dot (2, 3), each a form then b form.
-inline unsigned patternColumn(bool dot, bool aForm) { return (dot ? 2u : 0u) + (aForm ? 0u : 1u); }
+constexpr unsigned patternColumn(bool dot, bool aForm) { return (dot ? 2u : 0u) + (aForm ? 0u : 1u); }
+constexpr bool columnDot(unsigned column) { return column >= 2; }
+constexpr bool columnAForm(unsigned column) { return (column & 1) == 0; }
+
+// The table of a rule written on level bands (pattern_choice.h): row b holds
+// rule(b, dot, aForm) for the four columns.
+template <size_t kBands, class Rule>
+constexpr PatternTable<kBands> bandTable(Rule rule) {
+    PatternTable<kBands> table{};
+    for (unsigned b = 0; b < kBands; ++b)
+        for (unsigned c = 0; c < 4; ++c) table.band[b].column[c] = rule(b, columnDot(c), columnAForm(c));
+    return table;
+}
+
+// The same with the pixels without a dot in a row of their own (row 0) in
+// front of the level bands, for rules that test the dot first. A row never
+// meets the other dot decision, so its columns for that repeat the ones it
+// meets: spreadRow then does only the work of the patterns the row can use.
+template <size_t kBands, class Rule>
+constexpr PatternTable<1 + kBands> noDotFirstTable(Rule rule) {
+    PatternTable<1 + kBands> table{};
+    for (unsigned c = 0; c < 4; ++c) {
+        table.band[0].column[c] = rule(0, false, columnAForm(c));
+        for (unsigned b = 0; b < kBands; ++b) table.band[1 + b].column[c] = rule(b, true, columnAForm(c));
+    }
+    return table;
+}
 
 namespace detail {
 

@@ -23,6 +23,7 @@
 #include "kernels/force_inline.h"
 #include "kernels/grid_node.h"
 #include "kernels/kernels.h"
+#include "kernels/matrix_row.h"
 #include "kernels/packing.h"
 
 namespace inkdot {
@@ -185,18 +186,21 @@ INKDOT_FLATTEN void colourRun(HtContext& ctx, const HtRun& run) {
     gatherSplitRows(ctx, rows);
     Pixels pixels(ctx);
     const uint32_t scaleShift = matrixScaleShift(ctx.matrixCells);
-    const uint16_t* matrix = slotData<uint16_t>(ctx, kThresholdMatrix);
-    const uint16_t* rowA = matrix + (run.lineNo % ctx.matrixHeight) * ctx.matrixWidth;
-    const uint16_t* rowB = matrix + ((run.lineNo + kRowBOffset) % ctx.matrixHeight) * ctx.matrixWidth;
+    const uint16_t* rowA = matrixRow(ctx, run.lineNo).cells;
+    const uint16_t* rowB = matrixRow(ctx, run.lineNo + kRowBOffset).cells;
     const uint32_t columnMask = ctx.matrixWidth - 1;
     const ed2::SmallThresholds bands = ed2::smallThresholds(ctx);
     const InputStep step = inputStep(ctx.scaleMode, pixels.pixelBytes(), Pixels::kReducesPairs);
     const bool reduce = Pixels::kReducesPairs && ctx.scaleMode == -1;
     DiffusedPlane plane0{errorLine(ctx, 0)}, plane1{errorLine(ctx, 1)}, plane3{errorLine(ctx, 2)};
 
-    for (uint32_t i = 0; i < run.count; ++i) {
-        const uint32_t x = run.startX + i;
-        if (!pixels.load(run.src + step.offset(i), reduce)) {
+    // Kept in locals: the error cells written below may alias the run's fields.
+    const uint8_t* const src = run.src;
+    const uint32_t startX = run.startX;
+    const uint32_t count = run.count;
+    for (uint32_t i = 0; i < count; ++i) {
+        const uint32_t x = startX + i;
+        if (!pixels.load(src + step.offset(i), reduce)) {
             // White: the error pending at x is dropped in every diffused plane;
             // the history and the smoothing neighbour stay as they were.
             dropCell(plane0.line[x], plane0.carry);
@@ -218,7 +222,7 @@ INKDOT_FLATTEN void colourRun(HtContext& ctx, const HtRun& run) {
         const SplitRowInfo& row3 = rows[v.plane3()];
 
         const uint32_t m2 = rowA[(x + kPlane2Column) & columnMask];
-        out.set(2, kCodeByte[matrixOnlyCode(m2, row2.toneLarge, row2.toneLargeMedium, row2.toneTotal)]);
+        const uint32_t code2 = matrixOnlyCode(m2, row2.toneLarge, row2.toneLargeMedium, row2.toneTotal);
 
         plane0.noteSmallInk(row0);
         plane1.noteSmallInk(row1);
@@ -228,9 +232,11 @@ INKDOT_FLATTEN void colourRun(HtContext& ctx, const HtRun& run) {
         const uint32_t m3 = rowB[(x + kPlane3Column) & columnMask];
         // Plane 1's threshold moves against the others', so the planes do not
         // all favour the same cells.
-        out.set(0, kCodeByte[diffusePlane<Family>(plane0, x, row0, m0, p, odd, bands)]);
-        out.set(1, kCodeByte[diffusePlane<Family>(plane1, x, row1, m1, -p, odd, bands)]);
-        out.set(3, kCodeByte[diffusePlane<Family>(plane3, x, row3, m3, p, odd, bands)]);
+        const uint32_t code0 = diffusePlane<Family>(plane0, x, row0, m0, p, odd, bands);
+        const uint32_t code1 = diffusePlane<Family>(plane1, x, row1, m1, -p, odd, bands);
+        const uint32_t code3 = diffusePlane<Family>(plane3, x, row3, m3, p, odd, bands);
+        // All four codes, plane k in byte k, each repeated over its byte.
+        out.setAll((code0 | code1 << 8 | code2 << 16 | code3 << 24) * kCodeRepeat);
         out.next();
     }
     out.finish();

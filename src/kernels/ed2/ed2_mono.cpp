@@ -14,6 +14,7 @@
 #include "kernels/ed2/ed2_pattern_choice.h"
 #include "kernels/ed2/input_step.h"
 #include "kernels/kernels.h"
+#include "kernels/matrix_row.h"
 #include "kernels/packing.h"
 
 namespace inkdot {
@@ -57,7 +58,7 @@ uint32_t ed2Mono(HtContext& ctx, const HtRun& run) {
     const uint16_t* tone = slotData<uint16_t>(ctx, kToneTable);
     const uint8_t* split = slotData<uint8_t>(ctx, kDotSplitTable);
     const int16_t* smallThreshold = slotData<int16_t>(ctx, kEdThresholdTable);
-    const uint16_t* rowA = slotData<uint16_t>(ctx, kThresholdMatrix) + (run.lineNo % ctx.matrixHeight) * ctx.matrixWidth;
+    const uint16_t* rowA = matrixRow(ctx, run.lineNo).cells;
     const uint32_t columnMask = ctx.matrixWidth - 1;
     const ed2::SmallThresholds bands = ed2::smallThresholds(ctx);
     const InputStep step = inputStep(ctx.scaleMode, 1, ReducesPairs);

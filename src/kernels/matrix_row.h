@@ -1,6 +1,7 @@
 // One row of the threshold matrix, addressed by absolute column: the row is a
 // line number modulo the matrix height, the column is masked with
-// matrixWidth - 1 (the width is a power of two).
+// matrixWidth - 1 (the width is a power of two). Every kernel reads the
+// matrix through this.
 #pragma once
 
 #include <cstdint>
