@@ -5,7 +5,6 @@
 
 #include <vector>
 
-#include "kernels/paired_threshold.h"
 #include "kernels/kernels.h"
 #include "kernels/dither_fixture.h"
 
@@ -13,23 +12,6 @@ namespace inkdot::test {
 namespace {
 
 constexpr uint32_t kStride = 16;  // bytes between output planes in these tests
-
-TEST(PairedThreshold, AmountsThatFitNeverShareACell) {
-    // tA = 100, tB = 50: A below 100, B from 100 up to 150.
-    for (int32_t t : {0, 99}) EXPECT_TRUE(pairedThreshold(100, 50, 4095, t).a && !pairedThreshold(100, 50, 4095, t).b);
-    for (int32_t t : {100, 149}) EXPECT_TRUE(!pairedThreshold(100, 50, 4095, t).a && pairedThreshold(100, 50, 4095, t).b);
-    for (int32_t t : {150, 4095}) EXPECT_TRUE(!pairedThreshold(100, 50, 4095, t).a && !pairedThreshold(100, 50, 4095, t).b);
-}
-
-TEST(PairedThreshold, OverfullPairTakesBFromTheOtherEnd) {
-    // 3000 + 2000 > 4095: A below 3000, B above 4095 - 2000 = 2095; both on 2096..2999.
-    EXPECT_TRUE(pairedThreshold(3000, 2000, 4095, 0).a);
-    EXPECT_FALSE(pairedThreshold(3000, 2000, 4095, 2095).b);
-    EXPECT_TRUE(pairedThreshold(3000, 2000, 4095, 2096).a);
-    EXPECT_TRUE(pairedThreshold(3000, 2000, 4095, 2096).b);
-    EXPECT_FALSE(pairedThreshold(3000, 2000, 4095, 3000).a);
-    EXPECT_TRUE(pairedThreshold(3000, 2000, 4095, 3000).b);
-}
 
 TEST(Dither1Colour, ChosenForColourMatrixDitherOutsideModes0And2) {
     HandContext plain(colourSetup().settings());

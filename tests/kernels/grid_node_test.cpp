@@ -28,10 +28,5 @@ TEST(GridNode, NeighbourMaskExamples) {
     EXPECT_EQ(neighbourMask({0, 0, 0}, {-2, -2, -2}), 0u);  // the first pixel of a run
 }
 
-TEST(GridNode, SelectByMask) {
-    EXPECT_EQ(selectByMask(0xFFFFFFFFu, 7, 9), 7u);
-    EXPECT_EQ(selectByMask(0u, 7, 9), 9u);
-}
-
 }  // namespace
 }  // namespace inkdot

@@ -27,14 +27,12 @@ TEST(PairedThreshold, AgreesWithTheTwoCases) {
     }
 }
 
-TEST(PairedThreshold, Examples) {
-    // Fitting: A below 10, B from 10 to 30.
-    EXPECT_FALSE(pairedThreshold(10, 20, 63, 5).b);  // A's cell
-    EXPECT_TRUE(pairedThreshold(10, 20, 63, 15).b);
-    EXPECT_FALSE(pairedThreshold(10, 20, 63, 30).b);
-    // Overfull (50 + 40 > 63): B takes the cells above 63 - 40 = 23.
-    EXPECT_TRUE(pairedThreshold(50, 40, 63, 30).b);
-    EXPECT_FALSE(pairedThreshold(50, 40, 63, 20).b);
+// 3000 + 2000 > 4095: A below 3000, B above 4095 - 2000 = 2095; both on 2096..2999.
+TEST(PairedThreshold, OverfullPairTakesBFromTheOtherEnd) {
+    EXPECT_FALSE(pairedThreshold(3000, 2000, 4095, 2095).b);
+    EXPECT_TRUE(pairedThreshold(3000, 2000, 4095, 2096).a);
+    EXPECT_TRUE(pairedThreshold(3000, 2000, 4095, 2096).b);
+    EXPECT_FALSE(pairedThreshold(3000, 2000, 4095, 3000).a);
 }
 
 }  // namespace
