@@ -6,7 +6,7 @@
 #include <vector>
 
 #include "kernels/kernels.h"
-#include "kernels/dither_fixture.h"
+#include "support/hand_context.h"
 
 namespace inkdot::test {
 namespace {
@@ -16,11 +16,11 @@ constexpr uint32_t kStride = 16;  // bytes between output planes in these tests
 TEST(Dither1Colour, ChosenForColourMatrixDitherOutsideModes0And2) {
     HandContext plain(colourSetup().settings());
     EXPECT_EQ(plain.ready().kernel, &Dither1Colour);
-    DitherSetup hybrid = colourSetup();
+    KernelSetup hybrid = colourSetup();
     hybrid.ditherMode = 2;
     HandContext h(hybrid.settings());
     EXPECT_EQ(h.ready().kernel, &Dither1ColourHybrid);
-    DitherSetup fixed = colourSetup();
+    KernelSetup fixed = colourSetup();
     fixed.method = 0;
     HandContext t(fixed.settings());
     EXPECT_EQ(t.ready().kernel, &Threshold1Colour);
@@ -91,7 +91,7 @@ TEST(Dither1Colour, OddLastPixelPairsPlanes1And2AgainstTheTop) {
 // A 4 x 4 matrix (maxT 15) and tone 16 for the marked amounts: any plane
 // alone prints exactly where its amount is marked, whatever the matrix value.
 struct MarkedAmounts {
-    explicit MarkedAmounts(DitherSetup s = colourSetup()) : hc(s.settings()) {
+    explicit MarkedAmounts(KernelSetup s = colourSetup()) : hc(s.settings()) {
         hc.setMatrix(4, 4, std::vector<uint16_t>(16, 0));
     }
     void mark(std::initializer_list<uint8_t> amounts) {
@@ -201,7 +201,7 @@ TEST(Dither1Colour, WhiteInTheMainPassButLookedUpAsTheOddLastPixel) {
 }
 
 TEST(Dither1Colour, DoublingAndTheOddLastPixelReadTheNextInputPixel) {
-    DitherSetup s = colourSetup();
+    KernelSetup s = colourSetup();
     s.scaleMode = 1;
     MarkedAmounts t(s);
     t.mark({60});
@@ -215,7 +215,7 @@ TEST(Dither1Colour, DoublingAndTheOddLastPixelReadTheNextInputPixel) {
 }
 
 TEST(Dither1Colour, FourBytePixelsStepFourAndReadTheFirstThree) {
-    DitherSetup s = colourSetup();
+    KernelSetup s = colourSetup();
     s.inputFormat = 3;
     MarkedAmounts t(s);
     t.mark({60});
@@ -228,8 +228,8 @@ TEST(Dither1Colour, FourBytePixelsStepFourAndReadTheFirstThree) {
     EXPECT_EQ(bitsOf(out, kStride, 2, 3), "101");
 }
 
-DitherSetup inkInput() {
-    DitherSetup s = colourSetup();
+KernelSetup inkInput() {
+    KernelSetup s = colourSetup();
     s.inputFormat = 4;
     return s;
 }
@@ -256,7 +256,7 @@ TEST(Dither1Colour, InkInputWithoutInkIsWhiteOnlyInTheMainPass) {
 }
 
 TEST(Threshold1Colour, BitsAbove128PickTheSmallGridEntry) {
-    DitherSetup s = colourSetup();
+    KernelSetup s = colourSetup();
     s.method = 0;
     MarkedAmounts t(s);
     t.mark({70});
@@ -280,7 +280,7 @@ TEST(Threshold1Colour, BitsAbove128PickTheSmallGridEntry) {
 }
 
 TEST(Threshold1Colour, AllBitsSetIsWhiteOnlyInTheMainPass) {
-    DitherSetup s = colourSetup();
+    KernelSetup s = colourSetup();
     s.method = 0;
     MarkedAmounts t(s);
     t.mark({70});
@@ -292,7 +292,7 @@ TEST(Threshold1Colour, AllBitsSetIsWhiteOnlyInTheMainPass) {
 }
 
 TEST(Threshold1Colour, DoublingServesEachPixelTwice) {
-    DitherSetup s = colourSetup();
+    KernelSetup s = colourSetup();
     s.method = 0;
     s.scaleMode = 1;
     MarkedAmounts t(s);

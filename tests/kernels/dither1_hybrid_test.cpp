@@ -6,15 +6,15 @@
 #include <vector>
 
 #include "kernels/kernels.h"
-#include "kernels/dither_fixture.h"
+#include "support/hand_context.h"
 
 namespace inkdot::test {
 namespace {
 
 constexpr uint32_t kStride = 16;
 
-DitherSetup hybridSetup() {
-    DitherSetup s = colourSetup();
+KernelSetup hybridSetup() {
+    KernelSetup s = colourSetup();
     s.ditherMode = 0;
     return s;
 }
@@ -123,7 +123,7 @@ TEST(Dither1ColourHybrid, KeepsNoContinuityRuleAndNoRunEnd) {
 // Planes 0, 2 and 3 of the hybrid are Dither1Colour's, on random runs.
 TEST(Dither1ColourHybrid, OtherPlanesEqualDither1Colour) {
     std::mt19937 rng(11);
-    DitherSetup plainSetup = colourSetup();
+    KernelSetup plainSetup = colourSetup();
     HandContext hybrid(hybridSetup().settings()), plain(plainSetup.settings());
     for (HandContext* hc : {&hybrid, &plain}) {
         hc->setMatrix(16, 16, permutationMatrix(16, 5));

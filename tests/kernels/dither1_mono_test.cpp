@@ -6,7 +6,7 @@
 
 #include "kernels/dither/run_checks.h"
 #include "kernels/kernels.h"
-#include "kernels/dither_fixture.h"
+#include "support/hand_context.h"
 
 namespace inkdot::test {
 namespace {
@@ -14,7 +14,7 @@ namespace {
 TEST(Dither1Mono, ChosenForMonochromeMatrixAndFixedThreshold) {
     HandContext matrix(monoSetup().settings());
     EXPECT_EQ(matrix.ready().kernel, &Dither1Mono);
-    DitherSetup fixed = monoSetup();
+    KernelSetup fixed = monoSetup();
     fixed.method = 0;
     HandContext threshold(fixed.settings());
     EXPECT_EQ(threshold.ready().kernel, &Dither1Mono);
@@ -57,7 +57,7 @@ TEST(Dither1Mono, MatrixRowFollowsLineAndColumnWraps) {
 }
 
 TEST(Dither1Mono, FixedThresholdTakesTheTableEnds) {
-    DitherSetup s = monoSetup();
+    KernelSetup s = monoSetup();
     s.method = 0;
     HandContext hc(s.settings());
     hc.setFlatMatrix(2, 2, 5);
@@ -73,7 +73,7 @@ TEST(Dither1Mono, FixedThresholdTakesTheTableEnds) {
 }
 
 TEST(Dither1Mono, DoublingServesEachByteTwice) {
-    DitherSetup s = monoSetup();
+    KernelSetup s = monoSetup();
     s.scaleMode = 1;
     HandContext hc(s.settings());
     hc.setFlatMatrix(1, 1, 0);
@@ -85,7 +85,7 @@ TEST(Dither1Mono, DoublingServesEachByteTwice) {
 }
 
 TEST(Dither1Mono, HalvingTakesTheSmallerOfTwoBytes) {
-    DitherSetup s = monoSetup();
+    KernelSetup s = monoSetup();
     s.scaleMode = -1;
     HandContext hc(s.settings());
     hc.setFlatMatrix(1, 1, 0);

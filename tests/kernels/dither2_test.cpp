@@ -7,7 +7,7 @@
 #include <vector>
 
 #include "kernels/kernels.h"
-#include "kernels/dither_fixture.h"
+#include "support/hand_context.h"
 
 namespace inkdot::test {
 namespace {
@@ -99,7 +99,7 @@ TEST(Dither2Mono, OnePixelAtOffset3FillsTheLowBitsOnly) {
 TEST(Dither2Mono, HalvingIsTheDoubleYKernelsOnly) {
     const std::vector<uint8_t> in = {5, 9, 9, 5, 9, 9, 5, 5};
     for (bool dy : {false, true}) {
-        DitherSetup s = monoSetup(2);
+        KernelSetup s = monoSetup(2);
         s.scaleMode = -1;
         HandContext hc((dy ? doubleY(s) : s).settings());
         splitRows(hc, {}, {}, {3});
@@ -111,7 +111,7 @@ TEST(Dither2Mono, HalvingIsTheDoubleYKernelsOnly) {
 }
 
 TEST(Dither2Mono, DoublingServesEachByteTwice) {
-    DitherSetup s = monoSetup(2);
+    KernelSetup s = monoSetup(2);
     s.scaleMode = 1;
     HandContext hc(s.settings());
     splitRows(hc, {}, {}, {3});
@@ -165,7 +165,7 @@ TEST(Dither2Colour, OddLastPixelTakesTheNearestNodeAndDropsSmallAmounts) {
 }
 
 TEST(Dither2Colour, InkInputLastPixelKeepsSmallAmounts) {
-    DitherSetup s = colourSetup(2);
+    KernelSetup s = colourSetup(2);
     s.inputFormat = 4;
     HandContext hc(s.settings());
     lastPixelRows(hc);
@@ -178,7 +178,7 @@ TEST(Dither2Colour, InkInputLastPixelKeepsSmallAmounts) {
 }
 
 TEST(Dither2Colour, InkInputMainPassTakesAmountsAndSkipsPixelsWithoutInk) {
-    DitherSetup s = colourSetup(2);
+    KernelSetup s = colourSetup(2);
     s.inputFormat = 4;
     HandContext hc(s.settings());
     hc.setMatrix(4, 4, std::vector<uint16_t>(16, 0));
@@ -218,7 +218,7 @@ TEST(Dither2Colour, SmoothsWithRoundingFromRowA) {
 }
 
 TEST(Dither2Colour, DoublingAndTheOddLastPixelReadTheNextInputPixel) {
-    DitherSetup s = colourSetup(2);
+    KernelSetup s = colourSetup(2);
     s.scaleMode = 1;
     HandContext hc(s.settings());
     hc.setMatrix(4, 4, std::vector<uint16_t>(16, 0));
@@ -262,8 +262,8 @@ TEST_P(DoubleYSister, IsTheSisterPlusTheHalving) {
     const uint32_t pixelBytes = colour ? 3 : 1;
     std::mt19937 rng(23);
     for (int32_t scaleMode : {-1, 0}) {
-        DitherSetup sister = colour ? colourSetup(2) : monoSetup(2);
-        DitherSetup halving = doubleY(sister);
+        KernelSetup sister = colour ? colourSetup(2) : monoSetup(2);
+        KernelSetup halving = doubleY(sister);
         halving.scaleMode = scaleMode;
         HandContext a(halving.settings()), b(sister.settings());
         randomTwoBitTables(a, 9);

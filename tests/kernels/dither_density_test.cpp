@@ -6,7 +6,7 @@
 #include <vector>
 
 #include "kernels/kernels.h"
-#include "kernels/dither_fixture.h"
+#include "support/hand_context.h"
 
 namespace inkdot::test {
 namespace {
@@ -68,7 +68,7 @@ void colourNode(HandContext& hc, uint32_t seed) {
 
 TEST_P(Density, Dither1ColourAndThreshold1Colour) {
     for (uint32_t method : {3u, 0u}) {
-        DitherSetup s = colourSetup();
+        KernelSetup s = colourSetup();
         s.method = method;
         HandContext hc(s.settings());
         colourNode(hc, GetParam());
@@ -84,7 +84,7 @@ TEST_P(Density, Dither1ColourAndThreshold1Colour) {
 }
 
 TEST_P(Density, Threshold1ColourDarkPatch) {
-    DitherSetup s = colourSetup();
+    KernelSetup s = colourSetup();
     s.method = 0;
     HandContext hc(s.settings());
     colourNode(hc, GetParam());
@@ -94,7 +94,7 @@ TEST_P(Density, Threshold1ColourDarkPatch) {
 }
 
 TEST_P(Density, Dither1ColourHybrid) {
-    DitherSetup s = colourSetup();
+    KernelSetup s = colourSetup();
     s.ditherMode = 2;
     HandContext hc(s.settings());
     colourNode(hc, GetParam());
@@ -112,7 +112,7 @@ TEST_P(Density, Dither1ColourHybrid) {
 
 TEST_P(Density, Dither2MonoGray) {
     for (bool dy : {false, true}) {
-        DitherSetup s = monoSetup(2);
+        KernelSetup s = monoSetup(2);
         if (dy) s = doubleY(s), s.scaleMode = -1;
         HandContext hc(s.settings());
         hc.setMatrix(kSide, kSide, matrixFor(GetParam()));
@@ -129,7 +129,7 @@ TEST_P(Density, Dither2MonoGray) {
 
 TEST_P(Density, Dither2Colour) {
     for (bool dy : {false, true}) {
-        DitherSetup s = colourSetup(2);
+        KernelSetup s = colourSetup(2);
         if (dy) s = doubleY(s), s.scaleMode = -1;
         HandContext hc(s.settings());
         colourNode(hc, GetParam());

@@ -40,20 +40,9 @@ const KernelCase k1440B{"Colour1440x720B", 1440, 720, 0, Ed1Colour1440x720B, 0};
 const KernelCase kAllCases[] = {kGeneral, k1440, kDoubleY, kGeneralB, k1440B};
 
 HtSettings settingsFor(const KernelCase& k, uint32_t inputFormat = 2, uint32_t colourMode = 1) {
-    HtSettings s{};
-    s.method = 1;
-    s.inputFormat = inputFormat;  // 2: three colour bytes a pixel
-    s.colourMode = colourMode;
-    s.resolutionX = k.resolutionX;
-    s.resolutionY = k.resolutionY;
-    s.outputBits = 1;
-    s.scaleMode = k.scaleMode;
-    s.width = kWidth;
-    return s;
-}
-
-uint32_t packLevels(uint8_t l0, uint8_t l1, uint8_t l2, uint8_t l3) {
-    return l0 | (l1 << 8) | (l2 << 16) | (static_cast<uint32_t>(l3) << 24);
+    return test::KernelSetup{.inputFormat = inputFormat, .colourMode = colourMode, .resolutionX = k.resolutionX,
+                             .resolutionY = k.resolutionY, .scaleMode = k.scaleMode, .width = kWidth}
+        .settings();
 }
 
 // Input pixels, built one at a time.
@@ -78,7 +67,7 @@ public:
     }
     void palette(uint8_t k, uint8_t l0, uint8_t l1, uint8_t l2, uint8_t l3) {
         hc.setGridCell(k, 3 * k, 255);
-        hc.setNode(3 * k, 3 * k, 3 * k, packLevels(l0, l1, l2, l3));
+        hc.setNode(3 * k, 3 * k, 3 * k, test::packInks(l0, l1, l2, l3));
     }
     // Every diffused line's cell of column x.
     void preload(uint32_t x, int32_t value) {
@@ -109,7 +98,7 @@ void setPreviousPixel(Rig& r, int32_t i2, uint8_t l0, uint8_t l1, uint8_t l2, ui
     r.hc.setGridCell(10, 3, 255);
     r.hc.setGridCell(20, 6, 255);
     r.hc.setGridCell(30, static_cast<uint8_t>(i2), 255);
-    r.hc.setNode(i2, 6, 3, packLevels(l0, l1, l2, l3));
+    r.hc.setNode(i2, 6, 3, test::packInks(l0, l1, l2, l3));
     for (uint8_t l : {l0, l1, l3}) {
         r.hc.dotValue[l] = l;
         r.hc.edThreshold[l] = -1000;
@@ -346,7 +335,7 @@ TEST(Ed1Colour, OddPixelChoosesNodesAtMidMatrixAndDropsFaintLevels) {
         SCOPED_TRACE(k.name);
         OddPixel o(k);
         o.r.hc.setGridCell(70, 3, 128);  // upper node at q = 128, lower at the matrix's q = 10
-        o.r.hc.setNode(4, 4, 4, packLevels(31, 0, 0, 40));
+        o.r.hc.setNode(4, 4, 4, test::packInks(31, 0, 0, 40));
         o.r.hc.tone[31] = 1000;
         o.r.hc.tone[40] = 1000;
         ASSERT_EQ(o.r.run(Pixels().rgb(70, 70, 70), 1), RC_OK);

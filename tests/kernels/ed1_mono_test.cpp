@@ -31,14 +31,9 @@ constexpr MonoClass kDoubleY{"Ed1MonoDoubleY", 360, 720};
 constexpr MonoClass kAllClasses[] = {kGeneral, k1440x720, kDoubleY};
 
 HtSettings monoSettings(const MonoClass& c, uint32_t width, int32_t scaleMode = 0) {
-    HtSettings s{};
-    s.method = 1;  // error diffusion
-    s.resolutionX = c.resolutionX;
-    s.resolutionY = c.resolutionY;
-    s.outputBits = 1;
-    s.scaleMode = scaleMode;
-    s.width = width;
-    return s;
+    return test::KernelSetup{.resolutionX = c.resolutionX, .resolutionY = c.resolutionY, .scaleMode = scaleMode,
+                             .width = width}
+        .settings();
 }
 
 // A small one-bit instance: spread thresholds 32, 9, 4, 2, a flat matrix.

@@ -3,16 +3,12 @@
 #include <vector>
 
 #include "kernels/ed2/matrix_scale.h"
-#include "kernels/ed2_fixture.h"
+#include "support/hand_context.h"
 
 namespace inkdot::test {
 namespace {
 
 constexpr uint32_t kWidth = 64;
-
-uint32_t pack(uint8_t v0, uint8_t v1, uint8_t v2, uint8_t v3) {
-    return v0 | uint32_t{v1} << 8 | uint32_t{v2} << 16 | uint32_t{v3} << 24;
-}
 
 struct Colour : Ed2Hand {
     explicit Colour(uint32_t inputFormat = 2, uint32_t resX = 720, uint32_t resY = 720, int32_t scaleMode = 0)
@@ -47,12 +43,12 @@ TEST(Ed2ColourWorkedExample, NodeChoiceAndSmoothing) {
     c.setGridCell(10, 3, 255);
     c.setGridCell(20, 6, 255);
     c.setGridCell(30, 7, 255);
-    c.setNode(7, 6, 3, pack(20, 30, 40, 50));
+    c.setNode(7, 6, 3, packInks(20, 30, 40, 50));
     // This pixel: {3, 200} stays, {5, 60} and {7, 130} move up at q = 130.
     c.setGridCell(40, 3, 200);
     c.setGridCell(50, 5, 60);
     c.setGridCell(60, 7, 130);
-    c.conversion[8387] = pack(16, 32, 48, 64);
+    c.conversion[8387] = packInks(16, 32, 48, 64);
     // Only the smoothed values 18, 31, 44, 57 have ink, each with its own code.
     c.largeRow(18);
     c.mediumRow(31);
@@ -73,7 +69,7 @@ TEST(Ed2ColourGrid, WeightLimitsOfTheNodeChoice) {
         c.setCell(0, 24, mP);
         c.setGridCell(1, 0, 255);  // never moves, even at q = 254
         c.setGridCell(2, 4, 0);    // always moves, even at q = 0
-        c.setNode(5, 0, 0, pack(1, 0, 0, 0));
+        c.setNode(5, 0, 0, packInks(1, 0, 0, 0));
         c.largeRow(1);
         ASSERT_EQ(c.runPixels({1, 1, 2}, 1, 0), RC_OK);
         EXPECT_EQ(c.out.code(0, 0), 3u) << "mP " << mP;
@@ -96,8 +92,8 @@ TEST_P(Ed2ColourScaleShift, NodeChoiceSeesTheScaledMatrixValue) {
         c.setCell(0, 24 % s.width, static_cast<uint16_t>(mP));
         c.setGridCell(0, 0, 255);
         c.setGridCell(1, 0, 100);
-        c.setNode(0, 0, 0, pack(2, 0, 0, 0));
-        c.setNode(0, 0, 1, pack(1, 0, 0, 0));
+        c.setNode(0, 0, 0, packInks(2, 0, 0, 0));
+        c.setNode(0, 0, 1, packInks(1, 0, 0, 0));
         c.largeRow(1);
         c.mediumRow(2);
         ASSERT_EQ(c.runPixels({1, 0, 0}, 1, 0), RC_OK);
@@ -119,9 +115,9 @@ struct Smoothing : Colour {
         mediumRow(11);
         smallOnlyRow(13);
         mediumRow(10);
-        setNode(1, 0, 1, pack(0, 0, 10, 0));  // bytes (10, 0, 10)
-        setNode(0, 0, 2, pack(0, 0, 13, 0));  // bytes (20, 0, 0): nodes differ by (1, 0, -1)
-        setNode(1, 0, 3, pack(0, 0, 13, 0));  // bytes (30, 0, 10): node 0 differs by 2
+        setNode(1, 0, 1, packInks(0, 0, 10, 0));  // bytes (10, 0, 10)
+        setNode(0, 0, 2, packInks(0, 0, 13, 0));  // bytes (20, 0, 0): nodes differ by (1, 0, -1)
+        setNode(1, 0, 3, packInks(0, 0, 13, 0));  // bytes (30, 0, 10): node 0 differs by 2
     }
 };
 
@@ -147,7 +143,7 @@ TEST(Ed2ColourSmoothing, TwoNodesApartIsNotSmoothed) {
 
 TEST(Ed2ColourSmoothing, ChainsThroughWhitePixelsWithTheSmoothedValues) {
     Smoothing c;
-    c.setNode(1, 0, 2, pack(0, 0, 20, 0));  // bytes (20, 0, 10)
+    c.setNode(1, 0, 2, packInks(0, 0, 20, 0));  // bytes (20, 0, 10)
     c.largeRow(16);     // (12 + 20 + 1) >> 1: the chain carries the smoothed 12
     c.smallOnlyRow(17); // (13 + 20 + 1) >> 1 would mean the raw 13 was kept
     ASSERT_EQ(c.runPixels({10, 0, 10, 255, 255, 255, 20, 0, 0, 20, 0, 10}, 4, 0), RC_OK);
@@ -162,7 +158,7 @@ TEST(Ed2ColourWhite, ThreeChannelWhiteDropsEveryCell) {
     c.fillLines(3200);
     c.setGridCell(255, 31, 255);
     c.setGridCell(254, 31, 255);
-    c.setNode(31, 31, 31, pack(1, 1, 1, 1));
+    c.setNode(31, 31, 31, packInks(1, 1, 1, 1));
     c.largeRow(1);
     ASSERT_EQ(c.runPixels({255, 255, 255, 255, 255, 254}, 2, 3), RC_OK);
     for (unsigned k = 0; k < 4; ++k) {
@@ -334,7 +330,7 @@ TEST(Ed2ColourInput, DoubleYRgbTakesTheSmallerChannelBytes) {
     Colour c(2, 720, 1440, -1);
     c.setGridCell(254, 2, 255);
     c.setGridCell(255, 3, 255);
-    c.setNode(2, 3, 3, pack(5, 0, 0, 0));
+    c.setNode(2, 3, 3, packInks(5, 0, 0, 0));
     c.largeRow(5);
     ASSERT_EQ(c.runPixels({255, 255, 255, 255, 255, 254}, 1, 0), RC_OK);
     EXPECT_EQ(c.out.code(0, 0), 3u) << "(255, 255, 254) is not white";

@@ -2,7 +2,7 @@
 
 #include <vector>
 
-#include "kernels/ed2_fixture.h"
+#include "support/hand_context.h"
 #include "kernels/kernels.h"
 
 namespace inkdot::test {

@@ -6,7 +6,7 @@
 #include <random>
 #include <vector>
 
-#include "kernels/ed2_fixture.h"
+#include "support/hand_context.h"
 
 namespace inkdot::test {
 namespace {
@@ -14,27 +14,11 @@ namespace {
 constexpr uint32_t kPatchWidth = 256;
 constexpr uint32_t kPatchLines = 64;
 
-// A 64 x 64 ordered matrix holding every value 0..4095 once.
-std::vector<uint16_t> bayer64() {
-    std::vector<uint16_t> cells(64 * 64);
-    for (uint32_t y = 0; y < 64; ++y) {
-        for (uint32_t x = 0; x < 64; ++x) {
-            uint32_t v = 0;
-            for (uint32_t bit = 0; bit < 6; ++bit) {
-                const uint32_t xb = (x >> bit) & 1, yb = (y >> bit) & 1;
-                v |= ((xb ^ yb) << (2 * (5 - bit) + 1)) | (yb << (2 * (5 - bit)));
-            }
-            cells[y * 64 + x] = static_cast<uint16_t>(v);
-        }
-    }
-    return cells;
-}
-
 // Tables as the resource protocol would build them for a 64 x 64 matrix:
 // tone 16 i reaching 4096 at 255, split rows that move from small to medium
 // to large dots as the amount grows, thresholds near the middle.
 void realisticTables(Ed2Hand& h) {
-    h.setMatrix(64, 64, bayer64());
+    h.setMatrix(64, 64, bayerMatrix(64));
     for (uint32_t i = 0; i < 255; ++i) h.tone[i] = static_cast<uint16_t>(16 * i);
     h.tone[255] = 4096;
     for (uint32_t a = 0; a < 256; ++a) {
@@ -65,7 +49,7 @@ TEST_P(Ed2MonoDensity, DotsFollowTheAmount) {
         std::vector<uint8_t> out(kPatchWidth / 4);
         for (uint32_t y = 0; y < kPatchLines; ++y) {
             ASSERT_EQ(h.run(in.data(), out.data(), 0, 0, kPatchWidth, 0, y), RC_OK);
-            for (uint32_t i = 0; i < kPatchWidth; ++i) count.dots[0] += ((out[i / 4] >> (6 - 2 * (i % 4))) & 3) != 0;
+            for (uint32_t i = 0; i < kPatchWidth; ++i) count.dots[0] += codeAt(out.data(), i) != 0;
             count.pixels += kPatchWidth;
         }
         EXPECT_NEAR(count.fraction(0), amount / 255.0, 0.02) << "amount " << int{amount} << " class " << resX;
@@ -91,7 +75,7 @@ TEST_P(Ed2ColourDensity, DiffusedPlanesFollowTheAmountAndPlaneTwoTheTone) {
             ASSERT_EQ(h.run(in.data(), out.data(), kStride, 0, kPatchWidth, 0, y), RC_OK);
             for (unsigned k = 0; k < 4; ++k)
                 for (uint32_t i = 0; i < kPatchWidth; ++i)
-                    count.dots[k] += ((out[k * kStride + i / 4] >> (6 - 2 * (i % 4))) & 3) != 0;
+                    count.dots[k] += codeAt(out.data() + k * kStride, i) != 0;
             count.pixels += kPatchWidth;
         }
         const uint8_t amounts[4] = {ink.v0, ink.v1, ink.v2, ink.v3};
