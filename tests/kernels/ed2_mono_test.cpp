@@ -1,5 +1,7 @@
 #include <gtest/gtest.h>
 
+#include <array>
+#include <utility>
 #include <vector>
 
 #include "support/hand_context.h"
@@ -19,77 +21,57 @@ struct Mono : Ed2Hand {
     }
 };
 
-// The worked example: tone 16 i, row {40, 60, 0} with threshold 100, cell 320.
-struct WorkedExample : Mono {
-    static constexpr uint8_t kInput = 7;
-    static constexpr uint8_t kRow = 50;
-    static constexpr uint32_t kX = 10;
-    explicit WorkedExample(uint16_t matrixValue) {
-        setFlatMatrix(1, 1, matrixValue);
-        mapGray(kInput, kRow);
-        setSplit(kRow, 40, 60, 0);
-        edThreshold[kRow] = 100;
-        line(0)[kX] = 320;
-    }
-    void expectG1Spread() {
-        // err = 110 - 255 = -145 spread by G1 (the medium amount forces it).
-        EXPECT_EQ(line(0)[kX], -1160);
-        EXPECT_EQ(line(0)[kX + 1], -1160);
-        EXPECT_EQ(line(0)[kX + 2], -580);
-        EXPECT_EQ(line(0)[kX - 1], -580);
-        EXPECT_EQ(line(0)[kX - 2], -580);
-        EXPECT_EQ(line(0)[kX - 3], 0);
-        EXPECT_EQ(line(0)[kX + 3], 0);
-    }
+// One run from column x over a cell holding `cell`: the first byte reads
+// split row 50 (tone 16 i), the code of the first pixel and the cells after
+// the run are checked.
+struct OnePixel {
+    const char* what;
+    uint16_t matrix;
+    std::array<uint8_t, 3> split;
+    int16_t threshold;
+    uint32_t x;
+    int32_t cell;
+    std::vector<uint8_t> in;
+    uint8_t out;
+    std::vector<std::pair<int, int32_t>> cells;  // column, value
 };
 
-TEST(Ed2MonoWorkedExample, MatrixBelowMediumTonePrintsMedium) {
-    WorkedExample w(500);  // tone(60) + tone(0) = 960 > 500
-    ASSERT_EQ(w.runBytes({WorkedExample::kInput}, WorkedExample::kX), RC_OK);
-    EXPECT_EQ(w.out[0], 0x80);  // code 2 in the top pair
-    w.expectG1Spread();
-}
+// The worked example: row {40, 60, 0}, threshold 100, cell 320, err 110 - 255
+// spread by G1 (the medium amount forces it).
+const std::vector<std::pair<int, int32_t>> kWorkedG1 = {{10, -1160}, {11, -1160}, {12, -580}, {9, -580},
+                                                      {8, -580},   {7, 0},       {13, 0}};
+const OnePixel kOnePixelCases[] = {
+    {"worked: matrix 500 below tone(60) + tone(0) = 960 prints medium", 500, {40, 60, 0}, 100, 10, 320, {7}, 0x80,
+     kWorkedG1},
+    {"worked: matrix 1000 (p -20) leaves the small dot to diffusion", 1000, {40, 60, 0}, 100, 10, 320, {7}, 0x40,
+     kWorkedG1},
+    {"worked: the white pixel replaces its cell with the carry", 500, {40, 60, 0}, 100, 10, 320, {7, 255}, 0x80,
+     {{11, -580}}},
+    {"-33 reads -1 (truncating): sum 9 reaches the threshold, G2a on an even cell", 0, {10, 0, 0}, 9 - 24, 5, -33,
+     {1}, 0x40, {{5, 4 * -246}, {10, 2 * -246}}},
+    {"33 reads 1: sum 11 stays below 12, G0 with the whole sum", 0, {10, 0, 0}, 12 - 24, 5, 33, {1}, 0x00,
+     {{5, 8 * 11}}},
+    {"large dot whatever the sum, removing 255, G1", 0, {0, 0, 200}, 128, 0, -320000, {2}, 0xC0,
+     {{0, 8 * (-10000 + 200 - 255)}}},
+    {"a full row with a dot diffuses just the cell", 0, {55, 100, 100}, 128, 3, 32 * 7, {2}, 0xC0, {{3, 8 * 7}}},
+    {"no small amount never prints and diffuses the whole sum (G0)", 4095, {0, 0, 0}, -1000, 3, 32 * 300, {2}, 0x00,
+     {{3, 8 * 300}, {4, 8 * 300}}},
+    {"white drops the cell and prints nothing", 0, {0, 0, 255}, 128, 4, 5000, {255}, 0x00, {{4, 0}}},
+};
 
-TEST(Ed2MonoWorkedExample, MatrixAboveMediumToneLeavesTheSmallDotToDiffusion) {
-    WorkedExample w(1000);  // bits 1..7 give 232: threshold 100 - 20, sum 110 prints small
-    ASSERT_EQ(w.runBytes({WorkedExample::kInput}, WorkedExample::kX), RC_OK);
-    EXPECT_EQ(w.out[0], 0x40);
-    w.expectG1Spread();
-}
-
-TEST(Ed2MonoWorkedExample, CarryLandsOnTheNextPixelsCell) {
-    WorkedExample w(500);
-    ASSERT_EQ(w.runBytes({WorkedExample::kInput, 255}, WorkedExample::kX), RC_OK);
-    // The white pixel replaces its cell (-1160 pending) with the carry -580.
-    EXPECT_EQ(w.line(0)[WorkedExample::kX + 1], -580);
-    EXPECT_EQ(w.out[0], 0x80);
-}
-
-// Cells are read by division truncating toward zero.
-TEST(Ed2MonoCells, NegativeCellReadsTruncatingTowardZero) {
-    Mono m;
-    m.setFlatMatrix(1, 1, 0);  // perturbation +24, even
-    m.setSplit(3, 10, 0, 0);
-    m.mapGray(1, 3);
-    m.edThreshold[3] = 9 - 24;  // threshold exactly sum when -33 reads as -1
-    m.line(0)[5] = -33;
-    m.runBytes({1}, 5);
-    EXPECT_EQ(m.out[0], 0x40) << "-33 reads -1: sum 9 reaches the threshold";
-    // err = 9 - 255; s = 10 lies between T2 and T1 with a dot: G2a on an even cell.
-    EXPECT_EQ(m.line(0)[5], 4 * -246);
-    EXPECT_EQ(m.line(0)[10], 2 * -246);
-}
-
-TEST(Ed2MonoCells, PositiveCellReadsDown) {
-    Mono m;
-    m.setFlatMatrix(1, 1, 0);
-    m.setSplit(3, 10, 0, 0);
-    m.mapGray(1, 3);
-    m.edThreshold[3] = 12 - 24;
-    m.line(0)[5] = 33;  // reads 1: sum 11 stays below 12
-    m.runBytes({1}, 5);
-    EXPECT_EQ(m.out[0], 0x00);
-    EXPECT_EQ(m.line(0)[5], 8 * 11) << "no dot: G0 with the whole sum";
+TEST(Ed2Mono, OnePixelCases) {
+    for (const OnePixel& c : kOnePixelCases) {
+        SCOPED_TRACE(c.what);
+        Mono m;
+        m.setFlatMatrix(1, 1, c.matrix);
+        m.setSplit(50, c.split[0], c.split[1], c.split[2]);
+        m.mapGray(c.in[0], 50);
+        m.edThreshold[50] = c.threshold;
+        m.line(0)[c.x] = c.cell;
+        ASSERT_EQ(m.runBytes(c.in, c.x), RC_OK);
+        EXPECT_EQ(m.out[0], c.out);
+        for (auto [column, value] : c.cells) EXPECT_EQ(m.line(0)[column], value) << "column " << column;
+    }
 }
 
 // Small-dot threshold + p: a sum equal to it prints. Only bits 1..7 count.
@@ -116,41 +98,6 @@ INSTANTIATE_TEST_SUITE_P(Values, Ed2MonoPerturbation,
                                            PerturbationCase{1000, -20}, PerturbationCase{254, -24},
                                            PerturbationCase{0x1FE, -24}, PerturbationCase{7, 24}));
 
-TEST(Ed2MonoDots, LargeDotWhateverTheSumAndEveryDotRemoves255) {
-    Mono m;
-    m.setFlatMatrix(1, 1, 0);
-    m.setSplit(9, 0, 0, 200);
-    m.mapGray(2, 9);
-    m.line(0)[0] = -320000;  // reads -10000
-    m.runBytes({2}, 0);
-    EXPECT_EQ(m.out[0], 0xC0);
-    EXPECT_EQ(m.line(0)[0], 8 * (-10000 + 200 - 255));  // G1 (large amount), weight 8 at x
-}
-
-TEST(Ed2MonoDots, FullRowWithADotDiffusesJustTheCell) {
-    Mono m;
-    m.setFlatMatrix(1, 1, 0);
-    m.setSplit(9, 55, 100, 100);  // 255 in all
-    m.mapGray(2, 9);
-    m.line(0)[3] = 32 * 7;
-    m.runBytes({2}, 3);
-    EXPECT_EQ(m.out[0], 0xC0);
-    EXPECT_EQ(m.line(0)[3], 8 * 7);
-}
-
-TEST(Ed2MonoDots, ZeroSmallAmountNeverPrintsAndDiffusesTheWholeSum) {
-    Mono m;
-    m.setFlatMatrix(1, 1, 4095);
-    m.setSplit(9, 0, 0, 0);
-    m.mapGray(2, 9);
-    m.edThreshold[9] = -1000;
-    m.line(0)[3] = 32 * 300;
-    m.runBytes({2}, 3);
-    EXPECT_EQ(m.out[0], 0x00);
-    EXPECT_EQ(m.line(0)[3], 8 * 300);  // G0
-    EXPECT_EQ(m.line(0)[4], 8 * 300);
-}
-
 TEST(Ed2MonoDots, SplitRowShiftedByTheMatrixJitter) {
     Mono m;
     // Column x decides (value 0), column x + 24 jitters: 6 mod 4 = 2.
@@ -165,17 +112,6 @@ TEST(Ed2MonoDots, SplitRowShiftedByTheMatrixJitter) {
     m.monoCurve()[1 + 2 + 10] = 21;
     m.runBytes({10}, 5);
     EXPECT_EQ(m.out[0], 0x00);
-}
-
-TEST(Ed2MonoWhite, WhiteDropsTheCellAndPrintsNothing) {
-    Mono m;
-    m.setFlatMatrix(1, 1, 0);
-    m.line(0)[4] = 5000;
-    m.mapGray(255, 9);  // never consulted for white
-    m.setSplit(9, 0, 0, 255);
-    m.runBytes({255}, 4);
-    EXPECT_EQ(m.out[0], 0x00);
-    EXPECT_EQ(m.line(0)[4], 0);
 }
 
 TEST(Ed2MonoWhite, DoubleYReducesPairsToTheSmallerByte) {
