@@ -114,83 +114,49 @@ TEST(Ed1Colour, DispatchReachesEveryKernel) {
     EXPECT_EQ(ink.hc.ready().kernel, &Ed1ColourGeneral);
 }
 
-TEST(Ed1Colour, ConversionTakesTheMatrixChosenNode) {
-    for (const KernelCase& k : kAllCases) {
-        SCOPED_TRACE(k.name);
-        Rig r(k);
-        setExampleNode(r);
-        r.hc.tone[48] = 1000;  // plane 2 prints only at level 48 (m = 131)
-        ASSERT_EQ(r.run(Pixels().rgb(40, 50, 60).white(), 2, 5), RC_OK);
-        EXPECT_EQ(r.cell(0, 5), 8 * 16);
-        EXPECT_EQ(r.cell(1, 5), 8 * 32);
-        EXPECT_EQ(r.cell(2, 5), 8 * 64);  // plane 3 diffuses on the third line
-        EXPECT_EQ(r.plane(2), 0x80);      // the run's first pixel
-        EXPECT_EQ(r.plane(0) | r.plane(1) | r.plane(3), 0);
-    }
-}
+// The example pixel (40, 50, 60), after a previous pixel with nodes 3, 6, i2
+// or alone; the levels it diffuses show in its cell, and plane 2 prints only
+// where the tone table is marked.
+struct SmoothingCase {
+    const char* what;
+    uint16_t matrix;
+    int32_t previousI2;  // -1: no previous pixel
+    uint8_t previous[4];
+    uint8_t markedTone;
+    Pixels pixels;
+    uint32_t startX, column;
+    uint8_t levels[3];  // planes 0, 1, 3 in the column's cells
+    uint8_t plane2;
+};
 
-TEST(Ed1Colour, NeighbouringNodesAreAveraged) {
+TEST(Ed1Colour, NodeChoiceAndSmoothing) {
+    const SmoothingCase cases[] = {
+        {"conversion takes the matrix-chosen node", 0x83, -1, {}, 48, Pixels().rgb(40, 50, 60).white(), 5, 5,
+         {16, 32, 64}, 0x80},
+        {"one node step: (previous + level) >> 1 on odd cells", 0x83, 7, {20, 30, 40, 50}, 44,
+         Pixels().rgb(10, 20, 30).rgb(40, 50, 60), 0, 1, {18, 31, 57}, 0x40},
+        {"even cells round the average up", 0x82, 7, {21, 31, 41, 51}, 45, Pixels().rgb(10, 20, 30).rgb(40, 50, 60),
+         0, 1, {19, 32, 58}, 0x40},
+        {"two node steps: not averaged", 0x83, 6, {20, 30, 40, 50}, 48, Pixels().rgb(10, 20, 30).rgb(40, 50, 60), 0,
+         1, {16, 32, 64}, 0x40},
+        {"white pixels keep the smoothing state", 0x83, 7, {20, 30, 40, 50}, 44,
+         Pixels().rgb(10, 20, 30).white().rgb(40, 50, 60).white(), 0, 2, {18, 31, 57}, 0x20},
+    };
     for (const KernelCase& k : kAllCases) {
-        SCOPED_TRACE(k.name);
-        Rig r(k);
-        setExampleNode(r);
-        setPreviousPixel(r, 7, 20, 30, 40, 50);  // nodes 3, 6, 7: one step from 3, 6, 8
-        r.hc.tone[44] = 1000;
-        ASSERT_EQ(r.run(Pixels().rgb(10, 20, 30).rgb(40, 50, 60), 2), RC_OK);
-        // Odd cell: (previous + level) >> 1 gives 18, 31, 44, 57.
-        EXPECT_EQ(r.cell(0, 1), 8 * 18);
-        EXPECT_EQ(r.cell(1, 1), 8 * 31);
-        EXPECT_EQ(r.cell(2, 1), 8 * 57);
-        EXPECT_EQ(r.plane(2), 0x40);
-        EXPECT_EQ(r.plane(0), 0x80);  // the previous pixel's dots
-        EXPECT_EQ(r.plane(1), 0x80);
-        EXPECT_EQ(r.plane(3), 0x80);
-    }
-}
-
-TEST(Ed1Colour, EvenCellsRoundTheAverageUp) {
-    for (const KernelCase& k : kAllCases) {
-        SCOPED_TRACE(k.name);
-        Rig r(k);
-        r.hc.setMatrix(1, 1, {0x82});  // q = 130 as before, but even
-        setExampleNode(r);
-        setPreviousPixel(r, 7, 21, 31, 41, 51);
-        r.hc.tone[45] = 1000;
-        ASSERT_EQ(r.run(Pixels().rgb(10, 20, 30).rgb(40, 50, 60), 2), RC_OK);
-        EXPECT_EQ(r.cell(0, 1), 8 * 19);  // (21 + 16 + 1) >> 1
-        EXPECT_EQ(r.cell(1, 1), 8 * 32);
-        EXPECT_EQ(r.cell(2, 1), 8 * 58);
-        EXPECT_EQ(r.plane(2), 0x40);
-    }
-}
-
-TEST(Ed1Colour, DistantNodesAreNotAveraged) {
-    for (const KernelCase& k : kAllCases) {
-        SCOPED_TRACE(k.name);
-        Rig r(k);
-        setExampleNode(r);
-        setPreviousPixel(r, 6, 20, 30, 40, 50);  // i2 two steps away
-        r.hc.tone[48] = 1000;
-        ASSERT_EQ(r.run(Pixels().rgb(10, 20, 30).rgb(40, 50, 60), 2), RC_OK);
-        EXPECT_EQ(r.cell(0, 1), 8 * 16);
-        EXPECT_EQ(r.cell(1, 1), 8 * 32);
-        EXPECT_EQ(r.cell(2, 1), 8 * 64);
-        EXPECT_EQ(r.plane(2), 0x40);
-    }
-}
-
-TEST(Ed1Colour, WhitePixelsKeepTheSmoothingState) {
-    for (const KernelCase& k : kAllCases) {
-        SCOPED_TRACE(k.name);
-        Rig r(k);
-        setExampleNode(r);
-        setPreviousPixel(r, 7, 20, 30, 40, 50);
-        r.hc.tone[44] = 1000;
-        ASSERT_EQ(r.run(Pixels().rgb(10, 20, 30).white().rgb(40, 50, 60).white(), 4), RC_OK);
-        EXPECT_EQ(r.cell(0, 2), 8 * 18);
-        EXPECT_EQ(r.cell(1, 2), 8 * 31);
-        EXPECT_EQ(r.cell(2, 2), 8 * 57);
-        EXPECT_EQ(r.plane(2), 0x20);
+        for (const SmoothingCase& c : cases) {
+            SCOPED_TRACE(std::string(k.name) + ": " + c.what);
+            Rig r(k);
+            r.hc.setMatrix(1, 1, {c.matrix});
+            setExampleNode(r);
+            if (c.previousI2 >= 0) setPreviousPixel(r, c.previousI2, c.previous[0], c.previous[1], c.previous[2], c.previous[3]);
+            r.hc.tone[c.markedTone] = 1000;
+            const uint32_t count = static_cast<uint32_t>(c.pixels.bytes.size() / 3);
+            ASSERT_EQ(r.run(c.pixels, count, c.startX), RC_OK);
+            for (unsigned l = 0; l < 3; ++l) EXPECT_EQ(r.cell(l, c.column), 8 * c.levels[l]) << "line " << l;
+            EXPECT_EQ(r.plane(2), c.plane2);
+            const uint8_t previousDots = c.previousI2 >= 0 ? 0x80 : 0;  // the previous pixel prints planes 0, 1, 3
+            for (unsigned p : {0u, 1u, 3u}) EXPECT_EQ(r.plane(p), previousDots) << "plane " << p;
+        }
     }
 }
 
@@ -242,32 +208,26 @@ TEST(Ed1Colour, PlaneTwoIsDitheredByTheMatrix) {
 }
 
 // Every cell holds a large pending error, so a plane prints wherever it
-// diffuses and stays blank where it is idle.
-TEST(Ed1Colour, ActivityHistoryIdlesAfterFiveInklessPixels) {
+// diffuses and stays blank where it is idle: a plane idles after five pixels
+// without its ink, and white pixels do not count.
+TEST(Ed1Colour, ActivityHistory) {
+    struct Case { Pixels pixels; uint8_t plane0, plane1, plane3; };
+    const Case cases[] = {
+        {Pixels().rgb(1, 1, 1).repeat(7, 2), 0xF8, 0xF0, 0xFF},  // 9 then zeros: five; zeros from the start: four
+        {Pixels().rgb(1, 1, 1).white().repeat(4, 2).white().rgb(2, 2, 2), 0xBC, 0xB8, 0xBD},
+    };
     for (const KernelCase& k : kAllCases) {
-        SCOPED_TRACE(k.name);
-        Rig r(k);
-        r.palette(1, 9, 0, 0, 9);
-        r.palette(2, 0, 0, 0, 9);
-        for (uint32_t x = 0; x < 16; ++x) r.preload(x, 32 * 1000);
-        ASSERT_EQ(r.run(Pixels().rgb(1, 1, 1).repeat(7, 2), 8), RC_OK);
-        EXPECT_EQ(r.plane(0), 0xF8);  // level 9 then zeros: five pixels
-        EXPECT_EQ(r.plane(1), 0xF0);  // zeros from the start: four pixels
-        EXPECT_EQ(r.plane(3), 0xFF);
-    }
-}
-
-TEST(Ed1Colour, WhitePixelsDoNotCountInTheHistory) {
-    for (const KernelCase& k : kAllCases) {
-        SCOPED_TRACE(k.name);
-        Rig r(k);
-        r.palette(1, 9, 0, 0, 9);
-        r.palette(2, 0, 0, 0, 9);
-        for (uint32_t x = 0; x < 16; ++x) r.preload(x, 32 * 1000);
-        ASSERT_EQ(r.run(Pixels().rgb(1, 1, 1).white().repeat(4, 2).white().rgb(2, 2, 2), 8), RC_OK);
-        EXPECT_EQ(r.plane(0), 0xBC);  // pixels 0, 2, 3, 4, 5
-        EXPECT_EQ(r.plane(1), 0xB8);  // pixels 0, 2, 3, 4
-        EXPECT_EQ(r.plane(3), 0xBD);  // every coloured pixel
+        for (const Case& c : cases) {
+            SCOPED_TRACE(k.name);
+            Rig r(k);
+            r.palette(1, 9, 0, 0, 9);
+            r.palette(2, 0, 0, 0, 9);
+            for (uint32_t x = 0; x < 16; ++x) r.preload(x, 32 * 1000);
+            ASSERT_EQ(r.run(c.pixels, 8), RC_OK);
+            EXPECT_EQ(r.plane(0), c.plane0);
+            EXPECT_EQ(r.plane(1), c.plane1);
+            EXPECT_EQ(r.plane(3), c.plane3);
+        }
     }
 }
 
