@@ -8,10 +8,6 @@
 #include <utility>
 #include <vector>
 
-#include "kernels/ed1/diffusion_step.h"
-#include "kernels/ed1/pattern_choice.h"
-#include "kernels/ed1/perturbation.h"
-#include "kernels/ed1/spread_patterns.h"
 #include "kernels/kernels.h"
 #include "support/hand_context.h"
 
@@ -51,9 +47,6 @@ struct Mono {
         h.ctx.prevRunEnd = end;
     }
     int32_t& cell(int column) { return h.line(0)[column]; }
-    uint32_t matrixAt(uint32_t line, uint32_t column) const {
-        return h.matrix[(line % h.ctx.matrixHeight) * h.ctx.matrixWidth + (column & (h.ctx.matrixWidth - 1))];
-    }
     uint32_t run(const std::vector<uint8_t>& src, uint8_t* dst, uint32_t bitOffset, uint32_t count,
                  uint32_t startX, uint32_t lineNo) {
         return h.run(src.data(), dst, 0, bitOffset, count, startX, lineNo);
@@ -404,56 +397,6 @@ TEST(Ed1Mono, ScaledInputEqualsPreparedPlainInput) {
                 ASSERT_EQ(plain.run(prepared, outB.data(), line % 8, count, start, line), RC_OK);
                 expectSameState(scaled, plain, outA, outB);
             }
-        }
-    }
-}
-
-// A plain per-pixel reading of one run, built from the shared step, pattern
-// choice and spreads, with the cell read and written in memory every time.
-void referenceRun(Mono& m, const MonoClass& c, const std::vector<uint8_t>& src, uint8_t* dst, uint32_t startX,
-                  uint32_t lineNo) {
-    const HtContext& ctx = m.h.ctx;
-    int32_t* line = m.h.line(0);
-    const SpreadThresholds t = spreadThresholds(ctx);
-    int32_t carry = 0;
-    for (uint32_t i = 0; i < src.size(); ++i) {
-        const uint32_t x = startX + i;
-        const int32_t level = static_cast<int16_t>(m.h.monoCurve()[src[i]]);
-        const uint8_t bit = static_cast<uint8_t>(0x80 >> (i % 8));
-        dst[i / 8] = static_cast<uint8_t>(i % 8 == 0 ? 0 : dst[i / 8]);
-        if (level == 0) {
-            line[x] = c.resolutionX == 1440 ? 0 : carry;
-            carry = 0;
-            continue;
-        }
-        const uint32_t mv = m.matrixAt(lineNo, x);
-        const DiffusionResult r = diffuse(line[x], level, m.h.edThreshold[level] + perturbation(mv),
-                                          static_cast<uint16_t>(m.h.dotValue[level]));
-        if (r.dot) dst[i / 8] |= bit;
-        const PixelClass p{level, r.dot, (mv & 1) == 0, (mv & 1) == 0};
-        const Pattern pattern = c.resolutionX == 1440 ? choose1440x720(p, t)
-                                : c.resolutionY == 2 * c.resolutionX ? chooseDoubleY(p, t)
-                                                                     : chooseGeneral(p, t);
-        spread(pattern, &line[x], r.err, carry);
-    }
-}
-
-TEST(Ed1Mono, KernelsEqualAPlainPerPixelReading) {
-    std::mt19937 rng(5);
-    for (const MonoClass& c : kAllClasses) {
-        Mono fast(c, 300), plain(c, 300);
-        randomTables(fast, 3);
-        randomTables(plain, 3);
-        for (uint32_t line = 0; line < 12; ++line) {
-            const uint32_t start = rng() % 100, count = rng() % 200 + 1;
-            std::vector<uint8_t> input(count);
-            for (auto& v : input) v = static_cast<uint8_t>(rng() % 3 == 0 ? rng() % 8 : rng());  // whites too
-            std::vector<uint8_t> outA(count / 8 + 1), outB(count / 8 + 1);
-            ASSERT_EQ(fast.run(input, outA.data(), 0, count, start, line), RC_OK);
-            // Lines 0 to 11 follow each other away from the band edges: the
-            // continuity rule clears nothing, so the reading needs no rule.
-            referenceRun(plain, c, input, outB.data(), start, line);
-            expectSameState(fast, plain, outA, outB);
         }
     }
 }

@@ -1,5 +1,6 @@
 #include <gtest/gtest.h>
 
+#include <string>
 #include <vector>
 
 #include "kernels/ed2/matrix_scale.h"
@@ -121,36 +122,31 @@ struct Smoothing : Colour {
     }
 };
 
-TEST(Ed2ColourSmoothing, EvenMatrixRoundsTheAverageUp) {
-    Smoothing c;
-    ASSERT_EQ(c.runPixels({10, 0, 10, 20, 0, 0}, 2, 0), RC_OK);
-    EXPECT_EQ(c.out.code(2, 0), 2u) << "the first pixel is never smoothed";
-    EXPECT_EQ(c.out.code(2, 1), 3u) << "(10 + 13 + 1) >> 1 = 12";
-}
-
-TEST(Ed2ColourSmoothing, OddMatrixRoundsDown) {
-    Smoothing c;
-    c.setCell(0, 25, 1);  // mP of column 1 is odd
-    ASSERT_EQ(c.runPixels({10, 0, 10, 20, 0, 0}, 2, 0), RC_OK);
-    EXPECT_EQ(c.out.code(2, 1), 2u) << "(10 + 13) >> 1 = 11";
-}
-
-TEST(Ed2ColourSmoothing, TwoNodesApartIsNotSmoothed) {
-    Smoothing c;
-    ASSERT_EQ(c.runPixels({10, 0, 10, 30, 0, 10}, 2, 0), RC_OK);
-    EXPECT_EQ(c.out.code(2, 1), 1u) << "13 as it is";
-}
-
-TEST(Ed2ColourSmoothing, ChainsThroughWhitePixelsWithTheSmoothedValues) {
-    Smoothing c;
-    c.setNode(1, 0, 2, packInks(0, 0, 20, 0));  // bytes (20, 0, 10)
-    c.largeRow(16);     // (12 + 20 + 1) >> 1: the chain carries the smoothed 12
-    c.smallOnlyRow(17); // (13 + 20 + 1) >> 1 would mean the raw 13 was kept
-    ASSERT_EQ(c.runPixels({10, 0, 10, 255, 255, 255, 20, 0, 0, 20, 0, 10}, 4, 0), RC_OK);
-    EXPECT_EQ(c.out.code(2, 0), 2u);
-    EXPECT_EQ(c.out.code(2, 1), 0u);
-    EXPECT_EQ(c.out.code(2, 2), 3u);
-    EXPECT_EQ(c.out.code(2, 3), 3u);
+TEST(Ed2ColourSmoothing, PlaneTwoCodes) {
+    struct Case {
+        const char* what;
+        uint16_t column1Matrix;
+        std::vector<uint8_t> pixels;
+        std::string codes;
+    };
+    const Case cases[] = {
+        {"first pixel never smoothed; even matrix: (10 + 13 + 1) >> 1 = 12", 0, {10, 0, 10, 20, 0, 0}, "23"},
+        {"odd matrix: (10 + 13) >> 1 = 11", 1, {10, 0, 10, 20, 0, 0}, "22"},
+        {"two nodes apart: 13 as it is", 0, {10, 0, 10, 30, 0, 10}, "21"},
+        // (12 + 20 + 1) >> 1 = 16 prints large; the raw 13 would give 17, small.
+        {"chains through white pixels with the smoothed value", 0, {10, 0, 10, 255, 255, 255, 20, 0, 0, 20, 0, 10},
+         "2033"},
+    };
+    for (const Case& k : cases) {
+        Smoothing c;
+        c.setCell(0, 25, k.column1Matrix);
+        c.setNode(1, 0, 2, packInks(0, 0, 20, 0));  // bytes (20, 0, 10)
+        c.largeRow(16);
+        c.smallOnlyRow(17);
+        const auto count = static_cast<uint32_t>(k.codes.size());
+        ASSERT_EQ(c.runPixels(k.pixels, count, 0), RC_OK);
+        EXPECT_EQ(codesOf(c.out.bytes, Planes::kStride, 2, count), k.codes) << k.what;
+    }
 }
 
 TEST(Ed2ColourWhite, ThreeChannelWhiteDropsEveryCell) {
