@@ -2,6 +2,8 @@
 // input doubling and halving, packing, and the argument checks.
 #include <gtest/gtest.h>
 
+#include <string>
+#include <utility>
 #include <vector>
 
 #include "kernels/dither/run_checks.h"
@@ -20,80 +22,49 @@ TEST(Dither1Mono, ChosenForMonochromeMatrixAndFixedThreshold) {
     EXPECT_EQ(threshold.ready().kernel, &Dither1Mono);
 }
 
-TEST(Dither1Mono, ToneAboveMatrixValuePrintsEqualDoesNot) {
-    HandContext hc(monoSetup().settings());
-    hc.setMatrix(4, 1, {4, 5, 6, 0});
-    hc.tone[10] = 5;
-    const std::vector<uint8_t> in(8, 10);
-    std::vector<uint8_t> out(1, 0xAA);
-    ASSERT_EQ(hc.run(in.data(), out.data(), 0, 0, 8, 0, 0), RC_OK);
-    EXPECT_EQ(bitsOf(out, 0, 0, 8), "10011001");
-}
+// One run on a hand-made matrix and tone table, read back as bits.
+struct MonoCase {
+    const char* what;
+    uint32_t method;
+    int32_t scaleMode;
+    uint32_t matrixWidth, matrixHeight;
+    std::vector<uint16_t> cells;
+    std::vector<std::pair<uint8_t, uint16_t>> tones;
+    std::vector<uint8_t> in;
+    uint32_t count, startX, lineNo;
+    std::string bits;
+};
 
-TEST(Dither1Mono, ToneZeroNeverPrintsEvenOnMatrixZero) {
-    HandContext hc(monoSetup().settings());
-    hc.setFlatMatrix(8, 8, 0);
-    hc.tone[3] = 0;
-    hc.tone[4] = 1;
-    const std::vector<uint8_t> in = {3, 4, 3, 4, 3, 4, 3, 4};
-    std::vector<uint8_t> out(1, 0xFF);
-    ASSERT_EQ(hc.run(in.data(), out.data(), 0, 0, 8, 0, 0), RC_OK);
-    EXPECT_EQ(bitsOf(out, 0, 0, 8), "01010101");
-}
+// Row y of the 4 x 3 matrix holds 0 in column y only, 9 elsewhere.
+const std::vector<uint16_t> kDiagonal = {0, 9, 9, 9, 9, 0, 9, 9, 9, 9, 0, 9};
 
-TEST(Dither1Mono, MatrixRowFollowsLineAndColumnWraps) {
-    HandContext hc(monoSetup().settings());
-    // Row y holds 0 in column y only, 9 elsewhere; tone 5 prints only on the 0.
-    std::vector<uint16_t> cells(4 * 3, 9);
-    for (uint32_t y = 0; y < 3; ++y) cells[y * 4 + y] = 0;
-    hc.setMatrix(4, 3, cells);
-    hc.tone[1] = 5;
-    const std::vector<uint8_t> in(8, 1);
-    std::vector<uint8_t> out(1);
-    // Line 7 reads row 1; the run starts at column 6, so pixel i is column 6 + i.
-    ASSERT_EQ(hc.run(in.data(), out.data(), 0, 0, 8, 6, 7), RC_OK);
-    // Columns 9 and 13 are column 1 of the row (AND 3).
-    EXPECT_EQ(bitsOf(out, 0, 0, 8), "00010001");
-}
-
-TEST(Dither1Mono, FixedThresholdTakesTheTableEnds) {
-    KernelSetup s = monoSetup();
-    s.method = 0;
-    HandContext hc(s.settings());
-    hc.setFlatMatrix(2, 2, 5);
-    // Misleading middle entries: a kernel that read tone[byte] would print 128, not 129.
-    hc.tone[0] = 0;
-    hc.tone[128] = 10;
-    hc.tone[129] = 0;
-    hc.tone[255] = 10;
-    const std::vector<uint8_t> in = {128, 129, 0, 255};
-    std::vector<uint8_t> out(1);
-    ASSERT_EQ(hc.run(in.data(), out.data(), 0, 0, 4, 0, 0), RC_OK);
-    EXPECT_EQ(bitsOf(out, 0, 0, 4), "0101");
-}
-
-TEST(Dither1Mono, DoublingServesEachByteTwice) {
-    KernelSetup s = monoSetup();
-    s.scaleMode = 1;
-    HandContext hc(s.settings());
-    hc.setFlatMatrix(1, 1, 0);
-    hc.tone[1] = 1;
-    const std::vector<uint8_t> in = {1, 0, 1};
-    std::vector<uint8_t> out(1);
-    ASSERT_EQ(hc.run(in.data(), out.data(), 0, 0, 5, 0, 0), RC_OK);
-    EXPECT_EQ(bitsOf(out, 0, 0, 8), "11001000");
-}
-
-TEST(Dither1Mono, HalvingTakesTheSmallerOfTwoBytes) {
-    KernelSetup s = monoSetup();
-    s.scaleMode = -1;
-    HandContext hc(s.settings());
-    hc.setFlatMatrix(1, 1, 0);
-    hc.tone[2] = 1;  // only level 2 prints
-    const std::vector<uint8_t> in = {2, 9, 9, 2, 2, 2, 9, 9};
-    std::vector<uint8_t> out(1);
-    ASSERT_EQ(hc.run(in.data(), out.data(), 0, 0, 4, 0, 0), RC_OK);
-    EXPECT_EQ(bitsOf(out, 0, 0, 4), "1110");
+TEST(Dither1Mono, RunCases) {
+    const MonoCase cases[] = {
+        {"tone above the matrix value prints, equal does not", 3, 0, 4, 1, {4, 5, 6, 0}, {{10, 5}},
+         std::vector<uint8_t>(8, 10), 8, 0, 0, "10011001"},
+        {"tone 0 never prints, even on matrix 0", 3, 0, 8, 8, std::vector<uint16_t>(64, 0), {{3, 0}, {4, 1}},
+         {3, 4, 3, 4, 3, 4, 3, 4}, 8, 0, 0, "01010101"},
+        // Line 7 reads row 1; columns 9 and 13 are column 1 of the row (AND 3).
+        {"matrix row follows the line, column wraps", 3, 0, 4, 3, kDiagonal, {{1, 5}}, std::vector<uint8_t>(8, 1), 8,
+         6, 7, "00010001"},
+        // Misleading middle entries: a kernel that read tone[byte] would print 128, not 129.
+        {"fixed threshold takes the table ends", 0, 0, 2, 2, {5, 5, 5, 5}, {{128, 10}, {255, 10}}, {128, 129, 0, 255},
+         4, 0, 0, "0101"},
+        {"doubling serves each byte twice", 3, 1, 1, 1, {0}, {{1, 1}}, {1, 0, 1}, 5, 0, 0, "11001000"},
+        {"halving takes the smaller of two bytes", 3, -1, 1, 1, {0}, {{2, 1}}, {2, 9, 9, 2, 2, 2, 9, 9}, 4, 0, 0,
+         "1110"},
+    };
+    for (const MonoCase& c : cases) {
+        KernelSetup s = monoSetup();
+        s.method = c.method;
+        s.scaleMode = c.scaleMode;
+        HandContext hc(s.settings());
+        hc.setMatrix(c.matrixWidth, c.matrixHeight, c.cells);
+        for (auto [level, tone] : c.tones) hc.tone[level] = tone;
+        std::vector<uint8_t> out(1, 0xAA);
+        ASSERT_EQ(hc.run(c.in.data(), out.data(), 0, 0, c.count, c.startX, c.lineNo), RC_OK) << c.what;
+        EXPECT_EQ(bitsOf(out, 0, 0, static_cast<uint32_t>(c.bits.size())), c.bits) << c.what;
+    }
 }
 
 TEST(Dither1Mono, KeepsLeadingBitsAndClearsBehindTheRun) {
