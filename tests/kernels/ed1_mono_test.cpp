@@ -5,6 +5,7 @@
 #include <cstdint>
 #include <cstdlib>
 #include <random>
+#include <string>
 #include <utility>
 #include <vector>
 
@@ -228,19 +229,6 @@ TEST(Ed1Mono, WhitePixelDropsItsError) {
     }
 }
 
-TEST(Ed1Mono, SumEqualToThresholdPrints) {
-    for (const MonoClass& c : kAllClasses) {
-        for (int16_t threshold : {0, 1}) {
-            Mono m(c, 64);  // matrix 0x43: threshold + 20
-            m.level(1, 20);
-            m.h.edThreshold[20] = threshold;
-            uint8_t out = 0;
-            ASSERT_EQ(m.run({1}, &out, 0, 1, 0, 0), RC_OK);
-            EXPECT_EQ(out, threshold == 0 ? 0x80 : 0x00) << c.name;
-        }
-    }
-}
-
 // The threshold moves by +24, +20, -20 or -24 with bits 1..7 of the matrix value:
 // a sum equal to threshold + p prints, one below it does not.
 TEST(Ed1Mono, MatrixPerturbationShiftsTheThreshold) {
@@ -258,77 +246,72 @@ TEST(Ed1Mono, MatrixPerturbationShiftsTheThreshold) {
     }
 }
 
-TEST(Ed1Mono, DotValueIsReadUnsigned) {
-    Mono m(kGeneral, 64);
-    m.level(1, 100);
-    m.h.edThreshold[100] = 0;
-    m.h.dotValue[100] = -1;  // 0xFFFF: a dot removes 65535
-    uint8_t out = 0;
-    ASSERT_EQ(m.run({1}, &out, 0, 1, 10, 0), RC_OK);
-    EXPECT_EQ(out, 0x80);
-    EXPECT_EQ(m.cell(10), 8 * (100 - 65535)) << "G1 keeps 8/32 at the pixel's own cell";
+using Taps = std::vector<std::pair<int, int32_t>>;  // (offset from x, amount)
+
+// `amount` at every offset from `from` to `to`.
+Taps band(int from, int to, int32_t amount) {
+    Taps taps;
+    for (int k = from; k <= to; ++k) taps.push_back({k, amount});
+    return taps;
+}
+Taps operator+(Taps a, const Taps& b) {
+    a.insert(a.end(), b.begin(), b.end());
+    return a;
 }
 
-// Curve entries are signed: 0xFFEC is level -20. Such a level lies outside
-// what the ink curve holds; the kernel indexes its level tables with the
-// level's low byte (236) so that it cannot read past them.
-TEST(Ed1Mono, CurveEntriesAreSignExtended) {
-    Mono m(kGeneral, 64);  // odd matrix cells
-    m.level(1, -20);
-    m.h.edThreshold[236] = -100;  // -20 >= -80: a dot
-    m.h.dotValue[236] = 10;       // err = -30
-    uint8_t out = 0;
-    ASSERT_EQ(m.run({1}, &out, 0, 1, 30, 0), RC_OK);
-    EXPECT_EQ(out, 0x80);
-    // The lowest band on an odd cell: G5b, 1/32 of err in each of its cells.
-    for (int k = -14; k <= 14; ++k) EXPECT_EQ(m.cell(30 + k), -30) << k;
-    EXPECT_EQ(m.cell(15), 0);
-    EXPECT_EQ(m.cell(45), 0);
-}
+// One pixel of byte 1 (level `level`) at column x, then the bytes behind it;
+// byte 0 is white. The level tables are read at the level's low byte.
+struct PixelCase {
+    const char* what;
+    MonoClass cls;
+    uint16_t matrix;
+    int16_t level, threshold, dotValue;
+    std::vector<uint8_t> in;
+    int x;
+    uint8_t out;
+    Taps taps;
+    bool wholeLine;  // every cell the taps do not name holds 0
+};
 
-// Expected cells built by hand from (offset, amount) pairs around column x.
-std::vector<int32_t> cellsAround(int x, int width, const std::vector<std::pair<int, int32_t>>& taps) {
-    std::vector<int32_t> cells(width, 0);
-    for (auto [offset, amount] : taps) cells[x + offset] += amount;
-    return cells;
-}
-
-TEST(Ed1Mono, LevelAboveT1SpreadsG1EvenWithoutADot) {
-    Mono m(kGeneral, 64);
-    m.level(1, 33);
-    m.h.edThreshold[33] = 1000;  // no dot: err = 33
-    uint8_t out = 0xFF;
-    ASSERT_EQ(m.run({1, 0}, &out, 0, 2, 10, 0), RC_OK);
-    EXPECT_EQ(out, 0x00);
-    // G1: this line +1: 8, +2: 4; next line -2: 4, -1: 4, 0: 8, +1: 4 (the carry,
-    // which the white pixel at column 11 writes into its own cell).
-    const int32_t e = 33;
-    const auto expected = cellsAround(10, 64, {{2, 4 * e}, {-2, 4 * e}, {-1, 4 * e}, {0, 8 * e}, {1, 4 * e}});
-    for (int x = 0; x < 64; ++x) EXPECT_EQ(m.cell(x), expected[x]) << x;
-}
-
-TEST(Ed1Mono, LowestBandsPickFormsByMatrixParity) {
-    const int32_t e = 2 - 255;  // level 2 with a dot
-    // G4a: this line +1..+4: 2, +5..+10: 1; next line -10..-5: 1, -4..0: 2 (+1: 2 is the carry).
-    std::vector<std::pair<int, int32_t>> g4a;
-    for (int k = 1; k <= 4; ++k) g4a.push_back({k, 2 * e});
-    for (int k = 5; k <= 10; ++k) g4a.push_back({k, e});
-    for (int k = -10; k <= -5; ++k) g4a.push_back({k, e});
-    for (int k = -4; k <= 0; ++k) g4a.push_back({k, 2 * e});
-    // G5b: this line +1..+14: 1; next line -14..0: 1 (+1: 1 is the carry).
-    std::vector<std::pair<int, int32_t>> g5b;
-    for (int k = 1; k <= 14; ++k) g5b.push_back({k, e});
-    for (int k = -14; k <= 0; ++k) g5b.push_back({k, e});
-
-    for (uint16_t value : {uint16_t{0x42}, uint16_t{0x43}}) {
-        Mono m(kGeneral, 64, 0, value);
-        m.level(1, 2);
-        m.h.edThreshold[2] = -100;
-        uint8_t out = 0;
-        ASSERT_EQ(m.run({1}, &out, 0, 1, 30, 0), RC_OK);
-        ASSERT_EQ(out, 0x80);
-        const auto expected = cellsAround(30, 64, value == 0x42 ? g4a : g5b);
-        for (int x = 0; x < 64; ++x) EXPECT_EQ(m.cell(x), expected[x]) << "matrix " << value << ", column " << x;
+TEST(Ed1Mono, PixelCases) {
+    const int32_t e2 = 2 - 255, e33 = 33;
+    const PixelCase cases[] = {
+        {"a sum equal to the threshold prints (matrix 0x43: + 20)", kGeneral, 0x43, 20, 0, 255, {1}, 0, 0x80, {}, false},
+        {"one below does not", kGeneral, 0x43, 20, 1, 255, {1}, 0, 0x00, {}, false},
+        {"equal prints", k1440x720, 0x43, 20, 0, 255, {1}, 0, 0x80, {}, false},
+        {"one below does not", k1440x720, 0x43, 20, 1, 255, {1}, 0, 0x00, {}, false},
+        {"equal prints", kDoubleY, 0x43, 20, 0, 255, {1}, 0, 0x80, {}, false},
+        {"one below does not", kDoubleY, 0x43, 20, 1, 255, {1}, 0, 0x00, {}, false},
+        {"the dot value is read unsigned: 0xFFFF removes 65535; G1 keeps 8/32 at x", kGeneral, 0x43, 100, 0, -1, {1},
+         10, 0x80, {{0, 8 * (100 - 65535)}}, false},
+        {"curve entry 0xFFEC is level -20, tables read at 236; lowest band odd cell: G5b", kGeneral, 0x43, -20, -100,
+         10, {1}, 30, 0x80, band(-14, 14, -30), true},
+        // G1: this line +1: 8, +2: 4; next line -2: 4, -1: 4, 0: 8, +1: 4 (the carry,
+        // which the white pixel at x + 1 writes into its own cell).
+        {"a level above T1 spreads G1 without a dot", kGeneral, 0x43, 33, 1000, 255, {1, 0}, 10, 0x00,
+         {{2, 4 * e33}, {-2, 4 * e33}, {-1, 4 * e33}, {0, 8 * e33}, {1, 4 * e33}}, true},
+        // G4a: this line +1..+4: 2, +5..+10: 1; next line -10..-5: 1, -4..0: 2.
+        {"lowest bands on an even cell: G4a", kGeneral, 0x42, 2, -100, 255, {1}, 30, 0x80,
+         band(1, 4, 2 * e2) + band(5, 10, e2) + band(-10, -5, e2) + band(-4, 0, 2 * e2), true},
+        // G5b: this line +1..+14: 1; next line -14..0: 1.
+        {"lowest bands on an odd cell: G5b", kGeneral, 0x43, 2, -100, 255, {1}, 30, 0x80, band(-14, 14, e2), true},
+    };
+    for (const PixelCase& c : cases) {
+        SCOPED_TRACE(std::string(c.cls.name) + ": " + c.what);
+        Mono m(c.cls, 64, 0, c.matrix);
+        m.level(1, c.level);
+        const auto index = static_cast<uint8_t>(c.level);
+        m.h.edThreshold[index] = c.threshold;
+        m.h.dotValue[index] = c.dotValue;
+        uint8_t out = 0xFF;
+        ASSERT_EQ(m.run(c.in, &out, 0, static_cast<uint32_t>(c.in.size()), c.x, 0), RC_OK);
+        EXPECT_EQ(out & (0xFF00 >> c.in.size()), c.out);
+        std::vector<int32_t> expected(64, 0);
+        for (auto [offset, amount] : c.taps) expected[c.x + offset] += amount;
+        for (int x = 0; x < 64; ++x) {
+            const bool named = std::any_of(c.taps.begin(), c.taps.end(), [&](auto t) { return c.x + t.first == x; });
+            if (named || c.wholeLine) EXPECT_EQ(m.cell(x), expected[x]) << "column " << x;
+        }
     }
 }
 
