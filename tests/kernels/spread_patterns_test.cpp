@@ -27,27 +27,31 @@ struct Cells {
     int32_t total() const { int32_t s = 0; for (int32_t c : cells) s += c; return s; }
 };
 
+// Each pattern delivers its whole weight (the cell at x gets its weight plus
+// the old carry; the +1 weight travels in the new carry), and the run-time
+// choice names the same pattern.
 template <class P>
-void expectSpreadsItsWeights(int err) {
-    Cells line;
-    int32_t carry = 7;
-    spread<P>(line.at(0), err, carry);
-    // The cell at x got its weight plus the old carry; the +1 weight travels in the new carry.
-    const int32_t expectedTotal = (weightIn64ths<P>() * err) / 2 + 7;
-    EXPECT_EQ(line.total() + carry, expectedTotal);
+void expectPattern(Pattern pattern) {
+    Cells line, runtime;
+    int32_t carry = 7, runtimeCarry = 7;
+    spread<P>(line.at(0), 10, carry);
+    EXPECT_EQ(line.total() + carry, (weightIn64ths<P>() * 10) / 2 + 7) << static_cast<int>(pattern);
+    spread(pattern, runtime.at(0), 10, runtimeCarry);
+    EXPECT_EQ(runtime.cells, line.cells) << static_cast<int>(pattern);
+    EXPECT_EQ(runtimeCarry, carry);
 }
 
-TEST(SpreadPatterns, EveryPatternDeliversItsWholeWeight) {
-    expectSpreadsItsWeights<G0>(10);  expectSpreadsItsWeights<G1>(10);
-    expectSpreadsItsWeights<G2a>(10); expectSpreadsItsWeights<G2b>(10);
-    expectSpreadsItsWeights<G3>(10);  expectSpreadsItsWeights<G4a>(10);
-    expectSpreadsItsWeights<G4b>(10); expectSpreadsItsWeights<G5a>(10);
-    expectSpreadsItsWeights<G5b>(10); expectSpreadsItsWeights<H0a>(10);
-    expectSpreadsItsWeights<H0b>(10); expectSpreadsItsWeights<H1>(10);
-    expectSpreadsItsWeights<H2>(10);  expectSpreadsItsWeights<H3>(10);
-    expectSpreadsItsWeights<H4>(10);  expectSpreadsItsWeights<H5>(10);
-    expectSpreadsItsWeights<Y0>(10);  expectSpreadsItsWeights<Y1>(10);
-    expectSpreadsItsWeights<Y2>(10);  expectSpreadsItsWeights<Y3>(10);
+TEST(SpreadPatterns, EveryPatternDeliversItsWeightAndIsNamedAtRunTime) {
+    expectPattern<G0>(Pattern::G0);   expectPattern<G1>(Pattern::G1);
+    expectPattern<G2a>(Pattern::G2a); expectPattern<G2b>(Pattern::G2b);
+    expectPattern<G3>(Pattern::G3);   expectPattern<G4a>(Pattern::G4a);
+    expectPattern<G4b>(Pattern::G4b); expectPattern<G5a>(Pattern::G5a);
+    expectPattern<G5b>(Pattern::G5b); expectPattern<H0a>(Pattern::H0a);
+    expectPattern<H0b>(Pattern::H0b); expectPattern<H1>(Pattern::H1);
+    expectPattern<H2>(Pattern::H2);   expectPattern<H3>(Pattern::H3);
+    expectPattern<H4>(Pattern::H4);   expectPattern<H5>(Pattern::H5);
+    expectPattern<Y0>(Pattern::Y0);   expectPattern<Y1>(Pattern::Y1);
+    expectPattern<Y2>(Pattern::Y2);   expectPattern<Y3>(Pattern::Y3);
 }
 
 TEST(SpreadPatterns, G1PlacesCarryAndNeighbours) {
@@ -82,29 +86,6 @@ TEST(SpreadPatterns, H5HalvesByArithmeticShift) {
     EXPECT_EQ(carry, -3);
     EXPECT_EQ(*line.at(24), 0);
     EXPECT_EQ(*line.at(-22), 0);
-}
-
-template <class P>
-void expectRuntimeChoice(Pattern pattern) {
-    Cells a, b;
-    int32_t ca = 3, cb = 3;
-    spread(pattern, a.at(0), 77, ca);
-    spread<P>(b.at(0), 77, cb);
-    EXPECT_EQ(a.cells, b.cells) << static_cast<int>(pattern);
-    EXPECT_EQ(ca, cb);
-}
-
-TEST(SpreadPatterns, RuntimeChoiceNamesTheRightPattern) {
-    expectRuntimeChoice<G0>(Pattern::G0);   expectRuntimeChoice<G1>(Pattern::G1);
-    expectRuntimeChoice<G2a>(Pattern::G2a); expectRuntimeChoice<G2b>(Pattern::G2b);
-    expectRuntimeChoice<G3>(Pattern::G3);   expectRuntimeChoice<G4a>(Pattern::G4a);
-    expectRuntimeChoice<G4b>(Pattern::G4b); expectRuntimeChoice<G5a>(Pattern::G5a);
-    expectRuntimeChoice<G5b>(Pattern::G5b); expectRuntimeChoice<H0a>(Pattern::H0a);
-    expectRuntimeChoice<H0b>(Pattern::H0b); expectRuntimeChoice<H1>(Pattern::H1);
-    expectRuntimeChoice<H2>(Pattern::H2);   expectRuntimeChoice<H3>(Pattern::H3);
-    expectRuntimeChoice<H4>(Pattern::H4);   expectRuntimeChoice<H5>(Pattern::H5);
-    expectRuntimeChoice<Y0>(Pattern::Y0);   expectRuntimeChoice<Y1>(Pattern::Y1);
-    expectRuntimeChoice<Y2>(Pattern::Y2);   expectRuntimeChoice<Y3>(Pattern::Y3);
 }
 
 }  // namespace
