@@ -354,56 +354,43 @@ TEST(Ed1Colour, InkInputOddPixelKeepsFaintLevels) {
     EXPECT_EQ(o.r.plane(0), 0x80);  // 1000 + 1000 > 255 and 255 - 10 < 1000
 }
 
-// The lowest band's boundary: L = T4 = 4 with a dot includes T4 on odd cells
-// (G4a, 2/32 at x) except in plane 1 (G5a, 1/32 at x); even cells exclude it (G5b).
-TEST(Ed1Colour, GeneralPlaneOneExcludesT4OnEveryCell) {
-    for (const KernelCase& k : {kGeneral, kGeneralB}) {
-        for (uint16_t m : {0x43, 0x42}) {
-            SCOPED_TRACE(std::string(k.name) + (m & 1 ? " odd" : " even"));
-            Rig r(k);
-            r.hc.setMatrix(1, 1, {m});
-            r.hc.setSpread(56, 22, 11, 4);
-            r.palette(1, 4, 4, 0, 4);
-            r.hc.edThreshold[4] = -100;
-            ASSERT_EQ(r.run(Pixels().rgb(1, 1, 1).white(), 2), RC_OK);
-            const int32_t err = 4 - 255;
-            EXPECT_EQ(r.cell(0, 0), (m & 1 ? 2 : 1) * err);
-            EXPECT_EQ(r.cell(1, 0), err);
-            EXPECT_EQ(r.cell(2, 0), (m & 1 ? 2 : 1) * err);
-        }
-    }
-}
-
-// The colour kernels take the a forms on odd matrix cells.
-TEST(Ed1Colour, ParityFormsAreExchanged) {
-    for (uint16_t m : {0x43, 0x42}) {
-        const bool odd = m & 1;
-        for (const KernelCase& k : {kGeneral, kGeneralB}) {  // L = 30, dot: G2a (4 at x) / G2b (6 at x)
-            Rig r(k);
-            r.hc.setMatrix(1, 1, {m});
-            r.hc.setSpread(56, 22, 11, 4);
-            r.palette(1, 30, 0, 0, 0);
-            r.hc.edThreshold[30] = -100;
-            ASSERT_EQ(r.run(Pixels().rgb(1, 1, 1).white(), 2, 10), RC_OK);
-            EXPECT_EQ(r.cell(0, 10), (odd ? 4 : 6) * (30 - 255)) << k.name;
-        }
-        for (const KernelCase& k : {k1440, k1440B}) {  // L = 30, no dot: H0a (4 at x - 3) / H0b (none)
-            Rig r(k);
-            r.hc.setMatrix(1, 1, {m});
-            r.hc.setSpread(56, 22, 11, 4);
-            r.palette(1, 30, 0, 0, 0);
-            ASSERT_EQ(r.run(Pixels().rgb(1, 1, 1).white(), 2, 10), RC_OK);
-            EXPECT_EQ(r.cell(0, 7), odd ? 4 * 30 : 0) << k.name;
-        }
-        {  // DoubleY, L = 3 below T4, dot: G4a (1 at x + 10) / G4b (1 at x + 11)
-            Rig r(kDoubleY);
-            r.hc.setMatrix(1, 1, {m});
-            r.hc.setSpread(56, 22, 11, 4);
-            r.palette(1, 3, 0, 0, 0);
-            r.hc.edThreshold[3] = -100;
-            ASSERT_EQ(r.run(Pixels().rgb(1, 1, 1).white(), 2, 10), RC_OK);
-            EXPECT_EQ(r.cell(0, 20), odd ? 3 - 255 : 0);
-            EXPECT_EQ(r.cell(0, 21), odd ? 0 : 3 - 255);
+// The colour kernels take the a forms on odd matrix cells (0x43) and the b
+// forms on even ones (0x42). One pixel at column 10; each check names an
+// error line, a column and the cell on an odd and an even matrix cell.
+TEST(Ed1Colour, ParityForms) {
+    struct Check { unsigned line; uint32_t column; int32_t odd, even; };
+    struct Case {
+        const char* what;
+        std::vector<KernelCase> kernels;
+        uint8_t l0, l1, l3;
+        bool dot;
+        std::vector<Check> checks;
+    };
+    const int32_t e4 = 4 - 255, e30 = 30 - 255, e3 = 3 - 255;
+    const Case cases[] = {
+        // L = T4 = 4 with a dot includes T4 on odd cells (G4a, 2/32 at x) except in
+        // plane 1 (G5a, 1/32 at x); even cells exclude it (G5b).
+        {"general: plane 1 excludes T4 on every cell", {kGeneral, kGeneralB}, 4, 4, 4, true,
+         {{0, 10, 2 * e4, e4}, {1, 10, e4, e4}, {2, 10, 2 * e4, e4}}},
+        {"general: L = 30 with a dot, G2a (4 at x) / G2b (6 at x)", {kGeneral, kGeneralB}, 30, 0, 0, true,
+         {{0, 10, 4 * e30, 6 * e30}}},
+        {"1440 x 720: L = 30 without a dot, H0a (4 at x - 3) / H0b (none)", {k1440, k1440B}, 30, 0, 0, false,
+         {{0, 7, 4 * 30, 0}}},
+        {"DoubleY: L = 3 below T4 with a dot, G4a (1 at x + 10) / G4b (1 at x + 11)", {kDoubleY}, 3, 0, 0, true,
+         {{0, 20, e3, 0}, {0, 21, 0, e3}}},
+    };
+    for (const Case& c : cases) {
+        for (const KernelCase& k : c.kernels) {
+            for (uint16_t m : {0x43, 0x42}) {
+                SCOPED_TRACE(std::string(k.name) + (m & 1 ? " odd: " : " even: ") + c.what);
+                Rig r(k);
+                r.hc.setMatrix(1, 1, {m});
+                r.hc.setSpread(56, 22, 11, 4);
+                r.palette(1, c.l0, c.l1, 0, c.l3);
+                if (c.dot) r.hc.edThreshold[c.l0] = r.hc.edThreshold[c.l1] = r.hc.edThreshold[c.l3] = -100;
+                ASSERT_EQ(r.run(Pixels().rgb(1, 1, 1).white(), 2, 10), RC_OK);
+                for (const Check& x : c.checks) EXPECT_EQ(r.cell(x.line, x.column), m & 1 ? x.odd : x.even);
+            }
         }
     }
 }
