@@ -311,15 +311,32 @@ TEST(Ed2ColourHistory, SmallInkSwitchesDiffusionOnForFivePixels) {
     EXPECT_EQ(w.out.code(0, 4), 0u);
 }
 
-TEST(Ed2ColourInput, DoubleYInkTakesTheLighterOfTwo) {
-    Colour c(4, 720, 1440, -1);
-    c.largeRow(5);
-    c.mediumRow(9);
-    const std::vector<uint8_t> in = inkPixels({{5, 9, 0, 0}, {9, 5, 0, 0}, {0, 0, 0, 0}, {7, 0, 0, 0}});
-    ASSERT_EQ(c.runPixels(in, 2, 0), RC_OK);
-    EXPECT_EQ(c.out.code(0, 0), 3u);
-    EXPECT_EQ(c.out.code(1, 0), 3u) << "each byte takes its own minimum";
-    EXPECT_EQ(c.out.code(0, 1), 0u) << "min(0, 7) = 0 in all four: white";
+// Ink rows 5 (large) and 9 (medium) through halving and doubling.
+TEST(Ed2ColourInput, HalvingAndDoublingOfInkPixels) {
+    struct Case {
+        const char* what;
+        uint32_t resX, resY;
+        int32_t scaleMode;
+        std::vector<uint8_t> in;
+        uint32_t count;
+        std::string plane0, plane1;
+    };
+    const Case cases[] = {
+        {"DoubleY halving takes each byte's minimum; min(0, 7) in all four is white", 720, 1440, -1,
+         inkPixels({{5, 9, 0, 0}, {9, 5, 0, 0}, {0, 0, 0, 0}, {7, 0, 0, 0}}), 2, "30", "30"},
+        {"the general class reads one pixel per output pixel when halving", 720, 720, -1,
+         inkPixels({{5, 0, 0, 0}, {9, 0, 0, 0}}), 2, "32", "00"},
+        {"doubling serves each pixel twice", 1440, 720, 1, inkPixels({{5, 0, 0, 0}, {9, 0, 0, 0}}), 3, "3320", "0000"},
+    };
+    for (const Case& k : cases) {
+        Colour c(4, k.resX, k.resY, k.scaleMode);
+        c.largeRow(5);
+        c.mediumRow(9);
+        ASSERT_EQ(c.runPixels(k.in, k.count, 0), RC_OK) << k.what;
+        const auto n = static_cast<uint32_t>(k.plane0.size());
+        EXPECT_EQ(codesOf(c.out.bytes, Planes::kStride, 0, n), k.plane0) << k.what;
+        EXPECT_EQ(codesOf(c.out.bytes, Planes::kStride, 1, n), k.plane1) << k.what;
+    }
 }
 
 TEST(Ed2ColourInput, DoubleYRgbTakesTheSmallerChannelBytes) {
@@ -330,23 +347,6 @@ TEST(Ed2ColourInput, DoubleYRgbTakesTheSmallerChannelBytes) {
     c.largeRow(5);
     ASSERT_EQ(c.runPixels({255, 255, 255, 255, 255, 254}, 1, 0), RC_OK);
     EXPECT_EQ(c.out.code(0, 0), 3u) << "(255, 255, 254) is not white";
-}
-
-TEST(Ed2ColourInput, GeneralReadsOnePixelPerOutputWhenHalving) {
-    Colour c(4, 720, 720, -1);
-    c.largeRow(5);
-    c.mediumRow(9);
-    ASSERT_EQ(c.runPixels(inkPixels({{5, 0, 0, 0}, {9, 0, 0, 0}}), 2, 0), RC_OK);
-    EXPECT_EQ(c.out.code(0, 0), 3u);
-    EXPECT_EQ(c.out.code(0, 1), 2u);
-}
-
-TEST(Ed2ColourInput, DoublingServesEachPixelTwice) {
-    Colour c(4, 1440, 720, 1);
-    c.largeRow(5);
-    c.mediumRow(9);
-    ASSERT_EQ(c.runPixels(inkPixels({{5, 0, 0, 0}, {9, 0, 0, 0}}), 3, 0), RC_OK);
-    EXPECT_EQ(c.out.at(0, 0), 0b11111000);
 }
 
 TEST(Ed2ColourPacking, SixPixelsFromOffsetThreeInFourPlanes) {
