@@ -416,21 +416,6 @@ TEST(Ed1Colour, DotValueSignedness) {
     }
 }
 
-TEST(Ed1Colour, ContinuityRuleCoversThreeLines) {
-    for (const KernelCase& k : kAllCases) {
-        SCOPED_TRACE(k.name);
-        Rig r(k);
-        for (auto& line : r.hc.errorLines) std::fill(line.begin(), line.end(), 7);
-        ASSERT_EQ(r.run(Pixels(), 0, 0, 5), RC_OK);  // line 5 after line 0: lines were skipped
-        for (unsigned l = 0; l < 3; ++l) {
-            EXPECT_EQ(std::count(r.hc.errorLines[l].begin(), r.hc.errorLines[l].end(), 0), long{kWidth});
-            EXPECT_EQ(r.hc.errorLines[l][29], 7) << "margins stay";
-        }
-        EXPECT_EQ(std::count(r.hc.errorLines[3].begin(), r.hc.errorLines[3].end(), 0), 0);
-        EXPECT_EQ(r.hc.ctx.prevLineNo, 5u);
-    }
-}
-
 TEST(Ed1Colour, EmptyRunKeepsTheFirstByteLeadingBits) {
     for (const KernelCase& k : kAllCases) {
         SCOPED_TRACE(k.name);

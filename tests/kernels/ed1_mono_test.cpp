@@ -162,47 +162,6 @@ TEST(Ed1Mono, BitOffsetKeepsLeadingBitsAndClearsTrailingOnes) {
     }
 }
 
-// Line 14 to 15 to 16 with runs that end at the line's end, observed through
-// cells the runs themselves do not touch (white pixels only write their own cell).
-TEST(Ed1Mono, ContinuityRuleRunsInsideTheKernel) {
-    const uint32_t width = 64;
-    const auto marked = [&](Mono& m) {
-        for (int x = -30; x < static_cast<int>(width) + 30; ++x) m.cell(x) = 7;
-    };
-    const std::vector<uint8_t> white(width, 0);
-    uint8_t out[8];
-
-    Mono a(kGeneral, width);
-    marked(a);
-    a.previous(14, width);
-    ASSERT_EQ(a.run(white, out, 0, 44, 20, 15), RC_OK);  // line 15 from column 20 to the end
-    for (int x = 0; x < 20; ++x) EXPECT_EQ(a.cell(x), 0) << "band edge clears in front of the run, " << x;
-    EXPECT_EQ(a.cell(-1), 7) << "margins are never cleared";
-
-    marked(a);  // line 16 after a line 15 whose run ended at the width: nothing cleared
-    ASSERT_EQ(a.run(white, out, 0, 0, 0, 16), RC_OK);
-    for (int x = 0; x < static_cast<int>(width); ++x) EXPECT_EQ(a.cell(x), 7) << x;
-
-    Mono b(kGeneral, width);
-    marked(b);
-    b.previous(13, width);
-    ASSERT_EQ(b.run(white, out, 0, 44, 20, 14), RC_OK);  // line 14: no band edge
-    for (int x = 0; x < 20; ++x) EXPECT_EQ(b.cell(x), 7) << x;
-
-    Mono c(k1440x720, width);
-    c.previous(14, width);
-    ASSERT_EQ(c.run(white, out, 0, 40, 0, 15), RC_OK);  // line 15 ends at 40
-    marked(c);
-    ASSERT_EQ(c.run(white, out, 0, 0, 0, 16), RC_OK);
-    for (int x = 0; x < 40; ++x) EXPECT_EQ(c.cell(x), 7) << x;
-    for (int x = 40; x < static_cast<int>(width); ++x) EXPECT_EQ(c.cell(x), 0) << x;
-    EXPECT_EQ(c.cell(static_cast<int>(width)), 7);
-
-    Mono d(kDoubleY, width);
-    marked(d);
-    ASSERT_EQ(d.run(white, out, 0, 0, 0, 2), RC_OK);  // line 1 skipped after creation
-    for (int x = 0; x < static_cast<int>(width); ++x) EXPECT_EQ(d.cell(x), 0) << x;
-}
 
 // Pixel 0 (level 200, dot, err -55) leaves a carry; pixel 1 is white and
 // overwrites its cell: the carry in General and DoubleY, 0 in 1440x720.
@@ -310,7 +269,9 @@ TEST(Ed1Mono, PixelCases) {
         for (auto [offset, amount] : c.taps) expected[c.x + offset] += amount;
         for (int x = 0; x < 64; ++x) {
             const bool named = std::any_of(c.taps.begin(), c.taps.end(), [&](auto t) { return c.x + t.first == x; });
-            if (named || c.wholeLine) EXPECT_EQ(m.cell(x), expected[x]) << "column " << x;
+            if (named || c.wholeLine) {
+                EXPECT_EQ(m.cell(x), expected[x]) << "column " << x;
+            }
         }
     }
 }

@@ -386,19 +386,5 @@ TEST(Ed2ColourPacking, EmptyRunRewritesEachPlanesFirstByteWithAnOffset) {
     }
 }
 
-TEST(Ed2ColourContinuity, OneCaseClearsTheThreeDiffusedLines) {
-    Colour c;
-    c.fillLines(7);
-    c.ctx.prevLineNo = 0;
-    ASSERT_EQ(c.run(nullptr, c.out.dst(), Planes::kStride, 0, 0, 0, 5), RC_OK);  // lines 1..4 skipped
-    for (unsigned l = 0; l < 3; ++l) {
-        for (uint32_t x = 0; x < kWidth; ++x) ASSERT_EQ(c.line(l)[x], 0) << l << " " << x;
-        EXPECT_EQ(c.line(l)[-1], 7) << "margins stay";
-    }
-    EXPECT_EQ(c.line(3)[0], 7);
-    EXPECT_EQ(c.ctx.prevLineNo, 5u);
-    EXPECT_EQ(c.ctx.prevRunEnd, 0u);
-}
-
 }  // namespace
 }  // namespace inkdot::test

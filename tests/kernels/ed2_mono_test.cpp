@@ -180,14 +180,6 @@ TEST(Ed2MonoPacking, EmptyRunRewritesTheFirstByteOnlyWithAnOffset) {
     EXPECT_EQ(m.ctx.prevRunEnd, 9u);
 }
 
-TEST(Ed2MonoContinuity, SkippedLineClearsTheWholeLine) {
-    Mono m;
-    m.setFlatMatrix(1, 1, 0);
-    for (uint32_t x = 0; x < kWidth; ++x) m.line(0)[x] = 77;
-    m.runBytes({255}, 10, 2);  // line 2 after line 0
-    for (uint32_t x = 0; x < kWidth; ++x) EXPECT_EQ(m.line(0)[x], 0) << x;
-}
-
 // Argument checks, in their order, leave everything untouched.
 struct ArgumentCase {
     uint32_t startX, count, reserved10, option11;
