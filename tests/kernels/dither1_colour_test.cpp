@@ -13,19 +13,6 @@ namespace {
 
 constexpr uint32_t kStride = 16;  // bytes between output planes in these tests
 
-TEST(Dither1Colour, ChosenForColourMatrixDitherOutsideModes0And2) {
-    HandContext plain(colourSetup().settings());
-    EXPECT_EQ(plain.ready().kernel, &Dither1Colour);
-    KernelSetup hybrid = colourSetup();
-    hybrid.ditherMode = 2;
-    HandContext h(hybrid.settings());
-    EXPECT_EQ(h.ready().kernel, &Dither1ColourHybrid);
-    KernelSetup fixed = colourSetup();
-    fixed.method = 0;
-    HandContext t(fixed.settings());
-    EXPECT_EQ(t.ready().kernel, &Threshold1Colour);
-}
-
 // Every byte level 0 sits on node 0; the node (0, 0, 0) holds the inks.
 HandContext& singleNode(HandContext& hc, uint32_t packed) {
     onNode(hc, 0, 0);

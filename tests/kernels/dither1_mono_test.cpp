@@ -13,15 +13,6 @@
 namespace inkdot::test {
 namespace {
 
-TEST(Dither1Mono, ChosenForMonochromeMatrixAndFixedThreshold) {
-    HandContext matrix(monoSetup().settings());
-    EXPECT_EQ(matrix.ready().kernel, &Dither1Mono);
-    KernelSetup fixed = monoSetup();
-    fixed.method = 0;
-    HandContext threshold(fixed.settings());
-    EXPECT_EQ(threshold.ready().kernel, &Dither1Mono);
-}
-
 // One run on a hand-made matrix and tone table, read back as bits.
 struct MonoCase {
     const char* what;

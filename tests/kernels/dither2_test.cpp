@@ -30,15 +30,6 @@ void flatShiftCurve(HandContext& hc, std::initializer_list<std::pair<uint8_t, ui
     for (auto [v, amount] : levels) hc.monoCurve()[v + 1] = amount;
 }
 
-TEST(Dither2, ChosenByColourAndClass) {
-    HandContext mono(monoSetup(2).settings()), monoY(doubleY(monoSetup(2)).settings());
-    HandContext colour(colourSetup(2).settings()), colourY(doubleY(colourSetup(2)).settings());
-    EXPECT_EQ(mono.ready().kernel, &Dither2Mono);
-    EXPECT_EQ(monoY.ready().kernel, &Dither2MonoDoubleY);
-    EXPECT_EQ(colour.ready().kernel, &Dither2Colour);
-    EXPECT_EQ(colourY.ready().kernel, &Dither2ColourDoubleY);
-}
-
 TEST(Dither2Mono, ThreeSizeCodeStacksLargeMediumSmall) {
     HandContext hc(monoSetup(2).settings());
     hc.setMatrix(8, 8, {0, 299, 300, 499, 500, 599, 600, 4095});

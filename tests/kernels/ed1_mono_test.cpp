@@ -60,16 +60,6 @@ void setPrintAndWhite(Mono& m) {
     m.h.edThreshold[255] = -30000;
 }
 
-TEST(Ed1Mono, DispatchReachesTheThreeKernels) {
-    for (const MonoClass& c : kAllClasses) {
-        HandContext h(monoSettings(c, 16));
-        const HtKernel k = h.ready().kernel;
-        if (c.resolutionX == 1440) EXPECT_EQ(k, &Ed1Mono1440x720);
-        else if (c.resolutionY == 2 * c.resolutionX) EXPECT_EQ(k, &Ed1MonoDoubleY);
-        else EXPECT_EQ(k, &Ed1MonoGeneral);
-    }
-}
-
 // Two pixels worked by hand: column 60 (sum 30 < 35, no dot, G0) and column 61
 // (sum 47 >= -80, dot, err -208, G1).
 TEST(Ed1Mono, WorkedTwoPixelRun) {
