@@ -102,33 +102,22 @@ TEST(Continuity, LineCounterWraps) {
 // Every error-diffusion kernel applies the rule to the lines it diffuses,
 // even for an empty run, and leaves the margins and the other lines alone.
 TEST(Continuity, EveryDiffusionKernelAppliesTheRule) {
-    struct Kernel { uint32_t colourMode, outputBits, resX, resY; int32_t scaleMode; unsigned lines; };
-    const Kernel kernels[] = {
-        {0, 1, 360, 360, 0, 1},  {0, 1, 1440, 720, 0, 1}, {0, 1, 360, 720, 0, 1},  {1, 1, 360, 360, -1, 3},
-        {1, 1, 1440, 720, -1, 3}, {1, 1, 360, 720, 0, 3}, {1, 1, 360, 360, 0, 3},   {1, 1, 1440, 720, 0, 3},
-        {0, 2, 720, 720, 0, 1},  {0, 2, 1440, 720, 0, 1}, {0, 2, 360, 720, 0, 1},  {1, 2, 720, 720, 0, 3},
-        {1, 2, 1440, 720, 0, 3}, {1, 2, 360, 720, 0, 3},
-    };
     // Line 2 after creation (line 1 skipped) clears every column; line 15 after a
     // line 14 that reached the width, from column 20, clears columns 0..19.
     struct Case { uint32_t previousLine, previousEnd, line, startX, clearedTo; };
     const Case cases[] = {{0, 0, 2, 0, 64}, {14, 64, 15, 20, 20}};
-    for (const Kernel& k : kernels) {
+    for (const test::KernelSetup& k : test::everyKernelSetup()) {
+        if (k.method != 1) continue;
         for (const Case& c : cases) {
-            SCOPED_TRACE(testing::Message() << "colour " << k.colourMode << ", bits " << k.outputBits << ", "
-                                            << k.resX << " x " << k.resY << ", scale " << k.scaleMode
-                                            << ", line " << c.line);
-            test::HandContext h(test::KernelSetup{.inputFormat = k.colourMode ? 2u : 0u, .colourMode = k.colourMode,
-                                                  .resolutionX = k.resX, .resolutionY = k.resY,
-                                                  .outputBits = k.outputBits, .scaleMode = k.scaleMode}
-                                    .settings());
+            test::HandContext h(k.settings());
+            SCOPED_TRACE(testing::Message() << h.ready().kernel << ", line " << c.line);
             for (auto& l : h.errorLines) std::fill(l.begin(), l.end(), 7);
             h.ctx.prevLineNo = c.previousLine;
             h.ctx.prevRunEnd = c.previousEnd;
             std::vector<uint8_t> out(64, 0);
             ASSERT_EQ(h.run(nullptr, out.data(), 16, 0, 0, c.startX, c.line), RC_OK);
             for (unsigned l = 0; l < 4; ++l) {
-                const bool diffused = l < k.lines;
+                const bool diffused = l < (k.colourMode ? 3u : 1u);
                 for (int x = -30; x < 94; ++x) {
                     const bool cleared = diffused && x >= 0 && x < static_cast<int>(c.clearedTo);
                     ASSERT_EQ(h.line(l)[x], cleared ? 0 : 7) << "line " << l << ", column " << x;

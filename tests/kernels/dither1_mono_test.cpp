@@ -104,16 +104,6 @@ TEST(DitherRunChecks, OwnChecksInOrderAndWithoutWrap) {
     EXPECT_EQ(hc.ctx.prevLineNo, 0u);
 }
 
-TEST(Dither1Mono, EmptyRunStoresLineAndRewritesOnlyAnOffsetByte) {
-    HandContext hc(monoSetup().settings());
-    std::vector<uint8_t> out = {0xFF};
-    ASSERT_EQ(hc.run(nullptr, out.data(), 0, 0, 0, 0, 4), RC_OK);
-    EXPECT_EQ(out[0], 0xFF);
-    ASSERT_EQ(hc.run(nullptr, out.data(), 0, 5, 0, 0, 6), RC_OK);
-    EXPECT_EQ(out[0], 0xF8);
-    EXPECT_EQ(hc.ctx.prevLineNo, 6u);
-}
-
 TEST(Dither1Mono, SplitRunsEqualOneRun) {
     HandContext hc(monoSetup().settings());
     hc.setMatrix(16, 16, permutationMatrix(16, 7));

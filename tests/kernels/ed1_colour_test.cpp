@@ -416,19 +416,6 @@ TEST(Ed1Colour, DotValueSignedness) {
     }
 }
 
-TEST(Ed1Colour, EmptyRunKeepsTheFirstByteLeadingBits) {
-    for (const KernelCase& k : kAllCases) {
-        SCOPED_TRACE(k.name);
-        Rig r(k);
-        std::fill(r.out.begin(), r.out.end(), 0xFF);
-        ASSERT_EQ(r.run(Pixels(), 0, 0, 0, 3), RC_OK);
-        for (unsigned p = 0; p < 4; ++p) {
-            EXPECT_EQ(r.plane(p, 0), 0xE0);
-            EXPECT_EQ(r.plane(p, 1), 0xFF);
-        }
-    }
-}
-
 TEST(Ed1Colour, PlainKernelsCheckTheRunThemselves) {
     for (HtKernel kernel : {&Ed1ColourGeneral, &Ed1Colour1440x720, &Ed1ColourDoubleY}) {
         Rig r(kGeneral);

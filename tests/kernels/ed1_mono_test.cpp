@@ -124,22 +124,6 @@ TEST(Ed1Mono, RunEndingAtTheWidthIsAccepted) {
     }
 }
 
-TEST(Ed1Mono, EmptyRunStillUpdatesStateAndFirstByte) {
-    Mono m(kGeneral, 64);
-    m.previous(7, 30);
-    uint8_t out[2] = {0xAB, 0xCD};
-    ASSERT_EQ(m.run({}, out, 0, 0, 30, 7), RC_OK);
-    EXPECT_EQ(out[0], 0xAB) << "bitOffset 0: nothing written";
-    EXPECT_EQ(m.h.ctx.prevRunEnd, 30u);
-
-    out[0] = 0xFF;
-    ASSERT_EQ(m.run({}, out, 3, 0, 40, 9), RC_OK);
-    EXPECT_EQ(out[0], 0xE0) << "the 3 leading bits survive, the rest is cleared";
-    EXPECT_EQ(out[1], 0xCD);
-    EXPECT_EQ(m.h.ctx.prevLineNo, 9u);
-    EXPECT_EQ(m.h.ctx.prevRunEnd, 40u);
-}
-
 TEST(Ed1Mono, BitOffsetKeepsLeadingBitsAndClearsTrailingOnes) {
     for (const MonoClass& c : kAllClasses) {
         Mono m(c, 64);
@@ -223,7 +207,7 @@ struct PixelCase {
 };
 
 TEST(Ed1Mono, PixelCases) {
-    const int32_t e2 = 2 - 255, e33 = 33;
+    const int32_t e2 = 2 - 255, e6 = 6 - 255, e33 = 33;
     const PixelCase cases[] = {
         {"a sum equal to the threshold prints (matrix 0x43: + 20)", kGeneral, 0x43, 20, 0, 255, {1}, 0, 0x80, {}, false},
         {"one below does not", kGeneral, 0x43, 20, 1, 255, {1}, 0, 0x00, {}, false},
@@ -242,6 +226,9 @@ TEST(Ed1Mono, PixelCases) {
         // G4a: this line +1..+4: 2, +5..+10: 1; next line -10..-5: 1, -4..0: 2.
         {"lowest bands on an even cell: G4a", kGeneral, 0x42, 2, -100, 255, {1}, 30, 0x80,
          band(1, 4, 2 * e2) + band(5, 10, e2) + band(-10, -5, e2) + band(-4, 0, 2 * e2), true},
+        // G3: this line +1..+3: 3, +4..+7: 1; next line -7, -6: 1, -5..-2: 2, -1, 0: 3.
+        {"between T3 and T2 with a dot: G3", kGeneral, 0x43, 6, -100, 255, {1}, 30, 0x80,
+         band(1, 3, 3 * e6) + band(4, 7, e6) + band(-7, -6, e6) + band(-5, -2, 2 * e6) + band(-1, 0, 3 * e6), true},
         // G5b: this line +1..+14: 1; next line -14..0: 1.
         {"lowest bands on an odd cell: G5b", kGeneral, 0x43, 2, -100, 255, {1}, 30, 0x80, band(-14, 14, e2), true},
     };

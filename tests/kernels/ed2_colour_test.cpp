@@ -374,17 +374,5 @@ TEST(Ed2ColourPacking, SixPixelsFromOffsetThreeInFourPlanes) {
     }
 }
 
-TEST(Ed2ColourPacking, EmptyRunRewritesEachPlanesFirstByteWithAnOffset) {
-    Colour c;
-    std::fill(c.out.bytes.begin(), c.out.bytes.end(), 0xFF);
-    ASSERT_EQ(c.run(nullptr, c.out.dst(), Planes::kStride, 0, 0, 4, 0), RC_OK);
-    for (unsigned k = 0; k < 4; ++k) EXPECT_EQ(c.out.at(k, 0), 0xFF);
-    ASSERT_EQ(c.run(nullptr, c.out.dst(), Planes::kStride, 2, 0, 4, 0), RC_OK);
-    for (unsigned k = 0; k < 4; ++k) {
-        EXPECT_EQ(c.out.at(k, 0), 0xF0);
-        EXPECT_EQ(c.out.at(k, 1), 0xFF);
-    }
-}
-
 }  // namespace
 }  // namespace inkdot::test

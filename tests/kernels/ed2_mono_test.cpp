@@ -167,19 +167,6 @@ TEST(Ed2MonoPacking, SixPixelsFromOffsetThree) {
     EXPECT_EQ(m.out[3], 0x5A) << "not touched";
 }
 
-TEST(Ed2MonoPacking, EmptyRunRewritesTheFirstByteOnlyWithAnOffset) {
-    Mono m;
-    m.ctx.prevLineNo = 3;
-    m.out[0] = 0xFF;
-    ASSERT_EQ(m.run(nullptr, m.out.data(), 0, 0, 0, 7, 4), RC_OK);
-    EXPECT_EQ(m.out[0], 0xFF);
-    EXPECT_EQ(m.ctx.prevLineNo, 4u);
-    EXPECT_EQ(m.ctx.prevRunEnd, 7u);
-    ASSERT_EQ(m.run(nullptr, m.out.data(), 0, 2, 0, 9, 4), RC_OK);
-    EXPECT_EQ(m.out[0], 0xF0);
-    EXPECT_EQ(m.ctx.prevRunEnd, 9u);
-}
-
 // Argument checks, in their order, leave everything untouched.
 struct ArgumentCase {
     uint32_t startX, count, reserved10, option11;

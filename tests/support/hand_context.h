@@ -55,6 +55,28 @@ inline KernelSetup doubleY(KernelSetup s) {
     return s;
 }
 
+// One setup per kernel: the ordered-dither and fixed-threshold kernels, then
+// the error-diffusion ones (monochrome and colour, one- and two-bit, every
+// class; the plain one-bit colour kernels through halving).
+inline std::vector<KernelSetup> everyKernelSetup() {
+    std::vector<KernelSetup> all = {monoSetup(1), colourSetup(1), monoSetup(2), colourSetup(2),
+                                    doubleY(monoSetup(2)), doubleY(colourSetup(2))};
+    all.push_back(KernelSetup{.method = 0, .ditherMode = 1});
+    all.push_back(KernelSetup{.method = 0, .ditherMode = 1, .inputFormat = 2, .colourMode = 1});
+    all.push_back(KernelSetup{.method = 3, .ditherMode = 0, .inputFormat = 2, .colourMode = 1});
+    struct Ed { uint32_t colourMode, outputBits, resX, resY; int32_t scaleMode; };
+    const Ed diffusion[] = {
+        {0, 1, 360, 360, 0},  {0, 1, 1440, 720, 0}, {0, 1, 360, 720, 0}, {1, 1, 360, 360, -1}, {1, 1, 1440, 720, -1},
+        {1, 1, 360, 720, 0},  {1, 1, 360, 360, 0},  {1, 1, 1440, 720, 0}, {0, 2, 720, 720, 0},  {0, 2, 1440, 720, 0},
+        {0, 2, 360, 720, 0},  {1, 2, 720, 720, 0},  {1, 2, 1440, 720, 0}, {1, 2, 360, 720, 0},
+    };
+    for (const Ed& e : diffusion)
+        all.push_back(KernelSetup{.inputFormat = e.colourMode ? 2u : 0u, .colourMode = e.colourMode,
+                                  .resolutionX = e.resX, .resolutionY = e.resY, .outputBits = e.outputBits,
+                                  .scaleMode = e.scaleMode});
+    return all;
+}
+
 class HandContext {
 public:
     explicit HandContext(const HtSettings& s) {
