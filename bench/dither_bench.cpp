@@ -8,12 +8,12 @@
 #include <random>
 #include <vector>
 
-#include "kernels/dither_fixture.h"
+#include "support/hand_context.h"
 #include "kernels/kernels.h"
 
 namespace {
 
-using inkdot::test::DitherSetup;
+using inkdot::test::KernelSetup;
 using inkdot::test::HandContext;
 
 constexpr uint32_t kPixels = 10000;
@@ -21,10 +21,10 @@ constexpr uint32_t kStride = kPixels / 4 + 8;
 
 enum Kind : int64_t { Mono1, Colour1, Hybrid1, Threshold1, Mono2, Mono2Y, Colour2, Colour2Y };
 
-DitherSetup setupFor(Kind kind) {
+KernelSetup setupFor(Kind kind) {
     const bool twoBit = kind >= Mono2;
     const bool mono = kind == Mono1 || kind == Mono2 || kind == Mono2Y;
-    DitherSetup s = mono ? inkdot::test::monoSetup(twoBit ? 2 : 1) : inkdot::test::colourSetup(twoBit ? 2 : 1);
+    KernelSetup s = mono ? inkdot::test::monoSetup(twoBit ? 2 : 1) : inkdot::test::colourSetup(twoBit ? 2 : 1);
     if (kind == Hybrid1) s.ditherMode = 0;
     if (kind == Threshold1) s.method = 0;
     if (kind == Mono2Y || kind == Colour2Y) s = inkdot::test::doubleY(s), s.scaleMode = -1;
@@ -56,7 +56,7 @@ void fillTables(HandContext& hc) {
 
 void BM_Dither(benchmark::State& state) {
     const Kind kind = static_cast<Kind>(state.range(0));
-    const DitherSetup s = setupFor(kind);
+    const KernelSetup s = setupFor(kind);
     HandContext hc(s.settings());
     fillTables(hc);
     const uint32_t pixelBytes = inkdot::bytesPerPixel(s.inputFormat) * (s.scaleMode == -1 ? 2 : 1);
