@@ -207,7 +207,7 @@ struct PixelCase {
 };
 
 TEST(Ed1Mono, PixelCases) {
-    const int32_t e2 = 2 - 255, e6 = 6 - 255, e33 = 33;
+    const int32_t e2 = 2 - 255, e3 = 3 - 255, e6 = 6 - 255, e20 = 20 - 255, e33 = 33;
     const PixelCase cases[] = {
         {"a sum equal to the threshold prints (matrix 0x43: + 20)", kGeneral, 0x43, 20, 0, 255, {1}, 0, 0x80, {}, false},
         {"one below does not", kGeneral, 0x43, 20, 1, 255, {1}, 0, 0x00, {}, false},
@@ -231,6 +231,42 @@ TEST(Ed1Mono, PixelCases) {
          band(1, 3, 3 * e6) + band(4, 7, e6) + band(-7, -6, e6) + band(-5, -2, 2 * e6) + band(-1, 0, 3 * e6), true},
         // G5b: this line +1..+14: 1; next line -14..0: 1.
         {"lowest bands on an odd cell: G5b", kGeneral, 0x43, 2, -100, 255, {1}, 30, 0x80, band(-14, 14, e2), true},
+        // G2a: this line +1, +2: 4, +3..+5: 2; next line -4..-2: 2, -1, 0: 4.
+        {"between T2 and T1 on an even cell: G2a", kGeneral, 0x42, 20, -100, 255, {1}, 30, 0x80,
+         band(1, 2, 4 * e20) + band(3, 5, 2 * e20) + band(-4, -2, 2 * e20) + band(-1, -1, 4 * e20) +
+             band(0, 0, 4 * e20), true},
+        // G2b: this line +1, +2: 4, +3, +4: 2; next line -4..-2: 2, -1: 4, 0: 6.
+        {"between T2 and T1 on an odd cell: G2b", kGeneral, 0x43, 20, -100, 255, {1}, 30, 0x80,
+         band(1, 2, 4 * e20) + band(3, 4, 2 * e20) + band(-4, -2, 2 * e20) + band(-1, -1, 4 * e20) +
+             band(0, 0, 6 * e20), true},
+        // G4b: as G4a, but +11 in place of +10 on this line.
+        {"above T4 on an odd cell: G4b", kGeneral, 0x43, 3, -100, 255, {1}, 30, 0x80,
+         band(1, 4, 2 * e3) + band(5, 9, e3) + band(11, 11, e3) + band(-10, -5, e3) + band(-4, 0, 2 * e3), true},
+        // H2: this line +1..+3: 3, +4, +5: 2, +6, +7: 1; next line -7, -6: 1, -5, -4: 2, -3..-1: 3, 0: 2.
+        {"between T2 and T1: H2", k1440x720, 0x43, 20, -100, 255, {1}, 30, 0x80,
+         band(1, 3, 3 * e20) + band(4, 5, 2 * e20) + band(6, 7, e20) + band(-7, -6, e20) + band(-5, -4, 2 * e20) +
+             band(-3, -1, 3 * e20) + band(0, 0, 2 * e20), true},
+        // H3: this line +1..+5: 2, +6..+10: 1; next line -10..-6: 1, -5..0: 2.
+        {"between T3 and T2: H3", k1440x720, 0x43, 6, -100, 255, {1}, 30, 0x80,
+         band(1, 5, 2 * e6) + band(6, 10, e6) + band(-10, -6, e6) + band(-5, 0, 2 * e6), true},
+        // H4: this line +1: 2, +2..+14: 1; next line -14..-2: 1, -1: 2, 0: 1.
+        {"between T4 and T3: H4", k1440x720, 0x42, 3, -100, 255, {1}, 30, 0x80,
+         band(1, 1, 2 * e3) + band(2, 14, e3) + band(-14, -2, e3) + band(-1, -1, 2 * e3) + band(0, 0, e3), true},
+        // H5: err on this line +1..+9 and next line -9..-1; err >> 1 (-253 >> 1 = -127) on
+        // this line +10..+23 and next line -21..-10 and 0.
+        {"at T4 and below: H5 with the halved error", k1440x720, 0x43, 2, -100, 255, {1}, 30, 0x80,
+         band(1, 9, e2) + band(10, 23, -127) + band(-21, -10, -127) + band(-9, -1, e2) + band(0, 0, -127), true},
+        // Y2: this line +1: 4, +2: 2; next line -2: 2, -1: 4, 0: 16.
+        {"between T2 and T1: Y2", kDoubleY, 0x43, 20, -100, 255, {1}, 30, 0x80,
+         band(1, 1, 4 * e20) + band(2, 2, 2 * e20) + band(-2, -2, 2 * e20) + band(-1, -1, 4 * e20) +
+             band(0, 0, 16 * e20), true},
+        // Y3: this line +1..+4: 2; next line -4..-2: 2, -1: 4, 0: 8.
+        {"between T3 and T2 with a dot: Y3", kDoubleY, 0x43, 6, -100, 255, {1}, 30, 0x80,
+         band(1, 4, 2 * e6) + band(-4, -2, 2 * e6) + band(-1, -1, 4 * e6) + band(0, 0, 8 * e6), true},
+        {"above T4 on an odd cell: G3", kDoubleY, 0x43, 3, -100, 255, {1}, 30, 0x80,
+         band(1, 3, 3 * e3) + band(4, 7, e3) + band(-7, -6, e3) + band(-5, -2, 2 * e3) + band(-1, 0, 3 * e3), true},
+        {"at T4 on an odd cell: G4b", kDoubleY, 0x43, 2, -100, 255, {1}, 30, 0x80,
+         band(1, 4, 2 * e2) + band(5, 9, e2) + band(11, 11, e2) + band(-10, -5, e2) + band(-4, 0, 2 * e2), true},
     };
     for (const PixelCase& c : cases) {
         SCOPED_TRACE(std::string(c.cls.name) + ": " + c.what);
