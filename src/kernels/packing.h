@@ -12,9 +12,8 @@
 namespace inkdot {
 
 inline constexpr uint8_t kDotPattern = 0xFF;
-// Two-bit code bytes: the code repeated in all four bit pairs.
-inline constexpr uint8_t kCodeByte[4] = {0x00, 0x55, 0xAA, 0xFF};
-// Code c repeated in all four bit pairs is c times this.
+// A two-bit code c repeated in all four bit pairs of a byte is c times this
+// (0x00, 0x55, 0xAA, 0xFF); the packer's mask then picks the pixel's pair.
 inline constexpr uint32_t kCodeRepeat = 0x55;
 // Byte k of a packed word belongs to plane k; this repeats a byte into every plane.
 inline constexpr uint32_t kEveryPlane = 0x01010101;

@@ -26,8 +26,8 @@ TEST(Packing, TwoBitCodesAndPlanes) {
     std::vector<uint8_t> out(8, 0xFF);
     PlanePacker<2, 2> p(out.data(), 4, 3);  // one pixel left in the first byte
     for (uint8_t code : {1, 2, 3, 0, 1, 2}) {
-        p.set(0, kCodeByte[code]);
-        p.set(1, kCodeByte[3 - code]);
+        p.set(0, code * kCodeRepeat);
+        p.set(1, (3 - code) * kCodeRepeat);
         p.next();
     }
     p.finish();

@@ -34,7 +34,7 @@ void ditherRun(const HtContext& ctx, const HtRun& run) {
         const uint32_t shift = row(x + kShiftColumnOffset) % spreadW;
         // The curve holds ink amounts of the black table (0..255): one split row each.
         const uint32_t amount = curve[shift + in.byte(0) + 1] & 0xFF;
-        out.set(0, kCodeByte[threeSizeCode(ctx, amount, row(x))]);
+        out.set(0, threeSizeCode(ctx, amount, row(x)) * kCodeRepeat);
         out.next();
         in.advanceAfter(i);
     }

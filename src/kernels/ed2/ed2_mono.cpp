@@ -88,7 +88,7 @@ uint32_t ed2Mono(HtContext& ctx, const HtRun& run) {
         const bool even = (m & 1) == 0;
         Family::spreadChosen({large != 0 || medium != 0, small, d.code != kNoDot, even}, bands, cell, d.err, carry);
 
-        out.set(0, kCodeByte[d.code]);
+        out.set(0, d.code * kCodeRepeat);
         out.next();
     }
     out.finish();
