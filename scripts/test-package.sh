@@ -47,16 +47,11 @@ grep -q "Depends:.*libcups2" <<<"$info" || { echo "dpkg-shlibdeps found no depen
 
 work=$(mktemp -d /tmp/inkdot-package.XXXXXX)
 chmod 755 "$work"
-cupsd_pid=""
+. scripts/private-cupsd.sh
 installed=0
 teardown() {
   local status=$?
-  if [ -n "$cupsd_pid" ] && kill -0 "$cupsd_pid" 2>/dev/null; then
-    kill "$cupsd_pid"
-    for _ in $(seq 50); do kill -0 "$cupsd_pid" 2>/dev/null || break; sleep 0.1; done
-    kill -0 "$cupsd_pid" 2>/dev/null && kill -9 "$cupsd_pid"
-    wait "$cupsd_pid" 2>/dev/null || true
-  fi
+  stop_private_cupsd
   if [ "$status" -ne 0 ] && [ -f "$work/cups/log/error_log" ]; then
     echo "--- last lines of the scheduler's error log"
     grep -v '^d ' "$work/cups/log/error_log" | tail -40 || true
@@ -129,61 +124,10 @@ grep -q "^CmLut: 4 channels, grid 33x33x33" lut.txt && grep -q "^HtContext ready
   { echo "lut_summary did not build the colour record and the halftone instance" >&2; exit 1; }
 
 echo "--- a PDF through a private scheduler with the system's filters and drivers"
-port=${INKDOT_PACKAGE_CUPS_PORT:-8632}
-server=127.0.0.1:$port
-if (exec 3<>"/dev/tcp/127.0.0.1/$port") 2>/dev/null; then
-  echo "port $port on 127.0.0.1 is taken; set INKDOT_PACKAGE_CUPS_PORT" >&2
-  exit 1
-fi
 c=$work/cups
-mkdir -p "$c"/{conf,spool/tmp,cache,state,log,out}
+mkdir -p "$c/out"
 chown lp:lp "$c/out"
-cat >"$c/conf/cups-files.conf" <<EOF
-ServerRoot $c/conf
-ServerBin /usr/lib/cups
-DataDir /usr/share/cups
-DocumentRoot /usr/share/cups/doc-root
-RequestRoot $c/spool
-TempDir $c/spool/tmp
-CacheDir $c/cache
-StateDir $c/state
-ErrorLog $c/log/error_log
-AccessLog $c/log/access_log
-PageLog $c/log/page_log
-Printcap $c/conf/printcap
-ServerKeychain $c/conf/ssl
-FileDevice Yes
-User lp
-Group lp
-SystemGroup root
-EOF
-cat >"$c/conf/cupsd.conf" <<EOF
-LogLevel debug
-Listen $server
-Browsing No
-BrowseLocalProtocols none
-DefaultAuthType None
-WebInterface No
-ErrorPolicy abort-job
-PreserveJobFiles No
-<Location />
-  Order allow,deny
-  Allow 127.0.0.1
-</Location>
-<Policy default>
-  <Limit All>
-    Order deny,allow
-  </Limit>
-</Policy>
-EOF
-cupsd -f -c "$c/conf/cupsd.conf" -s "$c/conf/cups-files.conf" &
-cupsd_pid=$!
-for i in $(seq 100); do
-  lpstat -h "$server" -r 2>/dev/null | grep "is running" >/dev/null && break
-  kill -0 "$cupsd_pid" 2>/dev/null || { echo "cupsd stopped at start" >&2; exit 1; }
-  [ "$i" -lt 100 ] || { echo "cupsd did not answer within 20 s" >&2; exit 1; }
-  sleep 0.2
-done
+start_private_cupsd "$c" /usr/lib/cups "${INKDOT_PACKAGE_CUPS_PORT:-8632}" INKDOT_PACKAGE_CUPS_PORT
 
 model=$(lpinfo -h "$server" -m | awk '/inkdot\.ppd/ && model == "" { model = $1 } END { print model }')
 [ -n "$model" ] || { echo "lpinfo -m does not list the inkdot driver" >&2; lpinfo -h "$server" -m | head >&2; exit 1; }
@@ -236,9 +180,7 @@ grep -q "Started filter /usr/lib/cups/filter/rastertoinkdot" "$c/log/error_log" 
   { echo "the scheduler never ran the installed rastertoinkdot" >&2; exit 1; }
 grep -o "Started filter [^ ]*" "$c/log/error_log" | sort | uniq -c
 lpadmin -h "$server" -x inkdot
-kill "$cupsd_pid"
-wait "$cupsd_pid" 2>/dev/null || true
-cupsd_pid=""
+stop_private_cupsd
 
 echo "--- removing the package"
 cd "$root"
