@@ -5,12 +5,15 @@
 # not touched.
 #
 #   start_private_cupsd DIR SERVERBIN PORT PORT_VARIABLE   sets cupsd_pid and server
-#   stop_private_cupsd                                     stops it; harmless twice
+#   stop_private_cupsd [STATUS]    stops it (harmless twice); after a failure
+#                                  (STATUS not 0) shows the end of its error log
 cupsd_pid=""
+cupsd_dir=""
 
 start_private_cupsd() {
   local dir=$1 serverbin=$2 port=$3 port_variable=$4
   server=127.0.0.1:$port
+  cupsd_dir=$dir
   if (exec 3<>"/dev/tcp/127.0.0.1/$port") 2>/dev/null; then
     echo "port $port on 127.0.0.1 is taken; set $port_variable" >&2
     return 1
@@ -75,4 +78,8 @@ stop_private_cupsd() {
     wait "$cupsd_pid" 2>/dev/null || true
   fi
   cupsd_pid=""
+  if [ "${1:-0}" -ne 0 ] && [ -f "$cupsd_dir/log/error_log" ]; then
+    echo "--- last lines of the scheduler's error log"
+    grep -v '^d ' "$cupsd_dir/log/error_log" | tail -40 || true
+  fi
 }

@@ -35,11 +35,7 @@ chmod 755 "$work"
 
 teardown() {
   local status=$?
-  stop_private_cupsd
-  if [ "$status" -ne 0 ] && [ -f "$work/log/error_log" ]; then
-    echo "--- last lines of the scheduler's error log"
-    grep -v '^d ' "$work/log/error_log" | tail -40 || true
-  fi
+  stop_private_cupsd "$status"
   if [ "${INKDOT_CUPS_KEEP:-0}" = 1 ]; then echo "kept $work"; else rm -rf "$work"; fi
   exit "$status"
 }

@@ -51,11 +51,7 @@ chmod 755 "$work"
 installed=0
 teardown() {
   local status=$?
-  stop_private_cupsd
-  if [ "$status" -ne 0 ] && [ -f "$work/cups/log/error_log" ]; then
-    echo "--- last lines of the scheduler's error log"
-    grep -v '^d ' "$work/cups/log/error_log" | tail -40 || true
-  fi
+  stop_private_cupsd "$status"
   if [ "${INKDOT_PACKAGE_KEEP:-0}" = 1 ]; then
     echo "kept $work (the package stays installed)"
   else
