@@ -4,8 +4,8 @@
 #include "inkdot/inkdot_job.h"
 
 #include <cstring>
-#include <memory>
 #include <exception>
+#include <memory>
 #include <string>
 
 #include "inkdot/job.h"
@@ -23,6 +23,14 @@ namespace {
 using namespace inkdot;
 
 constexpr const char* kOutOfMemory = "out of memory";
+
+// The C codes of resolution and scaling are the C++ enumerations' values.
+static_assert(static_cast<int>(Resolution::R720x720) == INKDOT_RES_720X720 &&
+              static_cast<int>(Resolution::R1440x720) == INKDOT_RES_1440X720 &&
+              static_cast<int>(Resolution::R360x720) == INKDOT_RES_360X720 &&
+              static_cast<int>(Resolution::R720x360) == INKDOT_RES_720X360);
+static_assert(static_cast<int>(HScale::Half) == INKDOT_HSCALE_HALF && static_cast<int>(HScale::x1) == INKDOT_HSCALE_1 &&
+              static_cast<int>(HScale::x5) == INKDOT_HSCALE_5);
 
 void copyOut(const std::string& text, char* buffer, size_t size) {
     if (buffer == nullptr || size == 0) return;
