@@ -1,16 +1,18 @@
 #!/usr/bin/env bash
-# inkdot installed as a user installs it: builds the Debian package with
-# CPack, installs it with apt, builds the examples against the installed
+# inkdot installed as a user installs it: builds the Debian packages with
+# CPack (libinkdot0, libinkdot-dev, inkdot, printer-driver-inkdot), installs
+# them with apt, builds the examples against the installed
 # library (print_image through pkg-config, lut_summary through find_package)
 # and runs them, tries the installed command, then prints a PDF through a
 # private CUPS scheduler (loopback, port $INKDOT_PACKAGE_CUPS_PORT, default
 # 8632) whose filters and drivers are the system's own directories: the PDF
 # goes through cups-filters and Ghostscript to the installed rastertoinkdot,
-# and the raster that comes out is checked. Last, the package is removed and
-# none of its files may remain. The machine's own scheduler is not touched.
+# and the raster that comes out is checked. Last, the packages are removed
+# and none of their files may remain. The machine's own scheduler is not
+# touched.
 #
 #   scripts/test-package.sh
-#   INKDOT_PACKAGE_KEEP=1 ...     keep the work directory and leave the package installed
+#   INKDOT_PACKAGE_KEEP=1 ...     keep the work directory and leave the packages installed
 set -euo pipefail
 cd "$(dirname "$0")/.."
 root=$PWD
@@ -25,25 +27,34 @@ SUDO=""
 # Under pipefail a `grep -q` that stops reading early can fail its writer
 # with SIGPIPE: pipelines below give grep all of it (grep >/dev/null).
 
-if dpkg -s inkdot >/dev/null 2>&1; then
-  echo "an inkdot package is installed already; remove it first (apt-get remove inkdot)" >&2
-  exit 1
-fi
+packages=(libinkdot0 libinkdot-dev inkdot printer-driver-inkdot)
+for p in "${packages[@]}"; do
+  if dpkg -s "$p" >/dev/null 2>&1; then
+    echo "$p is installed already; remove it first (apt-get remove ${packages[*]})" >&2
+    exit 1
+  fi
+done
 
-echo "--- building the package"
+echo "--- building the packages"
 build=build/package
 launcher=()
 command -v ccache >/dev/null && launcher=(-DCMAKE_CXX_COMPILER_LAUNCHER=ccache -DCMAKE_C_COMPILER_LAUNCHER=ccache)
 cmake -S . -B "$build" -G Ninja -DCMAKE_BUILD_TYPE=Release -DCMAKE_INSTALL_PREFIX=/usr \
   -DINKDOT_BUILD_TESTS=OFF "${launcher[@]}" >/dev/null
 cmake --build "$build" -j "$(nproc)"
-rm -f "$build"/inkdot_*.deb
+rm -f "$build"/*.deb
 (cd "$build" && cpack -G DEB >/dev/null)
-deb=$(ls "$build"/inkdot_*.deb)
-info=$(dpkg-deb --info "$deb")
-grep -E "^ (Package|Version|Installed-Size|Depends|Recommends):" <<<"$info"
-echo "package: $(basename "$deb"), $(stat -c %s "$deb") bytes"
-grep -q "Depends:.*libcups2" <<<"$info" || { echo "dpkg-shlibdeps found no dependency on libcups2" >&2; exit 1; }
+debs=()
+for p in "${packages[@]}"; do
+  deb=$(ls "$root/$build/${p}_"*.deb)
+  debs+=("$deb")
+  echo "$(basename "$deb"): $(stat -c %s "$deb") bytes"
+  dpkg-deb --field "$deb" Depends Recommends | sed 's/^/  /'
+done
+# The dependencies dpkg-shlibdeps found, and the one between the library packages.
+dpkg-deb --field "$root/$build"/printer-driver-inkdot_*.deb Depends | grep libcups2 >/dev/null &&
+  dpkg-deb --field "$root/$build"/libinkdot-dev_*.deb Depends | grep -x "libinkdot0 (= 0.1.0)" >/dev/null ||
+  { echo "a package lacks a dependency (libcups2, or libinkdot0 of the same version)" >&2; exit 1; }
 
 work=$(mktemp -d /tmp/inkdot-package.XXXXXX)
 chmod 755 "$work"
@@ -53,29 +64,32 @@ teardown() {
   local status=$?
   stop_private_cupsd "$status"
   if [ "${INKDOT_PACKAGE_KEEP:-0}" = 1 ]; then
-    echo "kept $work (the package stays installed)"
+    echo "kept $work (the packages stay installed)"
   else
-    [ "$installed" = 0 ] || $SUDO apt-get remove -y --purge inkdot >/dev/null 2>&1 || true
+    [ "$installed" = 0 ] || $SUDO apt-get remove -y --purge "${packages[@]}" >/dev/null 2>&1 || true
     rm -rf "$work"
   fi
   exit "$status"
 }
 trap teardown EXIT
 
-echo "--- installing it with apt"
+echo "--- installing them with apt"
 start=$SECONDS
 installed=1
-$SUDO env DEBIAN_FRONTEND=noninteractive apt-get install -y "$root/$deb" >/dev/null
+$SUDO env DEBIAN_FRONTEND=noninteractive apt-get install -y "${debs[@]}" >/dev/null
 echo "installed in $((SECONDS - start)) s"
-# Its files, and the directories that are its own (named after it).
-dpkg -L inkdot | while read -r f; do if [ ! -d "$f" ] || [[ $f == */inkdot ]]; then echo "$f"; fi; done >"$work/files"
-echo "$(wc -l <"$work/files") files, $(dpkg-query -W -f '${Installed-Size}' inkdot) KiB"
+# Their files, and the directories that are their own (named after inkdot).
+dpkg -L "${packages[@]}" | while read -r f; do if [ -n "$f" ] && { [ ! -d "$f" ] || [[ $f == */inkdot ]]; }; then echo "$f"; fi; done \
+  >"$work/files"
+size=0
+for p in "${packages[@]}"; do size=$((size + $(dpkg-query -W -f '${Installed-Size}' "$p"))); done
+echo "$(wc -l <"$work/files") files, $size KiB"
 libdir=/usr/lib/$(dpkg-architecture -qDEB_HOST_MULTIARCH)
 for f in /usr/bin/inkdot /usr/lib/cups/filter/rastertoinkdot "$libdir/libinkdot.so.0.1.0" "$libdir/libinkdot.a" \
          "$libdir/libinkdot-driver.so.0.1.0" /usr/include/inkdot/inkdot.h /usr/include/inkdot/inkdot_job.h \
          "$libdir/pkgconfig/inkdot.pc" "$libdir/cmake/inkdot/inkdotConfig.cmake" /usr/share/inkdot/report_plots.py \
          /usr/share/man/man1/inkdot.1 /usr/share/man/man8/rastertoinkdot.8 /usr/share/ppd/inkdot/inkdot.ppd; do
-  grep -qx "$f" "$work/files" || { echo "the package lacks $f" >&2; exit 1; }
+  grep -qx "$f" "$work/files" || { echo "the packages lack $f" >&2; exit 1; }
 done
 [ "$(readlink "$libdir/libinkdot.so.0")" = libinkdot.so.0.1.0 ] || { echo "libinkdot.so.0 is not a link to 0.1.0" >&2; exit 1; }
 objdump -p "$libdir/libinkdot.so.0.1.0" | grep "SONAME *libinkdot.so.0$" >/dev/null || { echo "libinkdot has no SONAME libinkdot.so.0" >&2; exit 1; }
@@ -178,9 +192,9 @@ grep -o "Started filter [^ ]*" "$c/log/error_log" | sort | uniq -c
 lpadmin -h "$server" -x inkdot
 stop_private_cupsd
 
-echo "--- removing the package"
+echo "--- removing the packages"
 cd "$root"
-$SUDO env DEBIAN_FRONTEND=noninteractive apt-get remove -y --purge inkdot >/dev/null
+$SUDO env DEBIAN_FRONTEND=noninteractive apt-get remove -y --purge "${packages[@]}" >/dev/null
 installed=0
 left=$(while read -r f; do if [ -e "$f" ] || [ -L "$f" ]; then echo "$f"; fi; done <"$work/files")
 [ -z "$left" ] || { echo "left behind after removal:" >&2; echo "$left" >&2; exit 1; }
