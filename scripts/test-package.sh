@@ -130,7 +130,7 @@ done
 cmake -S "$root/examples" -B consumer -G Ninja >/dev/null
 cmake --build consumer >/dev/null
 ./consumer/lut_summary | tee lut.txt
-grep -q "^CmLut: 4 channels, grid 33x33x33" lut.txt && grep -q "^HtContext ready" lut.txt ||
+grep -Eq "^CmLut: 4 channels, grid [1-9][0-9]*x[1-9][0-9]*x[1-9][0-9]*," lut.txt && grep -q "^HtContext ready" lut.txt ||
   { echo "lut_summary did not build the colour record and the halftone instance" >&2; exit 1; }
 
 echo "--- a PDF through a private scheduler with the system's filters and drivers"
