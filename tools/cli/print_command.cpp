@@ -6,6 +6,7 @@
 
 #include "cli/cli.h"
 #include "cli/print_options.h"
+#include "cli/standard_input.h"
 #include "image/colour_profile.h"
 #include "image/image_reader.h"
 #include "image/plane_writer.h"
@@ -81,6 +82,10 @@ int printCommand(const std::vector<std::string>& args, std::ostream& out, std::o
         return kExitOk;
     }
 
+    if (options.input == "-") {
+        if (!makeStandardInputSeekable(error)) return fail(err, error);
+        options.input = kStandardInputPath;  // the files are then named stdin-...
+    }
     std::unique_ptr<ImageReader> image = openImage(options.input, error);
     if (!image) return fail(err, error);
     std::unique_ptr<InputConversion> conversion;
