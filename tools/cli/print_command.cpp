@@ -58,15 +58,15 @@ bool openInputConversion(const ImageReader& image, const PrintOptions& options,
     if (!options.inputProfile.empty() && !readProfileFile(options.inputProfile, given, error)) return false;
     const bool embedded = options.inputProfile.empty();
     const std::string name = embedded ? "the profile embedded in " + options.input : options.inputProfile;
-    const char* const override = "; --input-profile sRGB or FILE prints the image with another";
+    const char* const howToOverride = "; --input-profile sRGB or FILE prints the image with another";
     if (embedded && !image.iccProblem().empty()) {
-        error = name + " is not a usable ICC profile: " + image.iccProblem() + override;
+        error = name + " is not a usable ICC profile: " + image.iccProblem() + howToOverride;
         return false;
     }
     const std::vector<uint8_t>& profile = embedded ? image.iccProfile() : given;
     if (embedded && profile.empty()) return true;
     out = InputConversion::create(profile, image.channels(), options.intent, name, error);
-    if (out == nullptr && embedded) error += override;
+    if (out == nullptr && embedded) error += howToOverride;
     return out != nullptr;
 }
 

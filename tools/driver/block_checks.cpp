@@ -19,6 +19,7 @@ constexpr size_t kInkParamAt = 48;           // big-endian signed 16-bit A, then
 constexpr size_t kDataAreaAt = 16;           // u32 offset, then u32 size
 constexpr size_t kDescriptorSize = 8;        // u32 nonzero, u16 kind 1, u16 block id
 constexpr uint16_t kDescriptorKind = 1;
+constexpr int kOneBitDotWeights[] = {250, 350, 500};  // ink parameter A: the engine has spreads for these
 constexpr int kMaxDotWeight = 1000;          // percent
 constexpr unsigned kMaxDotSplitRowSum = 255; // a row's three amounts share one pixel
 
@@ -122,7 +123,7 @@ std::string checkHalftoneUse(std::span<const uint8_t> table, unsigned outputBits
         return {};
     }
     const int a = inkParam(table, 0), b = inkParam(table, 1);
-    if (a != 250 && a != 350 && a != 500)
+    if (std::find(std::begin(kOneBitDotWeights), std::end(kOneBitDotWeights), a) == std::end(kOneBitDotWeights))
         return "has ink parameter A = " + std::to_string(a) + "; one-bit halftoning takes 250, 350 or 500";
     if (b < 1 || b > kMaxDotWeight)
         return "has ink parameter B = " + std::to_string(b) + "; one-bit halftoning takes 1 to 1000";
