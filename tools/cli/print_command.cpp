@@ -48,16 +48,26 @@ struct MadeDirectory {
 };
 
 // The conversion of the image into device RGB: from --input-profile, else
-// from the profile the image carries; none (null) for an untagged image.
+// from the profile the image carries; none (null) for an untagged image and
+// for --input-profile sRGB, device RGB being sRGB. One rule for PNG and TIFF:
+// an embedded profile that cannot be used stops the print, and the message
+// says how to print anyway.
 bool openInputConversion(const ImageReader& image, const PrintOptions& options,
                          std::unique_ptr<InputConversion>& out, std::string& error) {
+    if (options.inputProfile == kBuiltInSrgb) return true;
     std::vector<uint8_t> given;
     if (!options.inputProfile.empty() && !readProfileFile(options.inputProfile, given, error)) return false;
-    const std::vector<uint8_t>& profile = options.inputProfile.empty() ? image.iccProfile() : given;
-    if (options.inputProfile.empty() && profile.empty()) return true;
-    const std::string name = options.inputProfile.empty() ? "the profile embedded in " + options.input
-                                                          : options.inputProfile;
+    const bool embedded = options.inputProfile.empty();
+    const std::string name = embedded ? "the profile embedded in " + options.input : options.inputProfile;
+    const char* const howToOverride = "; --input-profile sRGB or FILE prints the image with another";
+    if (embedded && !image.iccProblem().empty()) {
+        error = name + " is not a usable ICC profile: " + image.iccProblem() + howToOverride;
+        return false;
+    }
+    const std::vector<uint8_t>& profile = embedded ? image.iccProfile() : given;
+    if (embedded && profile.empty()) return true;
     out = InputConversion::create(profile, image.channels(), options.intent, name, error);
+    if (out == nullptr && embedded) error += howToOverride;
     return out != nullptr;
 }
 

@@ -129,8 +129,10 @@ uint64_t scaledWidth(uint32_t inputWidth, HScale s) {
 }
 
 // Colour management: CmNew and its resource protocol. Leaves the instance in
-// `cm` (also on failure, for the caller to delete).
-bool runColourProtocol(const CmInputs& in, const BlockSource& source, CmContext*& cm, std::string& error) {
+// `cm` (also on failure, for the caller to delete). The colour table must also
+// hold what halftoning at `outputBits` reads from it.
+bool runColourProtocol(const CmInputs& in, const BlockSource& source, unsigned outputBits, CmContext*& cm,
+                       std::string& error) {
     uint32_t next = 0;
     uint32_t rc = CmNew(&in.s1, &in.s2, 0, &next, &cm);
     if (rc != RC_OK) {
@@ -141,6 +143,12 @@ bool runColourProtocol(const CmInputs& in, const BlockSource& source, CmContext*
         const uint32_t asked = next;
         std::vector<uint8_t> block = fetchBlock(source, asked, cmRole(call), error);
         if (block.empty()) return false;
+        const std::string why =
+            cmRole(call) == BlockRole::ColourTable ? tools::checkHalftoneUse(block, outputBits) : std::string{};
+        if (!why.empty()) {
+            error = "block " + std::to_string(asked) + " (colour table) " + why;
+            return false;
+        }
         rc = CmSetResource(cm, block.data(), &next);
         if (rc != RC_OK) {
             error = "colour management refused block " + std::to_string(asked) + ": " + resultMessage(rc);
@@ -189,7 +197,7 @@ std::unique_ptr<Job> Job::open(const ColourSettings& colour, const HalftoneSetup
     CmInputs in;
     fillCmInputs(colour, setup.resolution, in);
     CmContext* cm = nullptr;
-    if (!runColourProtocol(in, source, cm, error)) {
+    if (!runColourProtocol(in, source, setup.outputBits, cm, error)) {
         if (cm != nullptr) CmDelete(cm);
         return nullptr;
     }

@@ -35,7 +35,7 @@ constexpr const char* kReportHelp =
     "  -o, --output DIR         output directory (made if missing)\n"
     "  --method ed|dither|threshold   the method shown first (default ed);\n"
     "                           every other method of the depth follows\n"
-    "  --bits 1|2               dots per pixel (default 1)\n"
+    "  --bits 1|2               dots per pixel (default 1; 2 not at 720x360)\n"
     "  --resolution RES         720x720 (default), 1440x720, 360x720 or 720x360\n"
     "  --mono                   black ink only\n"
     "  --pack FILE              resource pack (default: the built-in pack)\n"
@@ -81,6 +81,7 @@ bool parseReportOptions(const ParsedArgs& args, ReportParams& params, ReportPlan
         error = "--resolution must be 720x720, 1440x720, 360x720 or 720x360, not '" + resolution + "'";
         return false;
     }
+    if (!checkDepthAtResolution(params.outputBits, params.resolution, error)) return false;
     params.mono = params.colour.mono = args.has("mono");
     packFile = args.value("pack", "");
     if (!packFile.empty()) params.packName = std::filesystem::path(packFile).filename().string();
