@@ -42,7 +42,7 @@ struct PageShape {
           printedLineBytes(job.planeCount() * job.planeStride()),
           bands((p.inputLines + p.bandLines - 1) / p.bandLines) {}
 
-    void size(Band& band) const {
+    void allocate(Band& band) const {
         band.input.resize(inputLineBytes * plan.bandLines);
         band.printed.resize(printedLineBytes * plan.bandLines * plan.lineRepeat);
     }
@@ -69,7 +69,7 @@ struct PageShape {
 
 bool runSerial(Job& job, const PageShape& shape, const BandStages& stages, std::string& error) {
     Band band;
-    shape.size(band);
+    shape.allocate(band);
     for (uint32_t b = 0; b < shape.bands; ++b) {
         shape.place(band, b);
         error.clear();
@@ -84,7 +84,7 @@ bool runSerial(Job& job, const PageShape& shape, const BandStages& stages, std::
 class Flight {
 public:
     explicit Flight(const PageShape& shape) : bands_(shape.bands) {
-        for (Band& band : slots_) shape.size(band);
+        for (Band& band : slots_) shape.allocate(band);
     }
 
     // The band with this index once it is in `state`; null when the page
