@@ -7,6 +7,7 @@
 #include "cli/cli.h"
 #include "cli/print_options.h"
 #include "cli/standard_input.h"
+#include "driver/band_pipeline.h"
 #include "image/colour_profile.h"
 #include "image/image_reader.h"
 #include "image/plane_writer.h"
@@ -138,25 +139,32 @@ int printCommand(const std::vector<std::string>& args, std::ostream& out, std::o
                       options.previewWidth, error))
         return fail(err, error);
 
+    // Decoding and conversion, halftoning, and writing overlap band by band
+    // when the process has a second core.
     std::vector<uint8_t> row(size_t{image->width()} * image->channels());
-    std::vector<uint8_t> input(size_t{image->width()} * job->inputBytesPerPixel());
     std::vector<uint8_t> deviceRow(conversion ? size_t{image->width()} * 3 : 0);
-    std::vector<uint8_t> planeBuffer(planes * job->planeStride());
-    for (uint32_t y = 0; y < image->height(); ++y) {
-        if (!image->readRow(row.data(), error)) return fail(err, error);
-        if (conversion) {
-            conversion->convertRow(row.data(), image->width(), deviceRow.data());
-            toJobInput(deviceRow.data(), 3, image->width(), options.colour.mono, input.data());
-        } else {
-            toJobInput(row.data(), image->channels(), image->width(), options.colour.mono, input.data());
+    const size_t inputBytes = size_t{image->width()} * job->inputBytesPerPixel();
+    BandStages stages;
+    stages.read = [&](uint8_t* lines, uint32_t, uint32_t count, std::string& e) {
+        for (uint32_t i = 0; i < count; ++i) {
+            if (!image->readRow(row.data(), e)) return false;
+            if (conversion) conversion->convertRow(row.data(), image->width(), deviceRow.data());
+            toJobInput(conversion ? deviceRow.data() : row.data(), conversion ? 3 : image->channels(), image->width(),
+                       options.colour.mono, lines + i * inputBytes);
         }
-        for (unsigned r = 0; r < lineRepeat; ++r) {
-            if (!job->halftoneLine(input.data(), planeBuffer.data(), error)) return fail(err, error);
+        return true;
+    };
+    stages.write = [&](const uint8_t* lines, uint32_t, uint32_t count, std::string& e) {
+        for (uint32_t i = 0; i < count; ++i) {
+            const uint8_t* line = lines + size_t{i} * planes * job->planeStride();
             for (unsigned p = 0; p < planes; ++p)
-                if (!writers[p].writeLine(planeBuffer.data() + p * job->planeStride(), error)) return fail(err, error);
-            if (!preview.addLine(planeBuffer.data(), job->planeStride(), error)) return fail(err, error);
+                if (!writers[p].writeLine(line + p * job->planeStride(), e)) return false;
+            if (!preview.addLine(line, job->planeStride(), e)) return false;
         }
-    }
+        return true;
+    };
+    const BandPlan plan{.inputLines = image->height(), .lineRepeat = lineRepeat, .overlapped = severalCores()};
+    if (!runBands(*job, plan, stages, error)) return fail(err, error);
     for (PlaneWriter& w : writers)
         if (!w.finish(error)) return fail(err, error);
     if (!preview.finish(error)) return fail(err, error);
