@@ -38,11 +38,11 @@
  *                HalftoneNew with CmGetLut's record while the colour instance
  *                is still alive, and HalftoneSetResource starting at block
  *                INKDOT_REQUEST_LIST_BLOCK (1000); CmDelete only after that.
- *   HtSettings   method 1 error diffusion, 3 matrix dither, 0 threshold;
- *                ditherMode 1; inputFormat 0 gray, 2 colour; colourMode 0
- *                mono, 1 colour; resolutionX/Y in dpi; outputBits 1 or 2;
- *                scaleMode -1 half, 0 none, 1 double, n expand by n + 1;
- *                width = printed pixels per line.
+ *   HtSettings   method INKDOT_METHOD_DIFFUSION, _MATRIX or _THRESHOLD;
+ *                ditherMode INKDOT_DITHER_PLAIN; inputFormat INKDOT_INPUT_GRAY
+ *                or _RGB; colourMode INKDOT_MONO or INKDOT_COLOUR;
+ *                resolutionX/Y in dpi; outputBits 1 or 2; scaleMode
+ *                INKDOT_SCALE_*; width = printed pixels per line.
  *   Halftone     colour pixels go to the engine in B, G, R byte order; each
  *                line's input needs 16 readable bytes after its last pixel.
  *                InkdotJobHalftoneLine takes R, G, B and does both for you.
@@ -66,9 +66,9 @@ extern "C" {
 #define INKDOT_REQUEST_LIST_BLOCK 1000u
 
 /* InkdotJobSettings.method */
-#define INKDOT_METHOD_ED 0        /* error diffusion (one or two bits) */
-#define INKDOT_METHOD_DITHER 1    /* ordered matrix dither (one or two bits) */
-#define INKDOT_METHOD_THRESHOLD 2 /* fixed threshold (one bit only) */
+#define INKDOT_JOB_ED 0        /* error diffusion (one or two bits) */
+#define INKDOT_JOB_DITHER 1    /* ordered matrix dither (one or two bits) */
+#define INKDOT_JOB_THRESHOLD 2 /* fixed threshold (one bit only) */
 
 /* InkdotJobSettings.resolution, horizontal x vertical dpi. Two-bit output is
  * not offered at 720x360. */
@@ -89,7 +89,7 @@ typedef struct InkdotPack InkdotPack;
 typedef struct InkdotJob InkdotJob;
 
 typedef struct InkdotJobSettings {
-    int method;           /* INKDOT_METHOD_*; default ED */
+    int method;           /* INKDOT_JOB_ED, _DITHER or _THRESHOLD; default ED */
     int outputBits;       /* 1 (dot or none) or 2 (none, small, medium, large); default 1 */
     int resolution;       /* INKDOT_RES_*; default 720x720 */
     int hscale;           /* INKDOT_HSCALE_*; default 1 */

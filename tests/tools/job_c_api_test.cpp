@@ -42,12 +42,12 @@ std::vector<Mapping> mappings() {
     m[0].c.inputWidth = 40;
     m[0].setup = {Method::ErrorDiffusion, 1, Resolution::R720x720, HScale::x1, 40};
     // Mono two-bit dither at 1440 x 720, doubled, every adjustment moved.
-    m[1].c = {INKDOT_METHOD_DITHER, 2, INKDOT_RES_1440X720, INKDOT_HSCALE_2, 1, 10, -20, 30, 220, 5, -5, 15, 0,
+    m[1].c = {INKDOT_JOB_DITHER, 2, INKDOT_RES_1440X720, INKDOT_HSCALE_2, 1, 10, -20, 30, 220, 5, -5, 15, 0,
               {50, 50, 50, 50}, 33};
     m[1].colour = {true, 10, -20, 30, 220, 5, -5, 15, std::nullopt};
     m[1].setup = {Method::Dither, 2, Resolution::R1440x720, HScale::x2, 33};
     // Colour threshold at 360 x 720, halved, with ink weights.
-    m[2].c = {INKDOT_METHOD_THRESHOLD, 1, INKDOT_RES_360X720, INKDOT_HSCALE_HALF, 0, 0, 0, 0, 150, 0, 0, 0, 1,
+    m[2].c = {INKDOT_JOB_THRESHOLD, 1, INKDOT_RES_360X720, INKDOT_HSCALE_HALF, 0, 0, 0, 0, 150, 0, 0, 0, 1,
               {40, 60, 45, 70}, 64};
     m[2].colour.inkWeights = std::array<uint8_t, 4>{40, 60, 45, 70};
     m[2].setup = {Method::Threshold, 1, Resolution::R360x720, HScale::Half, 64};

@@ -48,7 +48,7 @@ bool convertSettings(const InkdotJobSettings& s, ColourSettings& colour, Halfton
         const char* name;
         int value, lo, hi;
     } ranges[] = {
-        {"method", s.method, INKDOT_METHOD_ED, INKDOT_METHOD_THRESHOLD},
+        {"method", s.method, INKDOT_JOB_ED, INKDOT_JOB_THRESHOLD},
         {"outputBits", s.outputBits, 1, 2},
         {"resolution", s.resolution, INKDOT_RES_720X720, INKDOT_RES_720X360},
         {"hscale", s.hscale, INKDOT_HSCALE_HALF, INKDOT_HSCALE_5},
@@ -145,7 +145,7 @@ void InkdotPackClose(InkdotPack* pack) { delete pack; }
 void InkdotJobSettingsInit(InkdotJobSettings* settings) {
     if (settings == nullptr) return;
     *settings = {};
-    settings->method = INKDOT_METHOD_ED;
+    settings->method = INKDOT_JOB_ED;
     settings->outputBits = 1;
     settings->resolution = INKDOT_RES_720X720;
     settings->hscale = INKDOT_HSCALE_1;
