@@ -112,15 +112,12 @@ PageEnd printPage(cups_raster_t* in, cups_raster_t* out, const cups_page_header2
                static_cast<unsigned long long>(kMaxHeldPageBytes >> 20));
         return PageEnd::Failed;
     }
-    std::unique_ptr<uint8_t[]> page;
-    if (held) {
-        page.reset(new (std::nothrow) uint8_t[pageBytes]());
-        if (!page) {
-            report(log, "ERROR: Page %d: no memory for the %llu MB page", pageNo,
-                   static_cast<unsigned long long>(pageBytes >> 20));
-            return PageEnd::Failed;
-        }
-    }
+    // A held page grows as its lines arrive, so a header alone claims no
+    // memory: planar output keeps one run of lines per plane, banded output
+    // one run of whole lines.
+    const size_t planeBytes = job->planeStride();
+    const unsigned planes = job->planeCount();
+    std::vector<std::vector<uint8_t>> page(held ? (plan.order == PlaneOrder::Planar ? planes : 1) : 0);
 
     cups_page_header2_t outHeader = outputHeader(header, plan);
     outHeader.NumCopies = 1;  // the copies are made here
@@ -129,8 +126,6 @@ PageEnd printPage(cups_raster_t* in, cups_raster_t* out, const cups_page_header2
         return PageEnd::Failed;
     }
 
-    const size_t planeBytes = job->planeStride();
-    const unsigned planes = job->planeCount();
     const uint64_t bandBytes = uint64_t{planeBytes} * planes;
     std::vector<uint8_t> line(header.cupsBytesPerLine);
     std::vector<uint8_t> band(bandBytes);
@@ -158,13 +153,12 @@ PageEnd printPage(cups_raster_t* in, cups_raster_t* out, const cups_page_header2
             return PageEnd::Failed;
         }
         if (held) {
-            for (unsigned k = 0; k < planes; ++k) {
-                // Planar: plane k's lines follow one another; banded: a line
-                // holds every plane's bytes in turn, as the job writes them.
-                const uint64_t at = plan.order == PlaneOrder::Planar ? (uint64_t{k} * plan.height + y) * planeBytes
-                                                                      : uint64_t{y} * bandBytes + k * planeBytes;
-                std::memcpy(page.get() + at, band.data() + k * planeBytes, planeBytes);
-            }
+            // Planar: plane k's lines follow one another; banded: a line
+            // holds every plane's bytes in turn, as the job writes them.
+            if (page.size() == 1) page[0].insert(page[0].end(), band.begin(), band.end());
+            else
+                for (unsigned k = 0; k < planes; ++k)
+                    page[k].insert(page[k].end(), band.begin() + k * planeBytes, band.begin() + (k + 1) * planeBytes);
         } else if (!writeLine(out, band.data(), bandBytes)) {
             report(log, "ERROR: Page %d: the output cannot be written", pageNo);
             return PageEnd::Failed;
@@ -182,6 +176,8 @@ PageEnd printPage(cups_raster_t* in, cups_raster_t* out, const cups_page_header2
                 if (!writeLine(out, band.data(), bandBytes)) return PageEnd::Failed;
             return PageEnd::Cancelled;
         }
+        // The rest of the page is blank.
+        for (std::vector<uint8_t>& run : page) run.resize(pageBytes / page.size(), 0);
         copies = 1;
     }
     if (held) {
@@ -191,10 +187,12 @@ PageEnd printPage(cups_raster_t* in, cups_raster_t* out, const cups_page_header2
                 report(log, "ERROR: Page %d: the output cannot be written", pageNo);
                 return PageEnd::Failed;
             }
-            for (uint64_t at = 0; at < pageBytes; at += rowBytes) {
-                if (!writeLine(out, page.get() + at, rowBytes)) {
-                    report(log, "ERROR: Page %d: the output cannot be written", pageNo);
-                    return PageEnd::Failed;
+            for (const std::vector<uint8_t>& run : page) {
+                for (uint64_t at = 0; at < run.size(); at += rowBytes) {
+                    if (!writeLine(out, run.data() + at, rowBytes)) {
+                        report(log, "ERROR: Page %d: the output cannot be written", pageNo);
+                        return PageEnd::Failed;
+                    }
                 }
             }
         }
@@ -287,7 +285,13 @@ int runRasterFilter(const FilterArgs& args, int inFd, int outFd, std::FILE* log)
                header.cupsHeight, resolutionName(plan.halftone.resolution), plan.colour.mono ? "gray" : "colour",
                qualityName(settings.quality), methodName(plan.halftone.method), plan.halftone.outputBits,
                plan.halftone.outputBits == 1 ? "" : "s", plan.order == PlaneOrder::Planar ? "planar" : "banded");
-        switch (printPage(in.get(), out.get(), header, plan, *pack, pageNo, pageCopies(header, args.copies), log)) {
+        PageEnd end = PageEnd::Failed;
+        try {
+            end = printPage(in.get(), out.get(), header, plan, *pack, pageNo, pageCopies(header, args.copies), log);
+        } catch (const std::bad_alloc&) {
+            report(log, "ERROR: Page %d: out of memory", pageNo);
+        }
+        switch (end) {
             case PageEnd::Done: break;
             case PageEnd::Cancelled: return kExitDone;
             case PageEnd::Failed: return kExitFailed;

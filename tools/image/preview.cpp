@@ -25,6 +25,9 @@ constexpr int kInkColour[4][3] = {
     {255, 226, 0},   // yellow
     {35, 31, 32},    // black
 };
+// libpng writes images of up to a million rows; the preview stays well below.
+constexpr uint32_t kMaxPreviewHeight = 20000;
+
 constexpr float kTwoBitCoverage[4] = {0.0f, 0.35f, 0.65f, 1.0f};  // no dot, small, medium, large
 
 }  // namespace
@@ -35,7 +38,11 @@ PreviewGeometry previewGeometry(uint32_t pageWidth, uint32_t pageHeight, uint32_
     const uint32_t g = std::gcd(dpiX, dpiY);
     const uint32_t unitX = dpiX / g, unitY = dpiY / g;
     const uint32_t unitsAcross = (pageWidth + unitX - 1) / unitX;
-    const uint32_t k = std::max<uint32_t>(1, (unitsAcross + maxWidth - 1) / std::max<uint32_t>(1, maxWidth));
+    const uint32_t unitsDown = (pageHeight + unitY - 1) / unitY;
+    // A very tall page is scaled down until its preview fits the height a
+    // PNG writer takes too.
+    const uint32_t k = std::max({uint32_t{1}, (unitsAcross + maxWidth - 1) / std::max<uint32_t>(1, maxWidth),
+                                 (unitsDown + kMaxPreviewHeight - 1) / kMaxPreviewHeight});
     PreviewGeometry geo{k * unitX, k * unitY, 0, 0};
     geo.width = (pageWidth + geo.boxWidth - 1) / geo.boxWidth;
     geo.height = (pageHeight + geo.boxHeight - 1) / geo.boxHeight;
