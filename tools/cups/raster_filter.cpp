@@ -15,6 +15,7 @@
 #include "cups/cancel_request.h"
 #include "cups/filter_settings.h"
 #include "cups/page_plan.h"
+#include "cups/raster_input.h"
 
 namespace inkdot::cups {
 
@@ -255,7 +256,8 @@ int runRasterFilter(const FilterArgs& args, int inFd, int outFd, std::FILE* log)
         }
         inFd = fileFd.fd;
     }
-    RasterStream in(cupsRasterOpen(inFd, CUPS_RASTER_READ));
+    RasterInput input(inFd);
+    RasterStream in(input.open());
     if (!in) {
         report(log, "ERROR: The input is not a CUPS raster stream");
         return kExitFailed;
@@ -273,7 +275,7 @@ int runRasterFilter(const FilterArgs& args, int inFd, int outFd, std::FILE* log)
 
     int pageNo = 0;
     cups_page_header2_t header;
-    while (!cancelRequested() && cupsRasterReadHeader2(in.get(), &header)) {
+    for (input.startHeader(); !cancelRequested() && cupsRasterReadHeader2(in.get(), &header); input.startHeader()) {
         ++pageNo;
         PagePlan plan;
         if (!planPage(header, settings, plan, error)) {
@@ -300,6 +302,16 @@ int runRasterFilter(const FilterArgs& args, int inFd, int outFd, std::FILE* log)
     if (cancelRequested()) {
         report(log, "INFO: Job cancelled after %d page%s", pageNo, pageNo == 1 ? "" : "s");
         return kExitDone;
+    }
+    std::string why;
+    switch (input.whyNoHeader(why)) {
+        case RasterInput::NoHeader::End: break;
+        case RasterInput::NoHeader::Truncated:
+            report(log, "ERROR: The raster stream ends inside the header of page %d: it is truncated", pageNo + 1);
+            return kExitFailed;
+        case RasterInput::NoHeader::Malformed:
+            report(log, "ERROR: Page %d: the page header is malformed: %s", pageNo + 1, why.c_str());
+            return kExitFailed;
     }
     if (pageNo == 0) {
         report(log, "ERROR: The raster stream holds no pages");
