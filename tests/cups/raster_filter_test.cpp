@@ -209,6 +209,14 @@ TEST_F(CupsRasterFilter, AStreamCutOrMalformedInAPageHeaderFailsTheJob) {
         {patched(offsetof(cups_page_header2_t, cupsBytesPerLine), 47), "lines of 47 bytes for 16 pixels of 24 bits"},
     };
     for (const auto& c : cases) expectRefused(c.path, c.why);
+    // A first header claiming lines of 2 GB, which the CUPS library would
+    // allocate for before handing the header over (fuzz_raster_filter).
+    const std::string path = input({flatPage(inputHeader(16, 4), {1, 2, 3})});
+    std::string bytes = readText(path);
+    const uint32_t huge = 2172021600u;
+    std::memcpy(&bytes[4 + offsetof(cups_page_header2_t, cupsBytesPerLine)], &huge, sizeof huge);
+    dir.write("huge.ras", bytes);
+    expectRefused(dir.file("huge.ras"), "Page 1: the page header is malformed: lines of 2172021600 bytes, more than");
     for (off_t cut : {kSecondHeader + 1, kSecondHeader + 1795}) {
         const std::string path = input({flatPage(inputHeader(16, 4), {1, 2, 3}), flatPage(inputHeader(16, 4), {1, 2, 3})});
         truncateFile(path, cut);

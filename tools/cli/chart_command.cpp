@@ -14,7 +14,7 @@ constexpr const char* kChartHelp =
     "\n"
     "Writes the test chart: gray ramp and steps, cyan/magenta/yellow and\n"
     "red/green/blue ramps, a hue sweep, skin tones and dark tones.\n"
-    "  -o, --output FILE   the PNG to write\n"
+    "  -o, --output FILE   the PNG to write ('-': standard output)\n"
     "  --width N           pixels across, 64..20000 (default 1200)\n"
     "  --height N          pixels down, 64..20000 (default 900)\n";
 }  // namespace
@@ -51,7 +51,7 @@ int chartCommand(const std::vector<std::string>& args, std::ostream& out, std::o
         err << "inkdot chart: " << error << "\n";
         return kExitFailed;
     }
-    out << "wrote chart " << path << " (" << width << " x " << height << ")\n";
+    if (path != "-") out << "wrote chart " << path << " (" << width << " x " << height << ")\n";
     return kExitOk;
 }
 

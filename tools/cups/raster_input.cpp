@@ -54,7 +54,18 @@ ssize_t RasterInput::read(void* self, unsigned char* buffer, size_t bytes) {
     const size_t at = std::min(in->headerBytes_, kHeaderBytes);
     std::memcpy(in->header_ + at, buffer + skip, std::min(body, kHeaderBytes - at));
     in->headerBytes_ += body;
+    if (in->headerBytes_ >= in->headerSize_ && in->headerBytes_ - body < in->headerSize_ &&
+        in->lineBytes() > kMaxLineBytes) {
+        // The CUPS library sizes a line buffer from the header as soon as it
+        // has read it: a header claiming gigabytes stops here, before that.
+        in->oversized_ = true;
+        return -1;
+    }
     return got;
+}
+
+uint32_t RasterInput::lineBytes() const {
+    return field(header_, offsetof(cups_page_header2_t, cupsBytesPerLine), swapped_);
 }
 
 RasterInput::NoHeader RasterInput::whyNoHeader(std::string& detail) const {
@@ -64,6 +75,11 @@ RasterInput::NoHeader RasterInput::whyNoHeader(std::string& detail) const {
         // asks for a whole header and nothing arrives. Part of one arrived,
         // or sat in the library's buffer, when it asks for less.
         return headerBytes_ == 0 && endRequest_ >= headerSize_ ? NoHeader::End : NoHeader::Truncated;
+    }
+    if (oversized_) {
+        detail = "lines of " + std::to_string(lineBytes()) + " bytes, more than the " +
+                 std::to_string(kMaxLineBytes) + " the filter reads";
+        return NoHeader::Malformed;
     }
     if (headerBytes_ == headerSize_) {
         const auto at = [this](size_t offset) { return field(header_, offset, swapped_); };
