@@ -18,8 +18,9 @@ void onWarning(png_structp, png_const_charp) {}
 // Writes through the stream and, when it fails, says why: libpng's own
 // writer only says "Write Error".
 void onWrite(png_structp png, png_bytep data, size_t size) {
-    if (std::fwrite(data, 1, size, static_cast<std::FILE*>(png_get_io_ptr(png))) != size)
-        png_error(png, std::strerror(errno));
+    const int injected = injectedFault(FileStep::Write);
+    if (injected != 0 || std::fwrite(data, 1, size, static_cast<std::FILE*>(png_get_io_ptr(png))) != size)
+        png_error(png, std::strerror(injected != 0 ? injected : errno));
 }
 
 void onFlush(png_structp png) { std::fflush(static_cast<std::FILE*>(png_get_io_ptr(png))); }
