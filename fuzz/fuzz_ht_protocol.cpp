@@ -15,9 +15,9 @@ namespace {
 using namespace inkdot;
 using namespace inkdot::fuzz;
 
-// Bounds that keep a run in the millisecond range: lines of up to 256
-// pixels (wide enough for every kernel's edges and the replication) and
-// blocks of up to 8 KB (matrices up to 64 x 64 with their levels).
+// Bounds that keep a run short: lines of up to 256 pixels (wide enough for
+// every kernel's edges and the replication) and blocks of up to 8 KB
+// (matrices up to 64 x 64 with their levels).
 constexpr uint32_t kMaxWidth = 256;
 constexpr size_t kMaxBlockBytes = 8192;
 
