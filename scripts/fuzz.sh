@@ -16,7 +16,7 @@
 # build-fuzz/<target>.log; its last lines give executions and coverage.
 set -euo pipefail
 cd "$(dirname "$0")/.."
-all="index_text cm_protocol ht_protocol halftone_run image_readers pack raster_filter"
+all="index_text cm_protocol ht_protocol halftone_run resource_sources image_readers pack raster_filter"
 targets="${FUZZ_TARGETS:-$all}"
 jobs="${FUZZ_BUILD_JOBS:-2}"
 out=build-fuzz

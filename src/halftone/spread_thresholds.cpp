@@ -1,6 +1,6 @@
 // The four ink levels at which the error-diffusion kernels widen their spread,
 // chosen by resolution class and, for one-bit output, by the ink parameter.
-#include "halftone/method_kind.h"
+#include "halftone/setting_kinds.h"
 #include "halftone/protocol_steps.h"
 
 namespace inkdot {
@@ -31,7 +31,7 @@ void store(HtContext& ctx, const Thresholds& row) {
 }  // namespace
 
 uint32_t chooseSpreadThresholds(HtContext& ctx) {
-    if (ctx.outputBits == 2) {
+    if (isTwoBit(ctx.outputBits)) {
         if (is1440x720(ctx)) store(ctx, kTwoBit1440x720);
         else if (isSquare(ctx)) store(ctx, kTwoBitSquare);
         else if (isDoubleY(ctx)) store(ctx, kTwoBitDoubleY);
@@ -45,10 +45,10 @@ uint32_t chooseSpreadThresholds(HtContext& ctx) {
         case 500: column = 2; break;
         default: return RC_DATA;
     }
-    // Rows in this order; 1440x720 with a dither method falls to the last row.
-    // Method 2 diffuses error like method 1 and shares its row.
+    // Rows in this order; 1440x720 with any method but 1 and 2 falls to the
+    // last row.
     if (isSquare(ctx)) store(ctx, kSquare[column]);
-    else if (is1440x720(ctx) && !isDitherMethod(ctx.method)) store(ctx, kDiffusion1440x720[column]);
+    else if (is1440x720(ctx) && diffusesLikeMethod1(ctx.method)) store(ctx, kDiffusion1440x720[column]);
     else if (isDoubleY(ctx)) store(ctx, kDoubleY[column]);
     else store(ctx, kOther[column]);
     return RC_OK;

@@ -77,7 +77,7 @@ void ditherRun(const HtContext& ctx, const HtRun& run, Source source, Plane1 pla
     const MatrixRow row = matrixRow(ctx, run.lineNo);
     const int32_t maxT = maxThreshold(ctx);
     const auto* tone = slotData<uint16_t>(ctx, kToneTable);
-    InputWalk<ReadOne> in(run.src, bytesPerPixel(ctx.inputFormat), ctx.scaleMode == 1);
+    InputWalk<ReadOne> in(run.src, colourPixelBytes(ctx.inputFormat), ctx.scaleMode == 1);
     PlanePacker<1, 4> out(run.dst, run.planeStride, run.bitOffset);
 
     // Kept in locals: the output stores may alias anything a reference reaches.

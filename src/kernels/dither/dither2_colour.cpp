@@ -43,7 +43,7 @@ struct PlaneThresholds {
 template <class Reduction, class Source>
 void ditherRun(const HtContext& ctx, const HtRun& run, Source source) {
     const PlaneThresholds rows{matrixRow(ctx, run.lineNo), matrixRow(ctx, run.lineNo + kRowBLineOffset), ctx};
-    InputWalk<Reduction> in(run.src, bytesPerPixel(ctx.inputFormat), ctx.scaleMode == 1);
+    InputWalk<Reduction> in(run.src, colourPixelBytes(ctx.inputFormat), ctx.scaleMode == 1);
     PlanePacker<2, 4> out(run.dst, run.planeStride, run.bitOffset);
 
     // Kept in locals: the output stores may alias anything a reference reaches.

@@ -2,9 +2,8 @@
 // reduction of two input pixels to one (the smaller value, byte by byte), and
 // doubling (scaleMode 1: each input pixel serves two output pixels).
 //
-// Pixel sizes come from inputFormat (one gray byte, three colour bytes, or a
-// four-byte pixel); six-byte pixels are refused when the instance is created,
-// so no kernel meets them.
+// Pixel sizes: one gray byte, three colour bytes (every colour inputFormat but
+// ink input), or four ink bytes (colourPixelBytes).
 #pragma once
 
 #include <algorithm>

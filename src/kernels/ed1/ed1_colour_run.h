@@ -105,9 +105,8 @@ INKDOT_FORCE_INLINE bool diffusePlane(const Tables& tables, int32_t* cell, int32
 
 // Ink input (inputFormat 4) carries the four levels itself: it steps four
 // bytes a pixel and skips the grid and the smoothing; all four zero is white.
-// Colour input steps by its pixel size: three bytes, or four (inputFormat 3,
-// a padding byte behind the colour) as replication copies them. The input
-// kind is a template parameter, so the pixel loop does not ask per pixel.
+// Colour input steps three bytes a pixel, whatever inputFormat says. The
+// input kind is a template parameter, so the pixel loop does not ask per pixel.
 template <class Family, class Tables, unsigned Planes, bool kInkInput>
 INKDOT_FLATTEN void diffuseColourRun(HtContext& ctx, const HtRun& run) {
     const Tables tables(ctx, run.lineNo);
@@ -120,7 +119,7 @@ INKDOT_FLATTEN void diffuseColourRun(HtContext& ctx, const HtRun& run) {
     Smoothing smoothing;
     PlanePacker<1, Planes> packer(run.dst, run.planeStride, run.bitOffset);
 
-    const uint32_t pixelBytes = bytesPerPixel(ctx.inputFormat);
+    const uint32_t pixelBytes = colourPixelBytes(ctx.inputFormat);
     const bool doubling = ctx.scaleMode == 1;  // every input pixel serves two output pixels
     const uint8_t* in = run.src;
 

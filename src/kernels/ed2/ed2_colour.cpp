@@ -99,10 +99,9 @@ public:
     static constexpr bool kReducesPairs = ReducesPairs;
     static constexpr uint32_t kWhiteSum = 3 * 255;
 
-    // Three colour bytes a pixel, or four when a padding byte follows them
-    // (inputFormat 3), as replication copies them.
+    // Three colour bytes a pixel, whatever inputFormat (other than ink) says.
     explicit RgbPixels(const HtContext& ctx)
-        : grid_(slotData<uint32_t>(ctx, kConversionTable)), pixelBytes_(inkdot::bytesPerPixel(ctx.inputFormat)) {
+        : grid_(slotData<uint32_t>(ctx, kConversionTable)), pixelBytes_(colourPixelBytes(ctx.inputFormat)) {
         const uint8_t* cells = slotData<uint8_t>(ctx, kGridCellTable);
         for (uint32_t v = 0; v < 256; ++v) {
             // A lower node at the grid's last node has no next one: it is held
