@@ -207,6 +207,9 @@ TEST_F(CupsRasterFilter, AStreamCutOrMalformedInAPageHeaderFailsTheJob) {
         {patched(offsetof(cups_page_header2_t, cupsWidth), 0), "Page 2: Empty page of 0 x 4 pixels"},
         {patched(offsetof(cups_page_header2_t, cupsHeight), 0), "Page 2: the page header is malformed: an empty page of 16 x 0 pixels"},
         {patched(offsetof(cups_page_header2_t, cupsBytesPerLine), 47), "lines of 47 bytes for 16 pixels of 24 bits"},
+        // A colour space no enumerator names, read as a number (fuzz_raster_filter).
+        {patched(offsetof(cups_page_header2_t, cupsColorSpace), 64), "Page 2: Unsupported colour space 64"},
+        {patched(offsetof(cups_page_header2_t, cupsColorOrder), 77), "colour order 77"},
     };
     for (const auto& c : cases) expectRefused(c.path, c.why);
     // A first header claiming lines of 2 GB, which the CUPS library would
