@@ -15,6 +15,12 @@ namespace {
 using namespace inkdot;
 using namespace inkdot::fuzz;
 
+// Bounds that keep a run short: lines of up to 256 pixels (wide enough for
+// every kernel's edges and the replication) and blocks of up to 8 KB
+// (matrices up to 64 x 64 with their levels).
+constexpr uint32_t kMaxWidth = 256;
+constexpr size_t kMaxBlockBytes = 8192;
+
 const uint32_t kResolutions[8] = {720, 1440, 360, 300, 600, 2880, 180, 720};
 
 }  // namespace
@@ -30,7 +36,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     s.resolutionY = kResolutions[in.u8() % 8];
     s.outputBits = in.u8() % 4;
     s.scaleMode = static_cast<int8_t>(in.u8());
-    s.width = in.u16() % 2049;  // error lines and the replicated line stay small
+    s.width = in.u16() % (kMaxWidth + 1);  // error lines and the replicated line stay small
 
     // The source grid: valid, four inks; the rest of the record fuzzed.
     static test::ColourLut colour(test::evenLevels(5), [](int r, int g, int b) {
@@ -59,7 +65,9 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     uint32_t next = 0;
     uint32_t rc = RC_OK;
     for (int phase = 0; phase < 5 && rc == RC_OK && next != INKDOT_NO_MORE_BLOCKS && !in.empty(); ++phase) {
-        const ExactBlock block(in.block());
+        std::vector<uint8_t> bytes = in.block();
+        if (bytes.size() > kMaxBlockBytes) bytes.resize(kMaxBlockBytes);
+        const ExactBlock block(bytes);
         rc = HalftoneSetResourceSized(ctx, block.data(), block.length, &next);
     }
     if (ctx->kernel != nullptr) {

@@ -1,8 +1,13 @@
-// Writes the seed corpora of the four fuzz targets from the test writers:
+// Writes the seed corpora of the fuzz targets from the test writers:
 //   fuzz_seeds <directory>   ->  <directory>/<target>/seed-N
 // Each seed is a valid input of its harness, so the fuzzers start from
 // complete protocols and mutate from there.
+#include <cups/raster.h>
+#include <fcntl.h>
+#include <unistd.h>
+
 #include <cstdio>
+#include <cstring>
 #include <string>
 #include <vector>
 
@@ -12,6 +17,8 @@
 #include "support/colour_table_writer.h"
 #include "support/ht_fixture.h"
 #include "support/index_text_writer.h"
+#include "pack/pack.h"
+#include "tools/image_writers.h"
 
 namespace {
 
@@ -140,6 +147,68 @@ void runSeeds(const std::string& dir) {
     }
 }
 
+// Small images of each kind the readers take: PNG gray, RGBA and 16-bit,
+// PNM gray and 16-bit RGB, TIFF RGB, min-is-white and 16-bit gray.
+void imageSeeds(const std::string& dir) {
+    const std::string at = dir + "/image_readers/seed-";
+    std::vector<uint16_t> ramp(8 * 6 * 4);
+    for (size_t i = 0; i < ramp.size(); ++i) ramp[i] = static_cast<uint16_t>(i * 5);
+    test::writeTestPng(at + "png-gray", 8, 6, PNG_COLOR_TYPE_GRAY, 8, {ramp.begin(), ramp.begin() + 48});
+    test::writeTestPng(at + "png-rgba", 8, 6, PNG_COLOR_TYPE_RGBA, 8, ramp);
+    test::writeTestPng(at + "png-16", 8, 6, PNG_COLOR_TYPE_GRAY, 16, {ramp.begin(), ramp.begin() + 48});
+    test::writeBytes(at + "pgm", "P5\n# ramp\n4 2\n255\n" + std::string("\x00\x40\x80\xff\x10\x20\x30\x40", 8));
+    test::writeBytes(at + "ppm-16", "P6 2 1 65535\n" + std::string(12, '\x7f'));
+    test::writeTestTiff(at + "tiff-rgb", 4, 3, {}, std::vector<uint16_t>(36, 99));
+    test::writeTestTiff(at + "tiff-white", 4, 3, {PHOTOMETRIC_MINISWHITE, 1, 8}, std::vector<uint16_t>(12, 7));
+    test::writeTestTiff(at + "tiff-16", 4, 3, {PHOTOMETRIC_MINISBLACK, 2, 16, EXTRASAMPLE_ASSOCALPHA},
+                        std::vector<uint16_t>(24, 4000));
+}
+
+void packSeeds(const std::string& dir) {
+    const tools::BlockMap blocks = {{1, {1, 2, 3}}, {100, Bytes(textBytes("// index text\r\n"))}, {950, Bytes(300, 9)}};
+    write(dir, "pack", 0, tools::writePack(blocks));
+    write(dir, "pack", 1, tools::writePack({}));
+}
+
+// Raster streams of one or two small pages: the first byte picks the
+// filter's options (harness), then the stream as the CUPS library writes it.
+void rasterSeeds(const std::string& dir) {
+    const struct { cups_cspace_t space; unsigned channels, xdpi, ydpi, pages; cups_mode_t mode; uint8_t options; } kinds[] = {
+        {CUPS_CSPACE_RGB, 3, 720, 720, 1, CUPS_RASTER_WRITE, 0},
+        {CUPS_CSPACE_SW, 1, 1440, 720, 2, CUPS_RASTER_WRITE_COMPRESSED, 2},
+        {CUPS_CSPACE_SRGB, 3, 720, 360, 1, CUPS_RASTER_WRITE_COMPRESSED, 7},
+        {CUPS_CSPACE_W, 1, 360, 720, 2, CUPS_RASTER_WRITE, 1},
+    };
+    int n = 0;
+    for (const auto& k : kinds) {
+        const std::string path = dir + "/raster_filter/seed-" + std::to_string(n++);
+        const int fd = open(path.c_str(), O_WRONLY | O_CREAT | O_TRUNC, 0644);
+        if (fd < 0) continue;
+        if (::write(fd, &k.options, 1) != 1) std::perror(path.c_str());
+        cups_raster_t* r = cupsRasterOpen(fd, k.mode);
+        cups_page_header2_t h;
+        std::memset(&h, 0, sizeof h);
+        h.HWResolution[0] = k.xdpi;
+        h.HWResolution[1] = k.ydpi;
+        h.cupsWidth = 24;
+        h.cupsHeight = 6;
+        h.cupsBitsPerColor = 8;
+        h.cupsBitsPerPixel = 8 * k.channels;
+        h.cupsBytesPerLine = 24 * k.channels;
+        h.cupsColorOrder = CUPS_ORDER_CHUNKED;
+        h.cupsColorSpace = k.space;
+        h.cupsNumColors = k.channels;
+        std::vector<uint8_t> pixels(size_t{h.cupsBytesPerLine} * h.cupsHeight);
+        for (size_t i = 0; i < pixels.size(); ++i) pixels[i] = static_cast<uint8_t>(i * 11);
+        for (unsigned page = 0; page < k.pages; ++page) {
+            cupsRasterWriteHeader2(r, &h);
+            cupsRasterWritePixels(r, pixels.data(), static_cast<unsigned>(pixels.size()));
+        }
+        cupsRasterClose(r);
+        close(fd);
+    }
+}
+
 // Pack descriptions with every block kind; small matrices keep the runs quick.
 void resourceSeeds(const std::string& dir) {
     const std::string every =
@@ -177,6 +246,9 @@ int main(int argc, char** argv) {
     cmSeeds(dir);
     htSeeds(dir);
     runSeeds(dir);
+    imageSeeds(dir);
+    packSeeds(dir);
+    rasterSeeds(dir);
     resourceSeeds(dir);
     return 0;
 }

@@ -189,6 +189,44 @@ TEST_F(CupsRasterFilter, TruncatedStreamIsReported) {
     EXPECT_TRUE(r.logHas("ends after 20 of 50 lines")) << r.log;
 }
 
+// Two pages of 16 x 4 RGB: the sync word (4 bytes), then per page a
+// header (1796 bytes) and 192 bytes of pixels; the second header starts at
+// byte 1992. A stream that stops inside it, or a header the CUPS library
+// refuses, fails the job where it used to end as "Printed 1 page".
+TEST_F(CupsRasterFilter, AStreamCutOrMalformedInAPageHeaderFailsTheJob) {
+    constexpr off_t kSecondHeader = 4 + 1796 + 192;
+    const auto patched = [&](size_t offset, uint32_t value) {
+        const std::string path = input({flatPage(inputHeader(16, 4), {1, 2, 3}), flatPage(inputHeader(16, 4), {1, 2, 3})});
+        std::string bytes = readText(path);
+        std::memcpy(&bytes[kSecondHeader + offset], &value, sizeof value);  // the writer's own byte order
+        const std::string name = "patched-" + std::to_string(offset) + ".ras";
+        dir.write(name, bytes);
+        return dir.file(name);
+    };
+    const struct { std::string path; const char* why; } cases[] = {
+        {patched(offsetof(cups_page_header2_t, cupsWidth), 0), "Page 2: Empty page of 0 x 4 pixels"},
+        {patched(offsetof(cups_page_header2_t, cupsHeight), 0), "Page 2: the page header is malformed: an empty page of 16 x 0 pixels"},
+        {patched(offsetof(cups_page_header2_t, cupsBytesPerLine), 47), "lines of 47 bytes for 16 pixels of 24 bits"},
+        // A colour space no enumerator names, read as a number (fuzz_raster_filter).
+        {patched(offsetof(cups_page_header2_t, cupsColorSpace), 64), "Page 2: Unsupported colour space 64"},
+        {patched(offsetof(cups_page_header2_t, cupsColorOrder), 77), "colour order 77"},
+    };
+    for (const auto& c : cases) expectRefused(c.path, c.why);
+    // A first header claiming lines of 2 GB, which the CUPS library would
+    // allocate for before handing the header over (fuzz_raster_filter).
+    const std::string path = input({flatPage(inputHeader(16, 4), {1, 2, 3})});
+    std::string bytes = readText(path);
+    const uint32_t huge = 2172021600u;
+    std::memcpy(&bytes[4 + offsetof(cups_page_header2_t, cupsBytesPerLine)], &huge, sizeof huge);
+    dir.write("huge.ras", bytes);
+    expectRefused(dir.file("huge.ras"), "Page 1: the page header is malformed: lines of 2172021600 bytes, more than");
+    for (off_t cut : {kSecondHeader + 1, kSecondHeader + 1795}) {
+        const std::string path = input({flatPage(inputHeader(16, 4), {1, 2, 3}), flatPage(inputHeader(16, 4), {1, 2, 3})});
+        truncateFile(path, cut);
+        expectRefused(path, "ends inside the header of page 2");
+    }
+}
+
 TEST_F(CupsRasterFilter, PagesItCannotPrintAreReported) {
     cups_page_header2_t deep = inputHeader(16, 4, CUPS_CSPACE_RGB);
     deep.cupsBitsPerColor = 16;

@@ -152,7 +152,8 @@ TEST(PrintCommand, BadInputLeavesNoOutput) {
     TempDir dir;
     test::writeBytes(dir.file("bad.png"), "\x89PNG\r\n\x1a\nbroken");
     test::writeBytes(dir.file("text.txt"), "hello");
-    for (const char* input : {"missing.png", "bad.png", "text.txt"}) {
+    test::writeBytes(dir.file("claims.png"), test::claimedPng(1000000, 1000000, true));
+    for (const char* input : {"missing.png", "bad.png", "text.txt", "claims.png"}) {
         const CliRun r = run({"print", dir.file(input), "-o", dir.file("out")});
         EXPECT_EQ(r.status, kExitFailed) << input;
         EXPECT_EQ(std::count(r.err.begin(), r.err.end(), '\n'), 1) << r.err;

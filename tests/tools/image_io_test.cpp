@@ -88,8 +88,33 @@ TEST(PnmReader, RefusesDamagedFiles) {
     writeBytes(dir.file("words.pgm"), "P5 four 4 255\n");
     EXPECT_FALSE(openImage(dir.file("words.pgm"), error));
     EXPECT_NE(error.find("damaged PNM header"), std::string::npos) << error;
-    writeBytes(dir.file("huge.pgm"), "P5 99999999999 4 255\n");
-    EXPECT_FALSE(openImage(dir.file("huge.pgm"), error));
+}
+
+// Sizes are checked against the readers' limits before anything is
+// allocated for them (1 000 000 pixels a side, 256 MB for a whole interlaced
+// PNG: 10 000 x 10 000 RGBA16 is 800 MB).
+TEST(ImageReader, RefusesClaimedSizesBeyondTheLimitsBeforeAllocating) {
+    TempDir dir;
+    writeBytes(dir.file("wide.pgm"), "P5 16777216 1 255\n");
+    writeBytes(dir.file("tall.ppm"), "P6 1 99999999999 255\n");
+    writeBytes(dir.file("huge.png"), test::claimedPng(1000000, 1000000, true));
+    writeBytes(dir.file("big.png"), test::claimedPng(10000, 10000, true));
+    writeBytes(dir.file("wide.png"), test::claimedPng(1000001, 1, false));
+    ASSERT_TRUE(test::writeTestTiff(dir.file("wide.tif"), 1000001, 1, {PHOTOMETRIC_MINISBLACK, 1, 8},
+                                    std::vector<uint16_t>(1000001)));
+    const struct { const char* file; const char* why; } cases[] = {
+        {"wide.pgm", "too large (16777216 x 1 pixels; at most 1000000 pixels a side"},
+        {"tall.ppm", "too large (1 x 99999999999 pixels"},
+        {"huge.png", "needs 7629394 MB"},  // 10^12 pixels of 8 bytes
+        {"big.png", "needs 762 MB, more than the 256 MB allowed; save it without interlacing"},
+        {"wide.png", "too large (1000001 x 1 pixels"},
+        {"wide.tif", "too large (1000001 x 1 pixels"},
+    };
+    for (const auto& c : cases) {
+        std::string error;
+        EXPECT_FALSE(openImage(dir.file(c.file), error)) << c.file;
+        EXPECT_NE(error.find(c.why), std::string::npos) << c.file << ": " << error;
+    }
 }
 
 TEST(ImageReader, RefusesUnknownAndMissingFiles) {

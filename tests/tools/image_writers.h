@@ -3,6 +3,7 @@
 
 #include <png.h>
 #include <tiffio.h>
+#include <zlib.h>
 
 #include <cstdint>
 #include <cstring>
@@ -92,6 +93,27 @@ inline bool writeTestTiff(const std::string& path, uint32_t w, uint32_t h, const
     }
     TIFFClose(tif);
     return true;
+}
+
+// A PNG that is only its claims: the signature, a header chunk for w × h
+// (16-bit RGBA) and an empty data chunk, 57 bytes whatever size it claims.
+inline std::string claimedPng(uint32_t w, uint32_t h, bool interlaced) {
+    std::string png("\x89PNG\r\n\x1a\n", 8);
+    auto chunk = [&png](const char* type, const std::string& data) {
+        const auto be32 = [](uint32_t v) {
+            return std::string{char(v >> 24), char(v >> 16), char(v >> 8), char(v)};
+        };
+        const std::string body = type + data;
+        png += be32(static_cast<uint32_t>(data.size())) + body +
+               be32(static_cast<uint32_t>(crc32(0, reinterpret_cast<const Bytef*>(body.data()), body.size())));
+    };
+    std::string header;
+    for (uint32_t v : {w, h})
+        for (int shift = 24; shift >= 0; shift -= 8) header += char(v >> shift);
+    header += std::string{16, 6, 0, 0, char(interlaced ? 1 : 0)};  // depth, RGBA, deflate, filter, Adam7
+    chunk("IHDR", header);
+    chunk("IDAT", "");
+    return png;
 }
 
 inline void writeBytes(const std::string& path, const std::string& bytes) {

@@ -24,6 +24,12 @@ TEST(PreviewGeometry, BoxesAreSquareOnPaper) {
     EXPECT_EQ(small.height, 200u);
     // A partial box at the edge still gets a preview pixel.
     EXPECT_EQ(previewGeometry(2001, 11, 720, 720, 1000).width, 667u);  // boxes of 3, the last one partial
+    // A very tall page keeps its preview within 20 000 rows, which a PNG
+    // holds: 1 000 000 lines in boxes of 50, 10 columns in one box.
+    const PreviewGeometry needle = previewGeometry(10, 1000000, 720, 720, 1000);
+    EXPECT_EQ(needle.boxHeight, 50u);
+    EXPECT_EQ(needle.height, 20000u);
+    EXPECT_EQ(needle.width, 1u);
 }
 
 // Builds a preview of `lines` identical printed lines and returns its first pixel.

@@ -25,8 +25,8 @@ constexpr const char* kChartHelp =
     "\n"
     "Writes the test chart: gray ramp and steps, cyan/magenta/yellow and\n"
     "red/green/blue ramps, a hue sweep, skin tones and dark tones.\n"
-    "  -o, --output FILE   the PNG to write; a name with another extension\n"
-    "                      (FILE.tif, FILE.jpg) is refused\n"
+    "  -o, --output FILE   the PNG to write ('-': standard output); a name with\n"
+    "                      another extension (FILE.tif, FILE.jpg) is refused\n"
     "  --width N           pixels across, 64..20000 (default 1200)\n"
     "  --height N          pixels down, 64..20000 (default 900)\n";
 }  // namespace
@@ -67,7 +67,7 @@ int chartCommand(const std::vector<std::string>& args, std::ostream& out, std::o
         err << "inkdot chart: " << error << "\n";
         return kExitFailed;
     }
-    out << "wrote chart " << path << " (" << width << " x " << height << ")\n";
+    if (path != "-") out << "wrote chart " << path << " (" << width << " x " << height << ")\n";
     return kExitOk;
 }
 

@@ -2,6 +2,8 @@
 
 #include <algorithm>
 #include <iostream>
+#include <new>
+#include <stdexcept>
 
 namespace inkdot::tools {
 namespace {
@@ -42,11 +44,21 @@ int runCli(const std::vector<std::string>& args, std::ostream& out, std::ostream
         out << "inkdot " << INKDOT_VERSION << "\n";
         return kExitOk;
     }
-    if (command == "print") return printCommand(rest, out, err);
-    if (command == "chart") return chartCommand(rest, out, err);
-    if (command == "pack") return packCommand(rest, out, err);
-    if (command == "info") return infoCommand(rest, out, err);
-    if (command == "report") return reportCommand(rest, out, err);
+    // An allocation that fails anywhere below ends the command like any other
+    // failure: one line and status 1, its temporary files removed on the way.
+    try {
+        if (command == "print") return printCommand(rest, out, err);
+        if (command == "chart") return chartCommand(rest, out, err);
+        if (command == "pack") return packCommand(rest, out, err);
+        if (command == "info") return infoCommand(rest, out, err);
+        if (command == "report") return reportCommand(rest, out, err);
+    } catch (const std::bad_alloc&) {
+        err << "inkdot " << command << ": out of memory\n";
+        return kExitFailed;
+    } catch (const std::length_error&) {
+        err << "inkdot " << command << ": out of memory (a size beyond what can be held)\n";
+        return kExitFailed;
+    }
     err << "inkdot: unknown command '" << command << "' (see inkdot --help)\n";
     return kExitUsage;
 }

@@ -54,7 +54,7 @@ int packCommand(const std::vector<std::string>& args, std::ostream& out, std::os
     }
     char crc[16];
     std::snprintf(crc, sizeof crc, "%08x", static_cast<unsigned>(check.checksum()));
-    out << "wrote " << path << ": " << blocks.size() << " blocks, " << bytes.size() << " bytes, crc " << crc << "\n";
+    if (path != "-") out << "wrote " << path << ": " << blocks.size() << " blocks, " << bytes.size() << " bytes, crc " << crc << "\n";
     return kExitOk;
 }
 

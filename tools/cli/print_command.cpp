@@ -10,6 +10,7 @@
 #include "driver/band_pipeline.h"
 #include "image/colour_profile.h"
 #include "image/image_reader.h"
+#include "image/output_set.h"
 #include "image/plane_writer.h"
 #include "image/preview.h"
 
@@ -37,14 +38,17 @@ std::string stemOf(const std::string& path) {
 }
 
 // Removes an output directory that this run made, if the run fails before
-// anything was put into it. Declared before the writers, so it runs after
-// their temporary files are gone.
+// anything was put into it. Declared before the output set, so it runs after
+// the set's staging directory is gone and its lock released.
 struct MadeDirectory {
     std::filesystem::path path;
+    std::string lockName;  // the set's lock file, the one thing the run leaves
     bool keep = false;
     ~MadeDirectory() {
         std::error_code ec;
-        if (!keep && !path.empty()) std::filesystem::remove(path, ec);  // only removes an empty directory
+        if (keep || path.empty()) return;
+        std::filesystem::remove(path / lockName, ec);
+        std::filesystem::remove(path, ec);  // only removes an empty directory
     }
 };
 
@@ -92,6 +96,11 @@ int printCommand(const std::vector<std::string>& args, std::ostream& out, std::o
         out << kPrintHelp;
         return kExitOk;
     }
+    if (options.outputDir == "-") {
+        err << "inkdot print: -o takes a directory: the planes and the preview are several files, which standard "
+               "output cannot hold (see inkdot print --help)\n";
+        return kExitUsage;
+    }
 
     if (options.input == "-") {
         if (!makeStandardInputSeekable(error)) return fail(err, error);
@@ -119,23 +128,31 @@ int printCommand(const std::vector<std::string>& args, std::ostream& out, std::o
     std::filesystem::create_directories(options.outputDir, ec);
     if (ec) return fail(err, "cannot make " + options.outputDir + ": " + ec.message());
 
-    // Every output goes to a temporary file first; only a complete run renames
-    // them into place, so a failure leaves nothing half written behind.
-    const std::string base = (std::filesystem::path(options.outputDir) / stemOf(options.input)).string();
+    // The planes and the preview are one set (image/output_set.h): written
+    // in a staging directory and published together when all are complete,
+    // so a failure or an interruption leaves the previous set as it was.
+    const std::string stem = stemOf(options.input);
+    made.lockName = "." + stem + ".lock";
+    OutputSet set;
+    if (!set.open(options.outputDir, stem, error)) return fail(err, error);
+    const std::string base = (std::filesystem::path(options.outputDir) / stem).string();
     const unsigned planes = job->planeCount();
     const unsigned bits = job->outputBits();
     std::vector<PlaneWriter> writers(planes);
     std::vector<std::string> planePaths;
+    std::string staged;
     for (unsigned p = 0; p < planes; ++p) {
-        const char* name = planes == 1 ? "black" : kPlaneNames[p];
-        planePaths.push_back(base + "-" + name + (bits == 1 ? ".pbm" : ".pgm"));
-        if (!writers[p].open(planePaths.back(), job->outputWidth(), static_cast<uint32_t>(pageHeight), bits, error))
+        const std::string name = stem + "-" + (planes == 1 ? "black" : kPlaneNames[p]) + (bits == 1 ? ".pbm" : ".pgm");
+        planePaths.push_back(base + name.substr(stem.size()));
+        if (!set.stage(name, staged, error) ||
+            !writers[p].open(staged, job->outputWidth(), static_cast<uint32_t>(pageHeight), bits, error))
             return fail(err, error);
     }
     const Dpi dpi = resolutionDpi(options.halftone.resolution);
     PreviewBuilder preview;
     const std::string previewPath = base + "-preview.png";
-    if (!preview.open(previewPath, job->outputWidth(), static_cast<uint32_t>(pageHeight), dpi.x, dpi.y, planes, bits,
+    if (!set.stage(stem + "-preview.png", staged, error) ||
+        !preview.open(staged, job->outputWidth(), static_cast<uint32_t>(pageHeight), dpi.x, dpi.y, planes, bits,
                       options.previewWidth, error))
         return fail(err, error);
 
@@ -167,7 +184,7 @@ int printCommand(const std::vector<std::string>& args, std::ostream& out, std::o
     if (!runBands(*job, plan, stages, error)) return fail(err, error);
     for (PlaneWriter& w : writers)
         if (!w.finish(error)) return fail(err, error);
-    if (!preview.finish(error)) return fail(err, error);
+    if (!preview.finish(error) || !set.publish(error)) return fail(err, error);
     made.keep = true;
 
     out << "printed " << options.input << ": " << job->outputWidth() << " x " << pageHeight << " dots at " << dpi.x

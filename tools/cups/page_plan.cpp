@@ -1,12 +1,24 @@
 #include "cups/page_plan.h"
 
+#include <cstring>
+
 namespace inkdot::cups {
 
 namespace {
 
-bool isGray(cups_cspace_t space) { return space == CUPS_CSPACE_W || space == CUPS_CSPACE_SW; }
+// A header's enumerated field as the number the stream holds: a value no
+// enumerator names may not be read through the enumeration's type.
+template <typename Enum>
+unsigned rawValue(const Enum& field) {
+    static_assert(sizeof(Enum) == sizeof(unsigned));
+    unsigned v;
+    std::memcpy(&v, &field, sizeof v);
+    return v;
+}
 
-bool isRgb(cups_cspace_t space) {
+bool isGray(unsigned space) { return space == CUPS_CSPACE_W || space == CUPS_CSPACE_SW; }
+
+bool isRgb(unsigned space) {
     return space == CUPS_CSPACE_RGB || space == CUPS_CSPACE_SRGB || space == CUPS_CSPACE_ADOBERGB;
 }
 
@@ -58,7 +70,7 @@ void chooseHalftone(Quality quality, Resolution resolution, Method& method, unsi
 }
 
 bool planPage(const cups_page_header2_t& in, const FilterSettings& settings, PagePlan& plan, std::string& error) {
-    const cups_cspace_t space = in.cupsColorSpace;
+    const unsigned space = rawValue(in.cupsColorSpace);
     if (!isGray(space) && !isRgb(space)) {
         error = "Unsupported colour space " + std::to_string(space) + " (the filter reads gray or RGB pages)";
         return false;
@@ -69,9 +81,9 @@ bool planPage(const cups_page_header2_t& in, const FilterSettings& settings, Pag
         return false;
     }
     const unsigned channels = isGray(space) ? 1 : 3;
-    if (in.cupsBitsPerPixel != 8 * channels || (channels == 3 && in.cupsColorOrder != CUPS_ORDER_CHUNKED)) {
+    if (in.cupsBitsPerPixel != 8 * channels || (channels == 3 && rawValue(in.cupsColorOrder) != CUPS_ORDER_CHUNKED)) {
         error = "Unsupported pixel layout (" + std::to_string(in.cupsBitsPerPixel) +
-                " bits per pixel, colour order " + std::to_string(in.cupsColorOrder) +
+                " bits per pixel, colour order " + std::to_string(rawValue(in.cupsColorOrder)) +
                 "); the filter reads chunky 8-bit pixels";
         return false;
     }

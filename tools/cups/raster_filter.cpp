@@ -15,6 +15,7 @@
 #include "cups/cancel_request.h"
 #include "cups/filter_settings.h"
 #include "cups/page_plan.h"
+#include "cups/raster_input.h"
 #include "driver/band_pipeline.h"
 
 namespace inkdot::cups {
@@ -113,15 +114,12 @@ PageEnd printPage(cups_raster_t* in, cups_raster_t* out, const cups_page_header2
                static_cast<unsigned long long>(kMaxHeldPageBytes >> 20));
         return PageEnd::Failed;
     }
-    std::unique_ptr<uint8_t[]> page;
-    if (held) {
-        page.reset(new (std::nothrow) uint8_t[pageBytes]());
-        if (!page) {
-            report(log, "ERROR: Page %d: no memory for the %llu MB page", pageNo,
-                   static_cast<unsigned long long>(pageBytes >> 20));
-            return PageEnd::Failed;
-        }
-    }
+    // A held page grows as its lines arrive, so a header alone claims no
+    // memory: planar output keeps one run of lines per plane, banded output
+    // one run of whole lines.
+    const size_t planeBytes = job->planeStride();
+    const unsigned planes = job->planeCount();
+    std::vector<std::vector<uint8_t>> page(held ? (plan.order == PlaneOrder::Planar ? planes : 1) : 0);
 
     cups_page_header2_t outHeader = outputHeader(header, plan);
     outHeader.NumCopies = 1;  // the copies are made here
@@ -130,8 +128,6 @@ PageEnd printPage(cups_raster_t* in, cups_raster_t* out, const cups_page_header2
         return PageEnd::Failed;
     }
 
-    const size_t planeBytes = job->planeStride();
-    const unsigned planes = job->planeCount();
     const uint64_t bandBytes = uint64_t{planeBytes} * planes;
     std::vector<uint8_t> band(bandBytes);
     Progress progress(log, plan.height);
@@ -158,13 +154,19 @@ PageEnd printPage(cups_raster_t* in, cups_raster_t* out, const cups_page_header2
         for (uint32_t i = 0; i < count; ++i, ++y) {
             const uint8_t* line = lines + size_t{i} * bandBytes;
             if (held) {
-                for (unsigned k = 0; k < planes; ++k) {
-                    // Planar: plane k's lines follow one another; banded: a line
-                    // holds every plane's bytes in turn, as the job writes them.
-                    const uint64_t at = plan.order == PlaneOrder::Planar
-                                            ? (uint64_t{k} * plan.height + y) * planeBytes
-                                            : uint64_t{y} * bandBytes + k * planeBytes;
-                    std::memcpy(page.get() + at, line + k * planeBytes, planeBytes);
+                // Planar: plane k's lines follow one another; banded: a line
+                // holds every plane's bytes in turn, as the job writes them.
+                // This stage may run on the pipeline's second thread, so an
+                // allocation failure is caught here.
+                try {
+                    if (page.size() == 1) page[0].insert(page[0].end(), line, line + bandBytes);
+                    else
+                        for (unsigned k = 0; k < planes; ++k)
+                            page[k].insert(page[k].end(), line + k * planeBytes, line + (k + 1) * planeBytes);
+                } catch (const std::bad_alloc&) {
+                    why = "no memory to hold line " + std::to_string(y + 1) + " of the " +
+                          std::to_string(pageBytes >> 20) + " MB page";
+                    return false;
                 }
             } else if (!writeLine(out, line, bandBytes)) {
                 why = "the output cannot be written";
@@ -193,6 +195,7 @@ PageEnd printPage(cups_raster_t* in, cups_raster_t* out, const cups_page_header2
                 if (!writeLine(out, band.data(), bandBytes)) return PageEnd::Failed;
             return PageEnd::Cancelled;
         }
+        for (std::vector<uint8_t>& run : page) run.resize(pageBytes / page.size(), 0);  // the rest blank
         copies = 1;
     }
     if (held) {
@@ -202,10 +205,12 @@ PageEnd printPage(cups_raster_t* in, cups_raster_t* out, const cups_page_header2
                 report(log, "ERROR: Page %d: the output cannot be written", pageNo);
                 return PageEnd::Failed;
             }
-            for (uint64_t at = 0; at < pageBytes; at += rowBytes) {
-                if (!writeLine(out, page.get() + at, rowBytes)) {
-                    report(log, "ERROR: Page %d: the output cannot be written", pageNo);
-                    return PageEnd::Failed;
+            for (const std::vector<uint8_t>& run : page) {
+                for (uint64_t at = 0; at < run.size(); at += rowBytes) {
+                    if (!writeLine(out, run.data() + at, rowBytes)) {
+                        report(log, "ERROR: Page %d: the output cannot be written", pageNo);
+                        return PageEnd::Failed;
+                    }
                 }
             }
         }
@@ -268,7 +273,8 @@ int runRasterFilter(const FilterArgs& args, int inFd, int outFd, std::FILE* log)
         }
         inFd = fileFd.fd;
     }
-    RasterStream in(cupsRasterOpen(inFd, CUPS_RASTER_READ));
+    RasterInput input(inFd);
+    RasterStream in(input.open());
     if (!in) {
         report(log, "ERROR: The input is not a CUPS raster stream");
         return kExitFailed;
@@ -286,7 +292,7 @@ int runRasterFilter(const FilterArgs& args, int inFd, int outFd, std::FILE* log)
 
     int pageNo = 0;
     cups_page_header2_t header;
-    while (!cancelRequested() && cupsRasterReadHeader2(in.get(), &header)) {
+    for (input.startHeader(); !cancelRequested() && cupsRasterReadHeader2(in.get(), &header); input.startHeader()) {
         ++pageNo;
         PagePlan plan;
         if (!planPage(header, settings, plan, error)) {
@@ -298,7 +304,13 @@ int runRasterFilter(const FilterArgs& args, int inFd, int outFd, std::FILE* log)
                header.cupsHeight, resolutionName(plan.halftone.resolution), plan.colour.mono ? "gray" : "colour",
                qualityName(settings.quality), methodName(plan.halftone.method), plan.halftone.outputBits,
                plan.halftone.outputBits == 1 ? "" : "s", plan.order == PlaneOrder::Planar ? "planar" : "banded");
-        switch (printPage(in.get(), out.get(), header, plan, *pack, pageNo, pageCopies(header, args.copies), log)) {
+        PageEnd end = PageEnd::Failed;
+        try {
+            end = printPage(in.get(), out.get(), header, plan, *pack, pageNo, pageCopies(header, args.copies), log);
+        } catch (const std::bad_alloc&) {
+            report(log, "ERROR: Page %d: out of memory", pageNo);
+        }
+        switch (end) {
             case PageEnd::Done: break;
             case PageEnd::Cancelled: return kExitDone;
             case PageEnd::Failed: return kExitFailed;
@@ -307,6 +319,16 @@ int runRasterFilter(const FilterArgs& args, int inFd, int outFd, std::FILE* log)
     if (cancelRequested()) {
         report(log, "INFO: Job cancelled after %d page%s", pageNo, pageNo == 1 ? "" : "s");
         return kExitDone;
+    }
+    std::string why;
+    switch (input.whyNoHeader(why)) {
+        case RasterInput::NoHeader::End: break;
+        case RasterInput::NoHeader::Truncated:
+            report(log, "ERROR: The raster stream ends inside the header of page %d: it is truncated", pageNo + 1);
+            return kExitFailed;
+        case RasterInput::NoHeader::Malformed:
+            report(log, "ERROR: Page %d: the page header is malformed: %s", pageNo + 1, why.c_str());
+            return kExitFailed;
     }
     if (pageNo == 0) {
         report(log, "ERROR: The raster stream holds no pages");

@@ -34,6 +34,19 @@ void convertRow(const SampleLayout& layout, const uint16_t* samples, uint32_t wi
     }
 }
 
+bool checkImageSize(const std::string& path, uint64_t width, uint64_t height, std::string& error) {
+    if (width == 0 || height == 0) {
+        error = path + ": the image is empty (" + std::to_string(width) + " x " + std::to_string(height) + " pixels)";
+        return false;
+    }
+    if (width > kMaxImageSide || height > kMaxImageSide) {
+        error = path + ": the image is too large (" + std::to_string(width) + " x " + std::to_string(height) +
+                " pixels; at most " + std::to_string(kMaxImageSide) + " pixels a side are read)";
+        return false;
+    }
+    return true;
+}
+
 bool ImageReader::readRow(uint8_t* out, std::string& error) {
     if (rowsRead_ >= height_) {
         error = "read past the last row";

@@ -23,6 +23,19 @@ struct SampleLayout {
 // Converts one row of samples (host-order integers) to 8-bit gray or RGB over white.
 void convertRow(const SampleLayout& layout, const uint16_t* samples, uint32_t width, uint8_t* out);
 
+// The largest image the readers take, in pixels a side: far beyond any page
+// the tools print (an A2 page at 1440 dpi is 34 000 pixels across), small
+// enough that a row of 16-bit RGBA samples stays a few megabytes. A header
+// claiming more is refused before anything is allocated for it.
+inline constexpr uint32_t kMaxImageSide = 1000000;
+// Interlaced PNG images are read whole (their passes cover the whole image);
+// one needing more than this many bytes is refused.
+inline constexpr uint64_t kMaxInterlacedBytes = uint64_t{256} << 20;
+
+// False with a message naming `path` and the limit when a claimed size is
+// empty or beyond kMaxImageSide.
+bool checkImageSize(const std::string& path, uint64_t width, uint64_t height, std::string& error);
+
 class ImageReader {
 public:
     virtual ~ImageReader() = default;

@@ -55,6 +55,23 @@ public:
             error = path + ": " + sink_.message;
             return false;
         }
+        if (!checkImageSize(path, width_, height_, error)) return false;
+        if (interlaced_) {
+            const uint64_t bytes = uint64_t{rowBytes_} * height_;
+            if (bytes > kMaxInterlacedBytes) {
+                error = path + ": an interlaced PNG is read whole, and this one needs " + std::to_string(bytes >> 20) +
+                        " MB, more than the " + std::to_string(kMaxInterlacedBytes >> 20) +
+                        " MB allowed; save it without interlacing";
+                return false;
+            }
+            whole_.resize(bytes);
+            rows_.resize(height_);
+            for (uint32_t y = 0; y < height_; ++y) rows_[y] = whole_.data() + size_t{y} * rowBytes_;
+            if (!readWhole()) {
+                error = path + ": " + sink_.message;
+                return false;
+            }
+        }
         return true;
     }
 
@@ -83,6 +100,8 @@ private:
     bool readHeader() {
         if (setjmp(png_jmpbuf(png_))) return false;
         png_init_io(png_, file_);
+        // Sizes are checked against the tools' own limit, which says what it is.
+        png_set_user_limits(png_, PNG_UINT_31_MAX, PNG_UINT_31_MAX);
         png_read_info(png_, info_);
         png_charp profileName = nullptr;
         int compression = 0;
@@ -107,12 +126,12 @@ private:
         layout_.alpha = (colourType & PNG_COLOR_MASK_ALPHA) != 0;
         rowBytes_ = png_get_rowbytes(png_, info_);
         interlaced_ = interlace != PNG_INTERLACE_NONE;
-        if (interlaced_) {
-            whole_.resize(rowBytes_ * h);
-            rows_.resize(h);
-            for (png_uint_32 y = 0; y < h; ++y) rows_[y] = whole_.data() + size_t{y} * rowBytes_;
-            png_read_image(png_, rows_.data());
-        }
+        return true;
+    }
+
+    bool readWhole() {
+        if (setjmp(png_jmpbuf(png_))) return false;
+        png_read_image(png_, rows_.data());
         return true;
     }
 

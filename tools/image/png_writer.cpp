@@ -1,7 +1,9 @@
 #include "image/png_writer.h"
 
+#include <cerrno>
 #include <csetjmp>
 #include <cstdio>
+#include <cstring>
 
 #include <zlib.h>
 
@@ -15,11 +17,21 @@ void onError(png_structp png, png_const_charp text) {
 
 void onWarning(png_structp, png_const_charp) {}
 
+// Writes through the stream and, when it fails, says why: libpng's own
+// writer only says "Write Error".
+void onWrite(png_structp png, png_bytep data, size_t size) {
+    const int injected = injectedFault(FileStep::Write);
+    if (injected != 0 || std::fwrite(data, 1, size, static_cast<std::FILE*>(png_get_io_ptr(png))) != size)
+        png_error(png, std::strerror(injected != 0 ? injected : errno));
+}
+
+void onFlush(png_structp png) { std::fflush(static_cast<std::FILE*>(png_get_io_ptr(png))); }
+
 // The libpng calls sit in functions without C++ objects, so that the error
 // jump leaves nothing behind.
 bool startImage(png_structp png, png_infop info, std::FILE* f, uint32_t w, uint32_t h, unsigned channels) {
     if (setjmp(png_jmpbuf(png))) return false;
-    png_init_io(png, f);
+    png_set_write_fn(png, f, onWrite, onFlush);
     png_set_IHDR(png, info, w, h, 8, channels == 3 ? PNG_COLOR_TYPE_RGB : PNG_COLOR_TYPE_GRAY,
                  PNG_INTERLACE_NONE, PNG_COMPRESSION_TYPE_DEFAULT, PNG_FILTER_TYPE_DEFAULT);
     png_set_sRGB(png, info, PNG_sRGB_INTENT_PERCEPTUAL);

@@ -1,5 +1,6 @@
 // Binary PNM: P5 (gray) and P6 (RGB), maxval 1..65535; samples above 255
 // full scale are two bytes, most significant first.
+#include <algorithm>
 #include <cctype>
 #include <cerrno>
 #include <cstdio>
@@ -9,6 +10,9 @@
 
 namespace inkdot::tools {
 namespace {
+
+// Header numbers stop growing here: far above every limit, far below overflow.
+constexpr uint64_t kSaturated = uint64_t{1} << 40;
 
 class PnmReader final : public ImageReader {
 public:
@@ -28,18 +32,19 @@ public:
             error = path + " is not a binary PNM (P5 or P6) image";
             return false;
         }
-        uint32_t w = 0, h = 0, maxValue = 0;
+        uint64_t w = 0, h = 0, maxValue = 0;
         if (!number(w) || !number(h) || !number(maxValue)) {
             error = path + ": damaged PNM header";
             return false;
         }
-        if (w == 0 || h == 0 || maxValue == 0 || maxValue > 65535) {
-            error = path + ": PNM header gives an empty image or a maxval outside 1..65535";
+        if (!checkImageSize(path, w, h, error)) return false;
+        if (maxValue == 0 || maxValue > 65535) {
+            error = path + ": PNM header gives a maxval of " + std::to_string(maxValue) + ", outside 1..65535";
             return false;
         }
         std::fgetc(file_);  // the single blank that ends the header
-        width_ = w;
-        height_ = h;
+        width_ = static_cast<uint32_t>(w);
+        height_ = static_cast<uint32_t>(h);
         layout_.colourChannels = kind == '6' ? 3 : 1;
         layout_.maxValue = maxValue;
         bytesPerSample_ = maxValue > 255 ? 2 : 1;
@@ -59,9 +64,10 @@ protected:
     }
 
 private:
-    // A decimal header field, skipping blanks and '#' comments. Values too
-    // large for the header are refused.
-    bool number(uint32_t& out) {
+    // A decimal header field, skipping blanks and '#' comments. Digits beyond
+    // any size the readers take are read and kept saturated, so that the
+    // size check can say how large the claim was.
+    bool number(uint64_t& out) {
         int c = std::fgetc(file_);
         while (c != EOF && (std::isspace(c) || c == '#')) {
             if (c == '#')
@@ -71,12 +77,11 @@ private:
         if (c == EOF || !std::isdigit(c)) return false;
         uint64_t v = 0;
         while (c != EOF && std::isdigit(c)) {
-            v = v * 10 + static_cast<unsigned>(c - '0');
-            if (v > 0xFFFFFFu) return false;  // beyond any page the tools print
+            v = std::min<uint64_t>(v * 10 + static_cast<unsigned>(c - '0'), kSaturated);
             c = std::fgetc(file_);
         }
         if (c != EOF) std::ungetc(c, file_);
-        out = static_cast<uint32_t>(v);
+        out = v;
         return true;
     }
 

@@ -64,6 +64,9 @@ constexpr int kInkColour[4][3] = {
     {255, 226, 0},   // yellow
     {35, 31, 32},    // black
 };
+// libpng writes images of up to a million rows; the preview stays well below.
+constexpr uint32_t kMaxPreviewHeight = 20000;
+
 // Two-bit dot codes' share of a cell in hundredths: no dot, small, medium, large.
 constexpr uint32_t kTwoBitCoverage[4] = {0, 35, 65, 100};
 constexpr uint32_t kTwoBitFullCell = 100;
@@ -76,7 +79,11 @@ PreviewGeometry previewGeometry(uint32_t pageWidth, uint32_t pageHeight, uint32_
     const uint32_t g = std::gcd(dpiX, dpiY);
     const uint32_t unitX = dpiX / g, unitY = dpiY / g;
     const uint32_t unitsAcross = (pageWidth + unitX - 1) / unitX;
-    const uint32_t k = std::max<uint32_t>(1, (unitsAcross + maxWidth - 1) / std::max<uint32_t>(1, maxWidth));
+    const uint32_t unitsDown = (pageHeight + unitY - 1) / unitY;
+    // A very tall page is scaled down until its preview fits the height a
+    // PNG writer takes too.
+    const uint32_t k = std::max({uint32_t{1}, (unitsAcross + maxWidth - 1) / std::max<uint32_t>(1, maxWidth),
+                                 (unitsDown + kMaxPreviewHeight - 1) / kMaxPreviewHeight});
     PreviewGeometry geo{k * unitX, k * unitY, 0, 0};
     geo.width = (pageWidth + geo.boxWidth - 1) / geo.boxWidth;
     geo.height = (pageHeight + geo.boxHeight - 1) / geo.boxHeight;

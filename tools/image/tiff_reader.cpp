@@ -60,7 +60,7 @@ public:
         else return refuse("only gray and RGB TIFF images are supported", error);
         if (samplesPerPixel != colours && samplesPerPixel != colours + 1)
             return refuse("unexpected number of samples per pixel", error);
-        if (w == 0 || h == 0) return refuse("the image is empty", error);
+        if (!checkImageSize(path, w, h, error)) return false;
 
         uint32_t profileSize = 0;
         void* profile = nullptr;

@@ -8,6 +8,7 @@
 #include "cli/cli.h"
 #include "cli/options.h"
 #include "cli/print_options.h"
+#include "image/output_set.h"
 #include "report/report_data.h"
 #include "report/report_page.h"
 
@@ -120,17 +121,25 @@ int reportCommand(const std::vector<std::string>& args, std::ostream& out, std::
         out << kReportHelp;
         return kExitOk;
     }
+    if (dir == "-") {
+        err << "inkdot report: -o takes a directory: the report is several files, which standard output cannot "
+               "hold (see inkdot report --help)\n";
+        return kExitUsage;
+    }
     std::unique_ptr<BlockSource> pack = packFile.empty() ? openDefaultPack(error) : openPackFile(packFile, error);
     std::error_code ec;
     if (pack) std::filesystem::create_directories(dir, ec);
     if (pack && ec) error = "cannot make " + dir + ": " + ec.message();
-    if (!pack || ec) {
+    // The tables are one set (image/output_set.h): published together when
+    // all are written, so the directory never mixes two reports.
+    OutputSet set;
+    if (!pack || ec || !set.open(dir, "report", error)) {
         err << "inkdot report: " << error << "\n";
         return kExitFailed;
     }
     out << "measuring " << params.outputBits << "-bit " << (params.mono ? "mono" : "colour") << " printing at "
         << resolutionName(params.resolution) << " dpi with the " << params.packName << " pack\n";
-    if (!writeReportData(params, plan, *pack, dir, out, error)) {
+    if (!writeReportData(params, plan, *pack, set.stagingDir(), out, error) || !set.publish(error)) {
         err << "inkdot report: " << error << "\n";
         return kExitFailed;
     }
