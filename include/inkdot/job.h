@@ -46,6 +46,8 @@ struct Dpi {
     uint32_t x, y;
 };
 Dpi resolutionDpi(Resolution r);
+// "720x720", "1440x720", "360x720" or "720x360".
+const char* resolutionName(Resolution r);
 
 struct ColourSettings {
     bool mono = false;

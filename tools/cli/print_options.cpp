@@ -51,12 +51,13 @@ const char* const kPrintHelp =
     "                           rendering intent into device RGB (default perceptual)\n";
 
 bool parseResolution(const std::string& text, Resolution& out) {
-    if (text == "720x720") out = Resolution::R720x720;
-    else if (text == "1440x720") out = Resolution::R1440x720;
-    else if (text == "360x720") out = Resolution::R360x720;
-    else if (text == "720x360") out = Resolution::R720x360;
-    else return false;
-    return true;
+    for (Resolution r : {Resolution::R720x720, Resolution::R1440x720, Resolution::R360x720, Resolution::R720x360}) {
+        if (text == resolutionName(r)) {
+            out = r;
+            return true;
+        }
+    }
+    return false;
 }
 
 bool parseMethod(const std::string& text, Method& out) {
@@ -73,6 +74,31 @@ bool checkDepthAtResolution(unsigned bits, Resolution r, std::string& error) {
         return false;
     }
     return true;
+}
+
+bool parseHalftoneChoice(const ParsedArgs& args, Method& method, unsigned& outputBits, Resolution& resolution,
+                         std::string& error) {
+    const std::string methodText = args.value("method", "ed");
+    if (!parseMethod(methodText, method)) {
+        error = "--method must be ed, dither or threshold, not '" + methodText + "'";
+        return false;
+    }
+    const std::string bits = args.value("bits", "1");
+    if (bits != "1" && bits != "2") {
+        error = "--bits must be 1 or 2, not '" + bits + "'";
+        return false;
+    }
+    outputBits = bits == "2" ? 2 : 1;
+    if (outputBits == 2 && method == Method::Threshold) {
+        error = "--method threshold gives one-bit output only; use --bits 1";
+        return false;
+    }
+    const std::string resolutionText = args.value("resolution", "720x720");
+    if (!parseResolution(resolutionText, resolution)) {
+        error = "--resolution must be 720x720, 1440x720, 360x720 or 720x360, not '" + resolutionText + "'";
+        return false;
+    }
+    return checkDepthAtResolution(outputBits, resolution, error);
 }
 
 namespace {
@@ -119,27 +145,8 @@ bool parsePrintOptions(const ParsedArgs& args, PrintOptions& out, std::string& e
     }
     out.packFile = args.value("pack", "");
 
-    const std::string method = args.value("method", "ed");
-    if (!parseMethod(method, out.halftone.method)) {
-        error = "--method must be ed, dither or threshold, not '" + method + "'";
-        return false;
-    }
-    const std::string bits = args.value("bits", "1");
-    if (bits != "1" && bits != "2") {
-        error = "--bits must be 1 or 2, not '" + bits + "'";
-        return false;
-    }
-    out.halftone.outputBits = bits == "2" ? 2 : 1;
-    if (out.halftone.outputBits == 2 && out.halftone.method == Method::Threshold) {
-        error = "--method threshold gives one-bit output only; use --bits 1";
-        return false;
-    }
-    const std::string resolution = args.value("resolution", "720x720");
-    if (!parseResolution(resolution, out.halftone.resolution)) {
-        error = "--resolution must be 720x720, 1440x720, 360x720 or 720x360, not '" + resolution + "'";
-        return false;
-    }
-    if (!checkDepthAtResolution(out.halftone.outputBits, out.halftone.resolution, error)) return false;
+    HalftoneSetup& h = out.halftone;
+    if (!parseHalftoneChoice(args, h.method, h.outputBits, h.resolution, error)) return false;
     if (args.has("mono") && (args.has("colour") || args.has("color"))) {
         error = "choose either --mono or --colour";
         return false;

@@ -38,6 +38,11 @@ bool parseMethod(const std::string& text, Method& out);
 // with a usage message for --bits 2 at 720x360.
 bool checkDepthAtResolution(unsigned bits, Resolution r, std::string& error);
 
+// --method, --bits and --resolution, as print and report take them; false
+// with a usage message for a value out of range or a pair that does not go.
+bool parseHalftoneChoice(const ParsedArgs& args, Method& method, unsigned& outputBits, Resolution& resolution,
+                         std::string& error);
+
 bool parsePrintOptions(const ParsedArgs& args, PrintOptions& out, std::string& error);
 
 // With automatic scaling: printed columns per image column and printed lines

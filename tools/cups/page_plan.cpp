@@ -24,16 +24,6 @@ bool isRgb(unsigned space) {
 
 }  // namespace
 
-const char* resolutionName(Resolution r) {
-    switch (r) {
-        case Resolution::R720x720: return "720x720";
-        case Resolution::R1440x720: return "1440x720";
-        case Resolution::R360x720: return "360x720";
-        case Resolution::R720x360: return "720x360";
-    }
-    return "?";
-}
-
 bool resolutionClass(unsigned xdpi, unsigned ydpi, Resolution& out) {
     for (Resolution r : {Resolution::R720x720, Resolution::R1440x720, Resolution::R360x720, Resolution::R720x360}) {
         const Dpi dpi = resolutionDpi(r);

@@ -23,7 +23,6 @@ struct PagePlan {
 // The engine's resolution class for a page resolution; false when the engine
 // has none for it.
 bool resolutionClass(unsigned xdpi, unsigned ydpi, Resolution& out);
-const char* resolutionName(Resolution r);  // "720x720" …
 
 // Method and output bits for a quality at a resolution: draft is a fixed
 // threshold with on/off dots; normal is two-bit ordered dither and high

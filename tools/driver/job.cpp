@@ -172,6 +172,16 @@ Dpi resolutionDpi(Resolution r) {
     return {720, 720};
 }
 
+const char* resolutionName(Resolution r) {
+    switch (r) {
+        case Resolution::R720x720: return "720x720";
+        case Resolution::R1440x720: return "1440x720";
+        case Resolution::R360x720: return "360x720";
+        case Resolution::R720x360: return "720x360";
+    }
+    return "?";
+}
+
 std::unique_ptr<Job> Job::open(const ColourSettings& colour, const HalftoneSetup& setup, const BlockSource& source,
                                std::string& error) {
     const uint64_t outputWidth = scaledWidth(setup.inputWidth, setup.hscale);

@@ -231,16 +231,6 @@ const char* methodName(Method m) {
     return "?";
 }
 
-const char* resolutionName(Resolution r) {
-    switch (r) {
-        case Resolution::R720x720: return "720x720";
-        case Resolution::R1440x720: return "1440x720";
-        case Resolution::R360x720: return "360x720";
-        case Resolution::R720x360: return "720x360";
-    }
-    return "?";
-}
-
 unsigned nearestLevel(const std::vector<unsigned>& levels, const std::vector<double>& coverage, double target) {
     size_t best = 0;
     for (size_t i = 1; i < levels.size() && i < coverage.size(); ++i)

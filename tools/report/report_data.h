@@ -48,7 +48,6 @@ struct ReportPlan {
 // the configuration's output depth (fixed threshold is one-bit only).
 std::vector<Method> reportMethods(Method chosen, unsigned outputBits);
 const char* methodName(Method m);
-const char* resolutionName(Resolution r);
 
 // Prints and measures every target and writes the CSV files into `dir` (which
 // must exist). Progress lines go to `log`.

@@ -62,27 +62,7 @@ bool parseReportOptions(const ParsedArgs& args, ReportParams& params, ReportPlan
         error = "report needs -o OUTDIR";
         return false;
     }
-    const std::string method = args.value("method", "ed");
-    if (!parseMethod(method, params.method)) {
-        error = "--method must be ed, dither or threshold, not '" + method + "'";
-        return false;
-    }
-    const std::string bits = args.value("bits", "1");
-    if (bits != "1" && bits != "2") {
-        error = "--bits must be 1 or 2, not '" + bits + "'";
-        return false;
-    }
-    params.outputBits = bits == "2" ? 2 : 1;
-    if (params.outputBits == 2 && params.method == Method::Threshold) {
-        error = "--method threshold gives one-bit output only; use --bits 1";
-        return false;
-    }
-    const std::string resolution = args.value("resolution", "720x720");
-    if (!parseResolution(resolution, params.resolution)) {
-        error = "--resolution must be 720x720, 1440x720, 360x720 or 720x360, not '" + resolution + "'";
-        return false;
-    }
-    if (!checkDepthAtResolution(params.outputBits, params.resolution, error)) return false;
+    if (!parseHalftoneChoice(args, params.method, params.outputBits, params.resolution, error)) return false;
     params.mono = params.colour.mono = args.has("mono");
     packFile = args.value("pack", "");
     if (!packFile.empty()) params.packName = std::filesystem::path(packFile).filename().string();
