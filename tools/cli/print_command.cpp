@@ -76,6 +76,70 @@ bool openInputConversion(const ImageReader& image, const PrintOptions& options,
     return out != nullptr;
 }
 
+// The page's plane files and its preview, staged in one output set.
+struct PageFiles {
+    std::vector<PlaneWriter> planes;
+    std::vector<std::string> planePaths;  // where each plane is published
+    PreviewBuilder preview;
+    std::string previewPath;
+    size_t planeStride = 0;
+
+    bool open(OutputSet& set, const std::string& outputDir, const std::string& stem, const Job& job,
+              uint32_t pageHeight, const PrintOptions& options, std::string& error) {
+        const std::string base = (std::filesystem::path(outputDir) / stem).string();
+        const unsigned count = job.planeCount();
+        const unsigned bits = job.outputBits();
+        planeStride = job.planeStride();
+        planes = std::vector<PlaneWriter>(count);
+        std::string staged;
+        for (unsigned p = 0; p < count; ++p) {
+            const std::string suffix =
+                std::string("-") + (count == 1 ? "black" : kPlaneNames[p]) + (bits == 1 ? ".pbm" : ".pgm");
+            planePaths.push_back(base + suffix);
+            if (!set.stage(stem + suffix, staged, error) ||
+                !planes[p].open(staged, job.outputWidth(), pageHeight, bits, error))
+                return false;
+        }
+        const Dpi dpi = resolutionDpi(options.halftone.resolution);
+        previewPath = base + "-preview.png";
+        return set.stage(stem + "-preview.png", staged, error) &&
+               preview.open(staged, job.outputWidth(), pageHeight, dpi.x, dpi.y, count, bits, options.previewWidth,
+                            error);
+    }
+
+    // `count` halftoned lines, each its planes one after the other.
+    bool writeLines(const uint8_t* lines, uint32_t count, std::string& error) {
+        for (uint32_t i = 0; i < count; ++i) {
+            const uint8_t* line = lines + size_t{i} * planes.size() * planeStride;
+            for (size_t p = 0; p < planes.size(); ++p)
+                if (!planes[p].writeLine(line + p * planeStride, error)) return false;
+            if (!preview.addLine(line, planeStride, error)) return false;
+        }
+        return true;
+    }
+
+    bool finish(OutputSet& set, std::string& error) {
+        for (PlaneWriter& w : planes)
+            if (!w.finish(error)) return false;
+        return preview.finish(error) && set.publish(error);
+    }
+};
+
+void reportPrinted(std::ostream& out, const PrintOptions& options, const Job& job, uint64_t pageHeight,
+                   const PageFiles& files, const InputConversion* conversion) {
+    const Dpi dpi = resolutionDpi(options.halftone.resolution);
+    const unsigned bits = job.outputBits();
+    const size_t planes = files.planePaths.size();
+    out << "printed " << options.input << ": " << job.outputWidth() << " x " << pageHeight << " dots at " << dpi.x
+        << "x" << dpi.y << " dpi, " << bits << " bit" << (bits == 1 ? "" : "s") << ", table " << job.modelId()
+        << "\n";
+    for (size_t p = 0; p < planes; ++p)
+        out << "  " << (planes == 1 ? "black" : kPlaneNames[p]) << " plane: " << files.planePaths[p] << "\n";
+    if (conversion) out << "  converted into device RGB (sRGB) from '" << conversion->description() << "'\n";
+    out << "  preview: " << files.previewPath << " (" << files.preview.geometry().width << " x "
+        << files.preview.geometry().height << ")\n";
+}
+
 int fail(std::ostream& err, const std::string& message) {
     err << "inkdot print: " << message << "\n";
     return kExitFailed;
@@ -135,25 +199,8 @@ int printCommand(const std::vector<std::string>& args, std::ostream& out, std::o
     made.lockName = "." + stem + ".lock";
     OutputSet set;
     if (!set.open(options.outputDir, stem, error)) return fail(err, error);
-    const std::string base = (std::filesystem::path(options.outputDir) / stem).string();
-    const unsigned planes = job->planeCount();
-    const unsigned bits = job->outputBits();
-    std::vector<PlaneWriter> writers(planes);
-    std::vector<std::string> planePaths;
-    std::string staged;
-    for (unsigned p = 0; p < planes; ++p) {
-        const std::string name = stem + "-" + (planes == 1 ? "black" : kPlaneNames[p]) + (bits == 1 ? ".pbm" : ".pgm");
-        planePaths.push_back(base + name.substr(stem.size()));
-        if (!set.stage(name, staged, error) ||
-            !writers[p].open(staged, job->outputWidth(), static_cast<uint32_t>(pageHeight), bits, error))
-            return fail(err, error);
-    }
-    const Dpi dpi = resolutionDpi(options.halftone.resolution);
-    PreviewBuilder preview;
-    const std::string previewPath = base + "-preview.png";
-    if (!set.stage(stem + "-preview.png", staged, error) ||
-        !preview.open(staged, job->outputWidth(), static_cast<uint32_t>(pageHeight), dpi.x, dpi.y, planes, bits,
-                      options.previewWidth, error))
+    PageFiles files;
+    if (!files.open(set, options.outputDir, stem, *job, static_cast<uint32_t>(pageHeight), options, error))
         return fail(err, error);
 
     // Decoding and conversion, halftoning, and writing overlap band by band
@@ -172,30 +219,13 @@ int printCommand(const std::vector<std::string>& args, std::ostream& out, std::o
         return true;
     };
     stages.write = [&](const uint8_t* lines, uint32_t, uint32_t count, std::string& e) {
-        for (uint32_t i = 0; i < count; ++i) {
-            const uint8_t* line = lines + size_t{i} * planes * job->planeStride();
-            for (unsigned p = 0; p < planes; ++p)
-                if (!writers[p].writeLine(line + p * job->planeStride(), e)) return false;
-            if (!preview.addLine(line, job->planeStride(), e)) return false;
-        }
-        return true;
+        return files.writeLines(lines, count, e);
     };
     const BandPlan plan{.inputLines = image->height(), .lineRepeat = lineRepeat, .overlapped = severalCores()};
     if (!runBands(*job, plan, stages, error)) return fail(err, error);
-    for (PlaneWriter& w : writers)
-        if (!w.finish(error)) return fail(err, error);
-    if (!preview.finish(error) || !set.publish(error)) return fail(err, error);
+    if (!files.finish(set, error)) return fail(err, error);
     made.keep = true;
-
-    out << "printed " << options.input << ": " << job->outputWidth() << " x " << pageHeight << " dots at " << dpi.x
-        << "x" << dpi.y << " dpi, " << bits << " bit" << (bits == 1 ? "" : "s") << ", table " << job->modelId()
-        << "\n";
-    for (unsigned p = 0; p < planes; ++p)
-        out << "  " << (planes == 1 ? "black" : kPlaneNames[p]) << " plane: " << planePaths[p] << "\n";
-    if (conversion)
-        out << "  converted into device RGB (sRGB) from '" << conversion->description() << "'\n";
-    out << "  preview: " << previewPath << " (" << preview.geometry().width << " x " << preview.geometry().height
-        << ")\n";
+    reportPrinted(out, options, *job, pageHeight, files, conversion.get());
     return kExitOk;
 }
 
