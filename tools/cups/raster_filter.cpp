@@ -95,6 +95,35 @@ bool writeLine(cups_raster_t* out, const uint8_t* bytes, uint64_t count) {
 
 enum class PageEnd { Done, Cancelled, Failed };
 
+// A page held whole, for planar output or copies. It grows as its lines
+// arrive, so a header alone claims no memory: planar output keeps one run of
+// lines per plane, banded output one run of whole lines.
+struct HeldPage {
+    std::vector<std::vector<uint8_t>> runs;
+
+    // One halftoned line: planar, plane k's lines follow one another; banded,
+    // a line holds every plane's bytes in turn, as the job writes them.
+    void add(const uint8_t* line, unsigned planes, size_t planeBytes) {
+        if (runs.size() == 1) {
+            runs[0].insert(runs[0].end(), line, line + planes * planeBytes);
+            return;
+        }
+        for (unsigned k = 0; k < planes; ++k)
+            runs[k].insert(runs[k].end(), line + k * planeBytes, line + (k + 1) * planeBytes);
+    }
+
+    bool write(cups_raster_t* out, cups_page_header2_t& header, int copies) const {
+        const uint64_t rowBytes = header.cupsBytesPerLine;
+        for (int c = 0; c < copies; ++c) {
+            if (!cupsRasterWriteHeader2(out, &header)) return false;
+            for (const std::vector<uint8_t>& run : runs)
+                for (uint64_t at = 0; at < run.size(); at += rowBytes)
+                    if (!writeLine(out, run.data() + at, rowBytes)) return false;
+        }
+        return true;
+    }
+};
+
 // One page: halftones every line and writes it `copies` times. A page is
 // held whole when it is written planar or more than once; otherwise each
 // line goes out as soon as it is halftoned.
@@ -114,12 +143,10 @@ PageEnd printPage(cups_raster_t* in, cups_raster_t* out, const cups_page_header2
                static_cast<unsigned long long>(kMaxHeldPageBytes >> 20));
         return PageEnd::Failed;
     }
-    // A held page grows as its lines arrive, so a header alone claims no
-    // memory: planar output keeps one run of lines per plane, banded output
-    // one run of whole lines.
     const size_t planeBytes = job->planeStride();
     const unsigned planes = job->planeCount();
-    std::vector<std::vector<uint8_t>> page(held ? (plan.order == PlaneOrder::Planar ? planes : 1) : 0);
+    HeldPage page;
+    page.runs.resize(held ? (plan.order == PlaneOrder::Planar ? planes : 1) : 0);
 
     cups_page_header2_t outHeader = outputHeader(header, plan);
     outHeader.NumCopies = 1;  // the copies are made here
@@ -154,15 +181,10 @@ PageEnd printPage(cups_raster_t* in, cups_raster_t* out, const cups_page_header2
         for (uint32_t i = 0; i < count; ++i, ++y) {
             const uint8_t* line = lines + size_t{i} * bandBytes;
             if (held) {
-                // Planar: plane k's lines follow one another; banded: a line
-                // holds every plane's bytes in turn, as the job writes them.
                 // This stage may run on the pipeline's second thread, so an
                 // allocation failure is caught here.
                 try {
-                    if (page.size() == 1) page[0].insert(page[0].end(), line, line + bandBytes);
-                    else
-                        for (unsigned k = 0; k < planes; ++k)
-                            page[k].insert(page[k].end(), line + k * planeBytes, line + (k + 1) * planeBytes);
+                    page.add(line, planes, planeBytes);
                 } catch (const std::bad_alloc&) {
                     why = "no memory to hold line " + std::to_string(y + 1) + " of the " +
                           std::to_string(pageBytes >> 20) + " MB page";
@@ -195,25 +217,12 @@ PageEnd printPage(cups_raster_t* in, cups_raster_t* out, const cups_page_header2
                 if (!writeLine(out, band.data(), bandBytes)) return PageEnd::Failed;
             return PageEnd::Cancelled;
         }
-        for (std::vector<uint8_t>& run : page) run.resize(pageBytes / page.size(), 0);  // the rest blank
+        for (std::vector<uint8_t>& run : page.runs) run.resize(pageBytes / page.runs.size(), 0);  // the rest blank
         copies = 1;
     }
-    if (held) {
-        const uint64_t rowBytes = outHeader.cupsBytesPerLine;
-        for (int c = 0; c < copies; ++c) {
-            if (!cupsRasterWriteHeader2(out, &outHeader)) {
-                report(log, "ERROR: Page %d: the output cannot be written", pageNo);
-                return PageEnd::Failed;
-            }
-            for (const std::vector<uint8_t>& run : page) {
-                for (uint64_t at = 0; at < run.size(); at += rowBytes) {
-                    if (!writeLine(out, run.data() + at, rowBytes)) {
-                        report(log, "ERROR: Page %d: the output cannot be written", pageNo);
-                        return PageEnd::Failed;
-                    }
-                }
-            }
-        }
+    if (held && !page.write(out, outHeader, copies)) {
+        report(log, "ERROR: Page %d: the output cannot be written", pageNo);
+        return PageEnd::Failed;
     }
     report(log, "PAGE: %d %d", pageNo, copies);
     return cancelled ? PageEnd::Cancelled : PageEnd::Done;

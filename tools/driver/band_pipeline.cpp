@@ -1,7 +1,10 @@
 #include "driver/band_pipeline.h"
 
 #ifdef __linux__
+#include <pthread.h>
 #include <sched.h>
+
+#include <csignal>
 #endif
 
 #include <algorithm>
@@ -148,7 +151,48 @@ void guarded(Flight& flight, Loop loop) {
     }
 }
 
+// A cancel (SIGTERM) or an interrupt must reach the reading thread, as it
+// reaches the one thread of a serial run: its blocking read is what the signal
+// interrupts, so the reader can tell a cancelled page from a cut stream. While
+// a page is overlapped the other threads hold those signals back; the reader
+// is started with the caller's own mask.
+class TerminationSignalsHeld {
+public:
+#ifdef __linux__
+    TerminationSignalsHeld() {
+        sigemptyset(&held_);
+        for (int s : {SIGTERM, SIGINT, SIGHUP}) sigaddset(&held_, s);
+        pthread_sigmask(SIG_BLOCK, &held_, &previous_);
+    }
+    ~TerminationSignalsHeld() { release(); }
+    // Back to the caller's mask, for a page that falls back to the serial path.
+    void release() { pthread_sigmask(SIG_SETMASK, &previous_, nullptr); }
+    // Runs `start` (which starts a thread) with the caller's mask.
+    template <class F>
+    void unheldFor(F&& start) {
+        pthread_sigmask(SIG_SETMASK, &previous_, nullptr);
+        try {
+            start();
+        } catch (...) {
+            pthread_sigmask(SIG_BLOCK, &held_, nullptr);
+            throw;
+        }
+        pthread_sigmask(SIG_BLOCK, &held_, nullptr);
+    }
+
+private:
+    sigset_t held_, previous_;
+#else
+    void release() {}
+    template <class F>
+    void unheldFor(F&& start) {
+        start();
+    }
+#endif
+};
+
 bool runOverlapped(Job& job, const PageShape& shape, const BandStages& stages, std::string& error) {
+    TerminationSignalsHeld signalsHeld;
     Flight flight(shape);
     auto writer = [&] {
         std::string why;
@@ -172,14 +216,16 @@ bool runOverlapped(Job& job, const PageShape& shape, const BandStages& stages, s
     try {
         writing = std::thread([&] { guarded(flight, writer); });
     } catch (const std::system_error&) {
+        signalsHeld.release();
         return runSerial(job, shape, stages, error);
     }
     std::thread reading;
     try {
-        reading = std::thread([&] { guarded(flight, reader); });
+        signalsHeld.unheldFor([&] { reading = std::thread([&] { guarded(flight, reader); }); });
     } catch (const std::system_error&) {
         flight.fail("");
         writing.join();
+        signalsHeld.release();
         return runSerial(job, shape, stages, error);
     }
     guarded(flight, [&] {
