@@ -270,6 +270,86 @@ bool buildDotSplits(std::map<uint32_t, PendingSplit>& splits, const std::vector<
 
 }  // namespace
 
+namespace {
+
+// One manifest line: "NUMBER KIND key=value …". False with a message for a
+// malformed line; a blank or comment line gives an empty kind.
+bool parseBlockLine(std::string line, const std::string& where, uint32_t& number, std::string& kind,
+                    std::map<std::string, std::string>& values, std::string& error) {
+    if (const size_t hash = line.find('#'); hash != std::string::npos) line.erase(hash);
+    std::stringstream tokens(line);
+    std::string numberText, token;
+    kind.clear();
+    if (!(tokens >> numberText)) return true;
+    if (!(tokens >> kind)) {
+        error = where + ": a block line needs a number and a kind";
+        return false;
+    }
+    long blockNo = 0;
+    if (!wholeNumber(numberText, 0, kMaxBlockNumber, blockNo)) {
+        error = where + ": block number must be 0 to 65534";
+        return false;
+    }
+    number = static_cast<uint32_t>(blockNo);
+    while (tokens >> token) {
+        const size_t eq = token.find('=');
+        if (eq == std::string::npos || eq == 0) {
+            error = where + ": expected key=value, found '" + token + "'";
+            return false;
+        }
+        if (!values.emplace(token.substr(0, eq), token.substr(eq + 1)).second) {
+            error = where + ": '" + token.substr(0, eq) + "' is set twice";
+            return false;
+        }
+    }
+    return true;
+}
+
+// The block a line describes, from its checked settings. Colour tables note
+// which dot split they name; dot splits are built at the end, from the tables
+// that use them.
+Bytes buildBlock(const std::string& kind, Settings& s, const SourceReader& read, uint32_t number,
+                 const std::string& where, std::map<uint32_t, PendingSplit>& splits, std::vector<DotSplitUse>& uses) {
+    Bytes block;
+    if (kind == "index") {
+        const std::string file = s.text("file", "");
+        if (file.empty()) s.fail("index needs file=");
+        else if (std::string why; !read(file, block, why)) s.fail(why);
+        else block.push_back(0);  // the index text ends at NUL
+    } else if (kind == "colour-table") {
+        ColourTableParams params;
+        block = colourTable(s, params);
+        if (params.dotSplitBlock != 0)
+            uses.push_back({number, where, params.dotSplitBlock, params.inkParam[0], params.inkParam[1]});
+    } else if (kind == "correction-tables") {
+        const double strength = s.real("strength", 1.6, 1.0, 4.0);
+        if (!s.failed()) block = correctionTableBlock(strength);
+    } else if (kind == "routing") {
+        block = routing(s);
+    } else if (kind == "base-weights") {
+        std::vector<uint8_t> weights;
+        for (long w : s.integers("weights", 30, 70)) weights.push_back(static_cast<uint8_t>(w));
+        if (weights.size() != colourtable::kChannels) s.fail("weights takes four values, one per channel");
+        block = baseWeightBlock(weights);
+    } else if (kind == "request-list") {
+        std::vector<uint16_t> ids;
+        for (long id : s.integers("ids", 0, kMaxBlockNumber)) ids.push_back(static_cast<uint16_t>(id));
+        if (ids.size() > kMaxRequestIds) s.fail("a request list holds at most 15 ids");
+        block = requestListBlock(ids);
+    } else if (kind == "grid-levels") {
+        block = gridLevelBlock();
+    } else if (kind == "matrix") {
+        block = matrix(s);
+    } else if (kind == "dot-split") {
+        splits[number].params = dotSplit(s);
+    } else {
+        s.fail("unknown block kind '" + kind + "'");
+    }
+    return block;
+}
+
+}  // namespace
+
 bool compileResourceText(std::string_view manifest, const std::string& manifestName, const SourceReader& read,
                          BlockMap& blocks, std::string& error) {
     std::stringstream lines{std::string(manifest)};
@@ -281,72 +361,17 @@ bool compileResourceText(std::string_view manifest, const std::string& manifestN
     while (std::getline(lines, line)) {
         ++lineNo;
         const std::string where = manifestName + ":" + std::to_string(lineNo);
-        if (const size_t hash = line.find('#'); hash != std::string::npos) line.erase(hash);
-        std::stringstream tokens(line);
-        std::string numberText, kind, token;
-        if (!(tokens >> numberText)) continue;
-        if (!(tokens >> kind)) {
-            error = where + ": a block line needs a number and a kind";
-            return false;
-        }
-        long blockNo = 0;
-        if (!wholeNumber(numberText, 0, kMaxBlockNumber, blockNo)) {
-            error = where + ": block number must be 0 to 65534";
-            return false;
-        }
-        const uint32_t number = static_cast<uint32_t>(blockNo);
-        if (!described.insert(number).second) {
-            error = where + ": block " + numberText + " is described twice";
-            return false;
-        }
+        uint32_t number = 0;
+        std::string kind;
         std::map<std::string, std::string> values;
-        while (tokens >> token) {
-            const size_t eq = token.find('=');
-            if (eq == std::string::npos || eq == 0) {
-                error = where + ": expected key=value, found '" + token + "'";
-                return false;
-            }
-            if (!values.emplace(token.substr(0, eq), token.substr(eq + 1)).second) {
-                error = where + ": '" + token.substr(0, eq) + "' is set twice";
-                return false;
-            }
+        if (!parseBlockLine(line, where, number, kind, values, error)) return false;
+        if (kind.empty()) continue;
+        if (!described.insert(number).second) {
+            error = where + ": block " + std::to_string(number) + " is described twice";
+            return false;
         }
         Settings s(std::move(values), where);
-        Bytes block;
-        if (kind == "index") {
-            const std::string file = s.text("file", "");
-            if (file.empty()) s.fail("index needs file=");
-            else if (std::string why; !read(file, block, why)) s.fail(why);
-            else block.push_back(0);  // the index text ends at NUL
-        } else if (kind == "colour-table") {
-            ColourTableParams params;
-            block = colourTable(s, params);
-            if (params.dotSplitBlock != 0)
-                uses.push_back({number, where, params.dotSplitBlock, params.inkParam[0], params.inkParam[1]});
-        } else if (kind == "correction-tables") {
-            const double strength = s.real("strength", 1.6, 1.0, 4.0);
-            if (!s.failed()) block = correctionTableBlock(strength);
-        } else if (kind == "routing") {
-            block = routing(s);
-        } else if (kind == "base-weights") {
-            std::vector<uint8_t> weights;
-            for (long w : s.integers("weights", 30, 70)) weights.push_back(static_cast<uint8_t>(w));
-            if (weights.size() != colourtable::kChannels) s.fail("weights takes four values, one per channel");
-            block = baseWeightBlock(weights);
-        } else if (kind == "request-list") {
-            std::vector<uint16_t> ids;
-            for (long id : s.integers("ids", 0, kMaxBlockNumber)) ids.push_back(static_cast<uint16_t>(id));
-            if (ids.size() > kMaxRequestIds) s.fail("a request list holds at most 15 ids");
-            block = requestListBlock(ids);
-        } else if (kind == "grid-levels") {
-            block = gridLevelBlock();
-        } else if (kind == "matrix") {
-            block = matrix(s);
-        } else if (kind == "dot-split") {
-            splits[number].params = dotSplit(s);
-        } else {
-            s.fail("unknown block kind '" + kind + "'");
-        }
+        Bytes block = buildBlock(kind, s, read, number, where, splits, uses);
         s.checkAllUsed();
         if (s.failed()) {
             error = s.error();
