@@ -182,6 +182,47 @@ const char* resolutionName(Resolution r) {
     return "?";
 }
 
+namespace {
+
+// The engine's setting words for a job.
+HtSettings engineSettings(const ColourSettings& colour, const HalftoneSetup& setup, uint32_t outputWidth) {
+    const Dpi dpi = resolutionDpi(setup.resolution);
+    HtSettings hs{};
+    hs.method = engineMethod(setup.method);
+    hs.ditherMode = INKDOT_DITHER_PLAIN;  // colour dither: the plain matrix kernel for every plane
+    hs.inputFormat = colour.mono ? INKDOT_INPUT_GRAY : INKDOT_INPUT_RGB;
+    hs.colourMode = colour.mono ? INKDOT_MONO : INKDOT_COLOUR;
+    hs.resolutionX = dpi.x;
+    hs.resolutionY = dpi.y;
+    hs.outputBits = setup.outputBits;
+    hs.scaleMode = scaleCode(setup.hscale);
+    hs.width = outputWidth;
+    return hs;
+}
+
+// Feeds the halftone instance every block it asks for, from the request list
+// on, until it answers that it has all.
+bool runHalftoneProtocol(HtContext* ht, const BlockSource& source, unsigned outputBits, std::string& error) {
+    uint32_t next = source.requestListBlock();
+    for (int call = 1; call <= kMaxHtCalls; ++call) {
+        const uint32_t asked = next;
+        std::vector<uint8_t> block = fetchBlock(source, asked, htRole(call), error);
+        if (block.empty()) return false;
+        const uint32_t rc = HalftoneSetResource(ht, block.data(), &next);
+        if (rc != RC_OK) {
+            error = "halftoning refused block " + std::to_string(asked) + ": " + resultMessage(rc);
+            if (rc == RC_ARG + 1 && call == 3 && outputBits == INKDOT_TWO_BITS)
+                error += "; two-bit output is not available at this resolution";
+            return false;
+        }
+        if (next == INKDOT_NO_MORE_BLOCKS) return true;
+    }
+    error = "halftoning kept asking for blocks";
+    return false;
+}
+
+}  // namespace
+
 std::unique_ptr<Job> Job::open(const ColourSettings& colour, const HalftoneSetup& setup, const BlockSource& source,
                                std::string& error) {
     const uint64_t outputWidth = scaledWidth(setup.inputWidth, setup.hscale);
@@ -211,47 +252,14 @@ std::unique_ptr<Job> Job::open(const ColourSettings& colour, const HalftoneSetup
         return nullptr;
     }
 
-    const Dpi dpi = resolutionDpi(setup.resolution);
-    HtSettings hs{};
-    hs.method = engineMethod(setup.method);
-    hs.ditherMode = INKDOT_DITHER_PLAIN;  // colour dither: the plain matrix kernel for every plane
-    hs.inputFormat = colour.mono ? INKDOT_INPUT_GRAY : INKDOT_INPUT_RGB;
-    hs.colourMode = colour.mono ? INKDOT_MONO : INKDOT_COLOUR;
-    hs.resolutionX = dpi.x;
-    hs.resolutionY = dpi.y;
-    hs.outputBits = setup.outputBits;
-    hs.scaleMode = scaleCode(setup.hscale);
-    hs.width = job->outputWidth_;
-
     // The halftone protocol reads the colour grid and the dot-split descriptor
     // through the CmLut's pointers: the colour-management instance stays alive
     // until it has finished.
-    uint32_t rc = HalftoneNew(&hs, CmGetLut(cm), 0, &job->modelId_, &job->ht_);
+    const HtSettings hs = engineSettings(colour, setup, job->outputWidth_);
+    const uint32_t rc = HalftoneNew(&hs, CmGetLut(cm), 0, &job->modelId_, &job->ht_);
     bool ok = rc == RC_OK;
     if (!ok) error = "halftoning could not start: " + resultMessage(rc);
-    uint32_t next = source.requestListBlock();
-    for (int call = 1; ok; ++call) {
-        if (call > kMaxHtCalls) {
-            error = "halftoning kept asking for blocks";
-            ok = false;
-            break;
-        }
-        const uint32_t asked = next;
-        std::vector<uint8_t> block = fetchBlock(source, asked, htRole(call), error);
-        if (block.empty()) {
-            ok = false;
-            break;
-        }
-        rc = HalftoneSetResource(job->ht_, block.data(), &next);
-        if (rc != RC_OK) {
-            error = "halftoning refused block " + std::to_string(asked) + ": " + resultMessage(rc);
-            if (rc == RC_ARG + 1 && call == 3 && setup.outputBits == INKDOT_TWO_BITS)
-                error += "; two-bit output is not available at this resolution";
-            ok = false;
-        } else if (next == INKDOT_NO_MORE_BLOCKS) {
-            break;
-        }
-    }
+    ok = ok && runHalftoneProtocol(job->ht_, source, setup.outputBits, error);
     CmDelete(cm);
     if (!ok) return nullptr;  // the destructor deletes the halftone instance
     return job;
