@@ -7,8 +7,9 @@
 // done by itself, without white test or smoothing, and puts planes 1 and 2
 // under the paired rule too.
 #include "halftone/ht_context.h"
-#include "kernels/dither/colour_sources.h"
-#include "kernels/dither/input_walk.h"
+#include <algorithm>
+
+#include "kernels/colour_input/colour_input.h"
 #include "kernels/matrix_row.h"
 #include "kernels/paired_threshold.h"
 #include "kernels/dither/run_checks.h"
@@ -72,41 +73,48 @@ private:
     int32_t carry_ = 0;  // the run's carry; what is left after the last pixel is dropped
 };
 
-template <class Source, class Plane1>
-void ditherRun(const HtContext& ctx, const HtRun& run, Source source, Plane1 plane1) {
+template <class Input, class Source, class Plane1>
+void ditherRun(const HtContext& ctx, const HtRun& run, Input input, const Source& in, Plane1 plane1) {
     const MatrixRow row = matrixRow(ctx, run.lineNo);
     const int32_t maxT = maxThreshold(ctx);
     const auto* tone = slotData<uint16_t>(ctx, kToneTable);
-    InputWalk<ReadOne> in(run.src, bytesPerPixel(ctx.inputFormat), ctx.scaleMode == 1);
     PlanePacker<1, 4> out(run.dst, run.planeStride, run.bitOffset);
 
     // Kept in locals: the output stores may alias anything a reference reaches.
     const uint32_t startX = run.startX;
     const uint32_t count = run.count;
     const uint32_t mainCount = count & ~1u;
-    for (uint32_t i = 0; i < mainCount; ++i) {
-        const uint32_t x = startX + i;
-        const uint32_t m = row(x);
-        const ColourBytes px = Source::read(in);
-        if (Source::white(px)) {
-            plane1.white(x);
-        } else {
-            const Inks c = source.main(px, m);
-            const PairDots p30 = pairedThreshold(tone[c.c[3]], tone[c.c[0]], maxT, static_cast<int32_t>(m));
-            out.set(3, dotPattern(p30.a));
-            out.set(0, dotPattern(p30.b));
-            out.set(1, dotPattern(plane1.decide(x, m, c.c[1], tone[c.c[1]], maxT)));
-            out.set(2, dotPattern(tone[c.c[2]] > maxT - static_cast<int32_t>(m)));
+    ColourChunk chunk;
+    for (uint32_t first = 0; first < mainCount; first += kColourChunk) {
+        const uint32_t n = std::min(kColourChunk, mainCount - first);
+        input.convert(in, first, startX + first, n, chunk);
+        for (uint32_t i = 0; i < n; ++i) {
+            const uint32_t x = startX + first + i;
+            if (chunk.white[i]) {
+                plane1.white(x);
+            } else {
+                const uint32_t m = row(x);
+                const uint32_t inks = chunk.inks[i];
+                const PairDots p30 =
+                    pairedThreshold(tone[inkLevel(inks, 3)], tone[inkLevel(inks, 0)], maxT, static_cast<int32_t>(m));
+                out.set(3, dotPattern(p30.a));
+                out.set(0, dotPattern(p30.b));
+                const uint32_t c1 = inkLevel(inks, 1);
+                out.set(1, dotPattern(plane1.decide(x, m, c1, tone[c1], maxT)));
+                out.set(2, dotPattern(tone[inkLevel(inks, 2)] > maxT - static_cast<int32_t>(m)));
+            }
+            out.next();
         }
-        out.next();
-        in.advanceAfter(i);
     }
 
     if (count & 1) {
-        const uint32_t m = row(startX + mainCount);
-        const Inks c = source.lastByMatrix(Source::read(in), m);
-        const PairDots p30 = pairedThreshold(tone[c.c[3]], tone[c.c[0]], maxT, static_cast<int32_t>(m));
-        const PairDots p12 = pairedThreshold(tone[c.c[1]], tone[c.c[2]], maxT, maxT - static_cast<int32_t>(m));
+        const uint32_t x = startX + mainCount;
+        const uint32_t m = row(x);
+        const uint32_t inks = input.inksByMatrix(in, mainCount, x);
+        int32_t t[4];
+        for (unsigned k = 0; k < 4; ++k) t[k] = tone[inkLevel(inks, k)];
+        const PairDots p30 = pairedThreshold(t[3], t[0], maxT, static_cast<int32_t>(m));
+        const PairDots p12 = pairedThreshold(t[1], t[2], maxT, maxT - static_cast<int32_t>(m));
         out.set(3, dotPattern(p30.a));
         out.set(0, dotPattern(p30.b));
         out.set(1, dotPattern(p12.a));
@@ -116,26 +124,37 @@ void ditherRun(const HtContext& ctx, const HtRun& run, Source source, Plane1 pla
     out.finish();
 }
 
+// The run with the input stage the instance's input format asks for.
+template <class Conversion, class Plane1>
+void colourRun(const HtContext& ctx, const HtRun& run, const Conversion& conversion, Plane1 plane1) {
+    const PixelSource<false> in(run.src, ctx.inputFormat, ctx.scaleMode == 1);
+    withColourInput(ctx, conversion, [&](auto input) { ditherRun(ctx, run, input, in, plane1); });
+}
+
+GridInput<kDitherGrid> gridInput(const HtContext& ctx, const HtRun& run) {
+    return GridInput<kDitherGrid>(ctx, NodeMatrix{matrixRow(ctx, run.lineNo)});
+}
+
 }  // namespace
 
 uint32_t Dither1Colour(HtContext& ctx, const HtRun& run) {
     if (const uint32_t rc = checkDitherRun(ctx, run, Option11::Ignored)) return rc;
     ctx.prevLineNo = run.lineNo;
-    withColourSource<GridSource>(ctx, [&](auto source) { ditherRun(ctx, run, source, MatrixPlane1{}); });
+    colourRun(ctx, run, gridInput(ctx, run), MatrixPlane1{});
     return RC_OK;
 }
 
 uint32_t Dither1ColourHybrid(HtContext& ctx, const HtRun& run) {
     if (const uint32_t rc = checkDitherRun(ctx, run, Option11::Ignored)) return rc;
     ctx.prevLineNo = run.lineNo;
-    withColourSource<GridSource>(ctx, [&](auto source) { ditherRun(ctx, run, source, DiffusedPlane1(ctx)); });
+    colourRun(ctx, run, gridInput(ctx, run), DiffusedPlane1(ctx));
     return RC_OK;
 }
 
 uint32_t Threshold1Colour(HtContext& ctx, const HtRun& run) {
     if (const uint32_t rc = checkDitherRun(ctx, run, Option11::Ignored)) return rc;
     ctx.prevLineNo = run.lineNo;
-    withColourSource<ThresholdSource>(ctx, [&](auto source) { ditherRun(ctx, run, source, MatrixPlane1{}); });
+    colourRun(ctx, run, ThresholdInput(ctx), MatrixPlane1{});
     return RC_OK;
 }
 

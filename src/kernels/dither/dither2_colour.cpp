@@ -3,10 +3,11 @@
 // colour kernels; each plane then gets its dot size by the three-size code
 // rule at its own place of the matrix. The DoubleY kernel is the same run
 // with the halving reduction.
+#include <algorithm>
+
 #include "halftone/ht_context.h"
-#include "kernels/dither/colour_sources.h"
+#include "kernels/colour_input/colour_input.h"
 #include "kernels/force_inline.h"
-#include "kernels/dither/input_walk.h"
 #include "kernels/matrix_row.h"
 #include "kernels/dither/run_checks.h"
 #include "kernels/dither/three_size_code.h"
@@ -31,45 +32,47 @@ struct PlaneThresholds {
 
     // The four planes' codes, plane k in byte k, each code repeated over its
     // byte: one OR puts all four into the packer.
-    INKDOT_FORCE_INLINE uint32_t codeBytes(uint32_t x, const Inks& c) const {
-        const uint32_t codes = threeSizeCode(ctx, c.c[0], rowA(x)) |
-                               threeSizeCode(ctx, c.c[1], rowB(x + kPlane1Column)) << 8 |
-                               threeSizeCode(ctx, c.c[2], rowA(x + kPlane2Column)) << 16 |
-                               threeSizeCode(ctx, c.c[3], rowB(x + kPlane3Column)) << 24;
+    INKDOT_FORCE_INLINE uint32_t codeBytes(uint32_t x, uint32_t inks) const {
+        const uint32_t codes = threeSizeCode(ctx, inkLevel(inks, 0), rowA(x)) |
+                               threeSizeCode(ctx, inkLevel(inks, 1), rowB(x + kPlane1Column)) << 8 |
+                               threeSizeCode(ctx, inkLevel(inks, 2), rowA(x + kPlane2Column)) << 16 |
+                               threeSizeCode(ctx, inkLevel(inks, 3), rowB(x + kPlane3Column)) << 24;
         return codes * kCodeRepeat;
     }
 };
 
-template <class Reduction, class Source>
-void ditherRun(const HtContext& ctx, const HtRun& run, Source source) {
+template <class Input, class Source>
+void ditherRun(const HtContext& ctx, const HtRun& run, Input input, const Source& in) {
     const PlaneThresholds rows{matrixRow(ctx, run.lineNo), matrixRow(ctx, run.lineNo + kRowBLineOffset), ctx};
-    InputWalk<Reduction> in(run.src, bytesPerPixel(ctx.inputFormat), ctx.scaleMode == 1);
     PlanePacker<2, 4> out(run.dst, run.planeStride, run.bitOffset);
 
     // Kept in locals: the output stores may alias anything a reference reaches.
     const uint32_t startX = run.startX;
     const uint32_t count = run.count;
     const uint32_t mainCount = count & ~1u;
-    for (uint32_t i = 0; i < mainCount; ++i) {
-        const uint32_t x = startX + i;
-        const ColourBytes px = Source::read(in);
-        if (!Source::white(px)) out.setAll(rows.codeBytes(x, source.main(px, rows.rowA(x))));
-        out.next();
-        in.advanceAfter(i);
+    ColourChunk chunk;
+    for (uint32_t first = 0; first < mainCount; first += kColourChunk) {
+        const uint32_t n = std::min(kColourChunk, mainCount - first);
+        input.convert(in, first, startX + first, n, chunk);
+        for (uint32_t i = 0; i < n; ++i) {
+            if (!chunk.white[i]) out.setAll(rows.codeBytes(startX + first + i, chunk.inks[i]));
+            out.next();
+        }
     }
 
     if (count & 1) {
-        out.setAll(rows.codeBytes(startX + mainCount, source.lastNearest(Source::read(in))));
+        out.setAll(rows.codeBytes(startX + mainCount, input.nearestInks(in, mainCount)));
         out.next();
     }
     out.finish();
 }
 
-uint32_t dither2Colour(HtContext& ctx, const HtRun& run, bool halving) {
+uint32_t dither2Colour(HtContext& ctx, const HtRun& run, bool halvingOffered) {
     if (const uint32_t rc = checkDitherRun(ctx, run, Option11::Ignored)) return rc;
     ctx.prevLineNo = run.lineNo;
-    withReduction(halving, [&]<class Reduction>(Reduction) {
-        withColourSource<GridSource>(ctx, [&](auto source) { ditherRun<Reduction>(ctx, run, source); });
+    const GridInput<kDitherGrid> grid(ctx, NodeMatrix{matrixRow(ctx, run.lineNo)});
+    withPixelSource(ctx, run.src, halvingOffered, [&](const auto& in) {
+        withColourInput(ctx, grid, [&](auto input) { ditherRun(ctx, run, input, in); });
     });
     return RC_OK;
 }
@@ -79,8 +82,6 @@ uint32_t dither2Colour(HtContext& ctx, const HtRun& run, bool halving) {
 uint32_t Dither2Colour(HtContext& ctx, const HtRun& run) { return dither2Colour(ctx, run, false); }
 
 // Each output pixel from two input pixels, byte by byte the smaller, when scaleMode is -1.
-uint32_t Dither2ColourDoubleY(HtContext& ctx, const HtRun& run) {
-    return dither2Colour(ctx, run, ctx.scaleMode == -1);
-}
+uint32_t Dither2ColourDoubleY(HtContext& ctx, const HtRun& run) { return dither2Colour(ctx, run, true); }
 
 }  // namespace inkdot
