@@ -39,13 +39,15 @@ inline constexpr GridPolicy kDiffusionGrid{0xFFFFFFFF, 0, false};
 // Two-bit diffusion: as one-bit, with the last node held.
 inline constexpr GridPolicy kTwoBitDiffusionGrid{0xFFFFFFFF, 0, true};
 
-// The matrix value that chooses the node of column x: row(x + column) >> shift.
+// The matrix value that chooses the node of column x is row(x + column);
+// its bits 1..7 after the shift choose the node, its roundBit the rounding.
 struct NodeMatrix {
     MatrixRow row;
     uint32_t column = 0;
     uint32_t shift = 0;
 
-    uint32_t operator()(uint32_t x) const { return row(x + column) >> shift; }
+    uint32_t operator()(uint32_t x) const { return row(x + column); }
+    uint32_t q(uint32_t m) const { return nodeChoiceQ(m >> shift); }
 };
 
 template <GridPolicy kPolicy>
@@ -68,7 +70,7 @@ public:
             const uint32_t b0 = in.byte(px, 0), b1 = in.byte(px, 1), b2 = in.byte(px, 2);
             out.white[i] = b0 + b1 + b2 == 3 * 255;
             const uint32_t m = matrix_(x0 + i);
-            const uint32_t q = nodeChoiceQ(m);
+            const uint32_t q = matrix_.q(m);
             const uint32_t i0 = node(b0, q), i1 = node(b1, q), i2 = node(b2, q);
             out.inks[i] = grid_[gridEntryIndex(i2, i1, i0)];
             nodes[i] = packNodes(i0, i1, i2);
@@ -96,7 +98,7 @@ public:
     // The same with the node choice of column x.
     template <class Source>
     uint32_t inksByMatrix(const Source& in, uint32_t i, uint32_t x) const {
-        return inksAt(in, i, nodeChoiceQ(matrix_(x)));
+        return inksAt(in, i, matrix_.q(matrix_(x)));
     }
     // The nearest node, and levels too faint for a lone dot dropped.
     template <class Source>
