@@ -7,7 +7,9 @@
 // run; the last byte gets zeros behind it.
 #pragma once
 
+#include <bit>
 #include <cstdint>
+#include <cstring>
 
 namespace inkdot {
 
@@ -43,6 +45,53 @@ public:
     void dot(unsigned k, bool printed) { word_ |= (mask_ & -static_cast<uint32_t>(printed)) << (8 * k); }
     // Every plane at once: byte k of `patterns` is plane k's pattern.
     void setAll(uint32_t patterns) { word_ |= patterns & (mask_ * kEveryPlane); }
+
+    // One-bit, one plane: the next n pixels from dot flags (bytes 0 or 1).
+    // Once the byte being assembled is full, eight flags at a time become a
+    // whole output byte.
+    void dots(const uint8_t* flags, uint32_t n) {
+        static_assert(Bits == 1 && Planes == 1);
+        static_assert(std::endian::native == std::endian::little, "flag i is byte i of the word");
+        uint32_t i = 0;
+        for (; i < n && mask_ != kFirstMask; ++i) {
+            dot(0, flags[i] != 0);
+            next();
+        }
+        for (; i + 8 <= n; i += 8) {
+            uint64_t eight;
+            std::memcpy(&eight, flags + i, 8);
+            // Flag j (bit 8j) moves to bit 56 + 7 - j: the first pixel on top.
+            *out_++ = static_cast<uint8_t>((eight * 0x8040201008040201ull) >> 56);
+        }
+        for (; i < n; ++i) {
+            dot(0, flags[i] != 0);
+            next();
+        }
+    }
+
+    // Two-bit, one plane: the next n pixels from dot codes (bytes 0 to 3),
+    // four codes at a time into a whole output byte once the byte being
+    // assembled is full.
+    void codes(const uint8_t* codes, uint32_t n) {
+        static_assert(Bits == 2 && Planes == 1);
+        static_assert(std::endian::native == std::endian::little, "code i is byte i of the word");
+        uint32_t i = 0;
+        for (; i < n && mask_ != kFirstMask; ++i) {
+            set(0, codes[i] * kCodeRepeat);
+            next();
+        }
+        for (; i + 4 <= n; i += 4) {
+            uint32_t four;
+            std::memcpy(&four, codes + i, 4);
+            // Code j (bits 8j, 8j + 1) moves to bits 30 - 2j, 31 - 2j; the
+            // other products fall below bit 24 without carrying or past bit 31.
+            *out_++ = static_cast<uint8_t>((four * 0x40100401u) >> 24);
+        }
+        for (; i < n; ++i) {
+            set(0, codes[i] * kCodeRepeat);
+            next();
+        }
+    }
 
     // Moves to the next pixel; a full byte goes out to every plane.
     void next() {

@@ -10,6 +10,7 @@
 #include <algorithm>
 
 #include "kernels/colour_input/colour_input.h"
+#include "kernels/cpu_clones.h"
 #include "kernels/matrix_row.h"
 #include "kernels/paired_threshold.h"
 #include "kernels/dither/run_checks.h"
@@ -74,7 +75,7 @@ private:
 };
 
 template <class Input, class Source, class Plane1>
-void ditherRun(const HtContext& ctx, const HtRun& run, Input input, const Source& in, Plane1 plane1) {
+INKDOT_CPU_CLONES void ditherRun(const HtContext& ctx, const HtRun& run, Input input, const Source& in, Plane1 plane1) {
     const MatrixRow row = matrixRow(ctx, run.lineNo);
     const int32_t maxT = maxThreshold(ctx);
     const auto* tone = slotData<uint16_t>(ctx, kToneTable);

@@ -28,21 +28,18 @@ template <class Reduction>
 class InputWalk {
 public:
     InputWalk(const uint8_t* src, uint32_t pixelBytes, bool doubling)
-        : at_(src), pixelBytes_(pixelBytes), step_(pixelBytes * Reduction::kPixels), doubleMask_(doubling ? 1 : 0) {}
+        : src_(src), pixelBytes_(pixelBytes), step_(pixelBytes * Reduction::kPixels), shift_(doubling ? 1 : 0) {}
 
-    uint8_t byte(uint32_t k) const { return Reduction::byte(at_, pixelBytes_, k); }
-
-    // After output pixel i of the run: doubling moves on after every second
-    // pixel only (after the odd ones), otherwise after every pixel.
-    void advanceAfter(uint32_t i) {
-        if ((i & doubleMask_) == doubleMask_) at_ += step_;
+    // Byte k of the input of output pixel i: doubling reads input pixel i / 2.
+    uint8_t byte(uint32_t i, uint32_t k) const {
+        return Reduction::byte(src_ + static_cast<uintptr_t>(i >> shift_) * step_, pixelBytes_, k);
     }
 
 private:
-    const uint8_t* at_;
+    const uint8_t* src_;
     uint32_t pixelBytes_;
     uint32_t step_;
-    uint32_t doubleMask_;
+    uint32_t shift_;
 };
 
 }  // namespace inkdot
