@@ -19,7 +19,7 @@ namespace inkdot {
 inline constexpr uint32_t kColourChunk = 256;
 
 struct ColourChunk {
-    uint32_t inks[kColourChunk];   // levels, byte k = plane k; not set for white pixels
+    uint32_t inks[kColourChunk];   // levels, byte k = plane k; white pixels' are to be ignored
     uint8_t white[kColourChunk];   // 1: no dot in any plane, the pixel's state is skipped
 };
 

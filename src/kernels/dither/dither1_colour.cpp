@@ -31,9 +31,10 @@ inline uint8_t dotPattern(bool printed) { return static_cast<uint8_t>(-static_ca
 // Plane 1 by the matrix, read from its other end (cells above maxT - tone),
 // so that it does not pile onto the cells that planes 3 and 0 take first.
 struct MatrixPlane1 {
-    void white(uint32_t) {}
-    bool decide(uint32_t, uint32_t m, uint32_t, int32_t tone, int32_t maxT) {
-        return tone > maxT - static_cast<int32_t>(m);
+    // Plane 1's dots of a chunk: per pixel, its tone value and matrix value.
+    void decide(const ColourChunk& chunk, const int32_t* tone1, const int32_t* m, int32_t maxT, uint32_t,
+                uint32_t n, uint8_t* dots) {
+        for (uint32_t i = 0; i < n; ++i) dots[i] = (tone1[i] > maxT - m[i]) & !chunk.white[i];
     }
 };
 
@@ -49,10 +50,22 @@ public:
           dotValue_(slotData<int16_t>(ctx, kDotValueTable)),
           spread_(spreadThresholds(ctx)) {}
 
-    // A white pixel drops the error pending in its cell.
-    void white(uint32_t x) { dropCell(line_[x], carry_); }
+    // Plane 1's dots of a chunk of pixels from column x0 on, one after the
+    // other along the error chain. A white pixel drops the error pending in its cell.
+    void decide(const ColourChunk& chunk, const int32_t*, const int32_t* m, int32_t, uint32_t x0, uint32_t n,
+                uint8_t* dots) {
+        for (uint32_t i = 0; i < n; ++i) {
+            if (chunk.white[i]) {
+                dropCell(line_[x0 + i], carry_);
+                dots[i] = 0;
+            } else {
+                dots[i] = decide(x0 + i, static_cast<uint32_t>(m[i]), inkLevel(chunk.inks[i], 1));
+            }
+        }
+    }
 
-    bool decide(uint32_t x, uint32_t m, uint32_t level, int32_t, int32_t) {
+private:
+    bool decide(uint32_t x, uint32_t m, uint32_t level) {
         int32_t* cell = &line_[x];
         if (level == 0) {
             dropCell(*cell, carry_);
@@ -66,7 +79,6 @@ public:
         return r.dot;
     }
 
-private:
     int32_t* line_;
     const int16_t* edThreshold_;
     const int16_t* dotValue_;
@@ -74,6 +86,9 @@ private:
     int32_t carry_ = 0;  // the run's carry; what is left after the last pixel is dropped
 };
 
+// The decision stage over a chunk of levels: the tone values and matrix
+// values of every pixel, then the dots of the four planes (independent per
+// pixel but for a diffused plane 1), then the packing of whole bytes.
 template <class Input, class Source, class Plane1>
 INKDOT_CPU_CLONES void ditherRun(const HtContext& ctx, const HtRun& run, Input input, const Source& in, Plane1 plane1) {
     const MatrixRow row = matrixRow(ctx, run.lineNo);
@@ -86,26 +101,31 @@ INKDOT_CPU_CLONES void ditherRun(const HtContext& ctx, const HtRun& run, Input i
     const uint32_t count = run.count;
     const uint32_t mainCount = count & ~1u;
     ColourChunk chunk;
+    int32_t tones[4][kColourChunk];
+    int32_t m[kColourChunk];
+    uint8_t dots[4][kColourChunk];
     for (uint32_t first = 0; first < mainCount; first += kColourChunk) {
         const uint32_t n = std::min(kColourChunk, mainCount - first);
-        input.convert(in, first, startX + first, n, chunk);
+        const uint32_t x0 = startX + first;
+        input.convert(in, first, x0, n, chunk);
         for (uint32_t i = 0; i < n; ++i) {
-            const uint32_t x = startX + first + i;
-            if (chunk.white[i]) {
-                plane1.white(x);
-            } else {
-                const uint32_t m = row(x);
-                const uint32_t inks = chunk.inks[i];
-                const PairDots p30 =
-                    pairedThreshold(tone[inkLevel(inks, 3)], tone[inkLevel(inks, 0)], maxT, static_cast<int32_t>(m));
-                out.set(3, dotPattern(p30.a));
-                out.set(0, dotPattern(p30.b));
-                const uint32_t c1 = inkLevel(inks, 1);
-                out.set(1, dotPattern(plane1.decide(x, m, c1, tone[c1], maxT)));
-                out.set(2, dotPattern(tone[inkLevel(inks, 2)] > maxT - static_cast<int32_t>(m)));
-            }
-            out.next();
+            m[i] = static_cast<int32_t>(row(x0 + i));
+            for (unsigned k = 0; k < 4; ++k) tones[k][i] = tone[inkLevel(chunk.inks[i], k)];
         }
+        // White pixels print nothing.
+        const int32_t* const t0 = tones[0];
+        const int32_t* const t2 = tones[2];
+        const int32_t* const t3 = tones[3];
+        uint8_t* const dots0 = dots[0];
+        uint8_t* const dots2 = dots[2];
+        uint8_t* const dots3 = dots[3];
+        // One loop per plane: each is a few vector compares per eight pixels.
+        for (uint32_t i = 0; i < n; ++i) dots3[i] = static_cast<uint8_t>((t3[i] > m[i]) & !chunk.white[i]);
+        for (uint32_t i = 0; i < n; ++i)
+            dots0[i] = static_cast<uint8_t>(pairedThreshold(t3[i], t0[i], maxT, m[i]).b & !chunk.white[i]);
+        for (uint32_t i = 0; i < n; ++i) dots2[i] = static_cast<uint8_t>((t2[i] > maxT - m[i]) & !chunk.white[i]);
+        plane1.decide(chunk, tones[1], m, maxT, x0, n, dots[1]);
+        out.put({dots[0], dots[1], dots[2], dots[3]}, n);
     }
 
     if (count & 1) {

@@ -49,7 +49,7 @@ INKDOT_CPU_CLONES void ditherRun(const HtContext& ctx, const HtRun& run, Level l
         }
         // A level of 0 never prints, even on a matrix cell of 0.
         for (uint32_t i = 0; i < n; ++i) flags[i] = (levels[i] != 0) & (levels[i] > thresholds[i]);
-        out.dots(flags, n);
+        out.put({flags}, n);
     }
     out.finish();
 }

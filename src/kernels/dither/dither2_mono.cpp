@@ -46,7 +46,7 @@ INKDOT_CPU_CLONES void ditherRun(const HtContext& ctx, const HtRun& run) {
             amounts[i] = static_cast<uint8_t>(curve[shift + in.byte(first + i, 0) + 1]);
         }
         for (uint32_t i = 0; i < n; ++i) codes[i] = static_cast<uint8_t>(threeSizeCode(ctx, amounts[i], row(x0 + i)));
-        out.codes(codes, n);
+        out.put({codes}, n);
     }
     out.finish();
 }
