@@ -7,7 +7,9 @@
 
 #include "halftone/ht_context.h"
 #include "kernels/colour_input/colour_input.h"
+#include "kernels/cpu_clones.h"
 #include "kernels/force_inline.h"
+#include "kernels/largest_code.h"
 #include "kernels/matrix_row.h"
 #include "kernels/dither/run_checks.h"
 #include "kernels/dither/three_size_code.h"
@@ -41,9 +43,14 @@ struct PlaneThresholds {
     }
 };
 
+// The decision stage over a chunk of levels: each plane's split-row tones
+// and matrix values, then one loop per plane of the three-size rule (a few
+// vector compares per eight pixels), then the packing of whole bytes.
 template <class Input, class Source>
-void ditherRun(const HtContext& ctx, const HtRun& run, Input input, const Source& in) {
+INKDOT_CPU_CLONES void ditherRun(const HtContext& ctx, const HtRun& run, Input input, const Source& in) {
     const PlaneThresholds rows{matrixRow(ctx, run.lineNo), matrixRow(ctx, run.lineNo + kRowBLineOffset), ctx};
+    const MatrixRow planeRow[4] = {rows.rowA, rows.rowB, rows.rowA, rows.rowB};
+    constexpr uint32_t kPlaneColumn[4] = {0, kPlane1Column, kPlane2Column, kPlane3Column};
     PlanePacker<2, 4> out(run.dst, run.planeStride, run.bitOffset);
 
     // Kept in locals: the output stores may alias anything a reference reaches.
@@ -51,13 +58,31 @@ void ditherRun(const HtContext& ctx, const HtRun& run, Input input, const Source
     const uint32_t count = run.count;
     const uint32_t mainCount = count & ~1u;
     ColourChunk chunk;
+    uint32_t cumulative[kColourChunk];
+    uint32_t total[kColourChunk];
+    uint32_t threshold[kColourChunk];
+    uint8_t codes[4][kColourChunk];
     for (uint32_t first = 0; first < mainCount; first += kColourChunk) {
         const uint32_t n = std::min(kColourChunk, mainCount - first);
-        input.convert(in, first, startX + first, n, chunk);
-        for (uint32_t i = 0; i < n; ++i) {
-            if (!chunk.white[i]) out.setAll(rows.codeBytes(startX + first + i, chunk.inks[i]));
-            out.next();
+        const uint32_t x0 = startX + first;
+        input.convert(in, first, x0, n, chunk);
+        for (unsigned k = 0; k < 4; ++k) {
+            for (uint32_t i = 0; i < n; ++i) {
+                const uint32_t amount = inkLevel(chunk.inks[i], k);
+                cumulative[i] = ctx.splitToneCumulative[amount];
+                total[i] = ctx.splitToneTotal[amount];
+                threshold[i] = planeRow[k](x0 + i + kPlaneColumn[k]);
+            }
+            // White pixels print nothing.
+            uint8_t* const code = codes[k];
+            for (uint32_t i = 0; i < n; ++i) {
+                const uint32_t t = threshold[i];
+                code[i] = static_cast<uint8_t>(
+                    largestCode((cumulative[i] & 0xFFFF) > t, (cumulative[i] >> 16) > t, total[i] > t) *
+                    !chunk.white[i]);
+            }
         }
+        out.put({codes[0], codes[1], codes[2], codes[3]}, n);
     }
 
     if (count & 1) {
