@@ -82,7 +82,7 @@ public:
             if (out.white[i]) continue;
             const uint32_t inks = out.inks[i];
             const uint32_t mean = meanOfBytes(prevInks_, inks, roundUp[i]);
-            const uint32_t smooth = neighbourMask(unpackNodes(nodes[i]), unpackNodes(prevNodes_)) & kPolicy.smoothedPlanes;
+            const uint32_t smooth = neighbourMask(nodes[i], prevNodes_) & kPolicy.smoothedPlanes;
             prevInks_ = selectByMask(smooth, mean, inks);
             prevNodes_ = nodes[i];
             out.inks[i] = prevInks_;
@@ -117,21 +117,10 @@ private:
         return lower + (weight <= q ? 1u : 0u);
     }
 
-    // Node indices (at most 256) two above their value in 10-bit fields, so
-    // that 0 stands for "no previous pixel": two nodes below any real node,
-    // never a neighbour, and the run's first coloured pixel is not averaged.
-    static uint32_t packNodes(uint32_t i0, uint32_t i1, uint32_t i2) {
-        return (i0 + 2) | (i1 + 2) << 10 | (i2 + 2) << 20;
-    }
-    static NodeIndices unpackNodes(uint32_t packed) {
-        return {static_cast<int32_t>(packed & 0x3FF), static_cast<int32_t>((packed >> 10) & 0x3FF),
-                static_cast<int32_t>(packed >> 20)};
-    }
-
     const uint32_t* grid_;
     const uint8_t* cells_;
     NodeMatrix matrix_;
-    uint32_t prevNodes_ = 0;  // none yet
+    uint32_t prevNodes_ = kNoNodes;  // the run's first coloured pixel is never averaged
     uint32_t prevInks_ = 0;   // never read before the first coloured pixel
 };
 
