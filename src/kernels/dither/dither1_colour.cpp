@@ -18,6 +18,7 @@
 #include "kernels/ed1/pattern_choice.h"
 #include "kernels/ed1/perturbation.h"
 #include "kernels/ed1/spread_patterns.h"
+#include "kernels/force_inline.h"
 #include "kernels/kernels.h"
 #include "kernels/packing.h"
 
@@ -104,10 +105,7 @@ INKDOT_CPU_CLONES void ditherRun(const HtContext& ctx, const HtRun& run, Input i
     int32_t tones[4][kColourChunk];
     int32_t m[kColourChunk];
     uint8_t dots[4][kColourChunk];
-    for (uint32_t first = 0; first < mainCount; first += kColourChunk) {
-        const uint32_t n = std::min(kColourChunk, mainCount - first);
-        const uint32_t x0 = startX + first;
-        input.convert(in, first, x0, n, chunk);
+    forEachChunk(input, in, startX, mainCount, chunk, [&](uint32_t x0, uint32_t n) INKDOT_INLINE_LAMBDA {
         for (uint32_t i = 0; i < n; ++i) {
             m[i] = static_cast<int32_t>(row(x0 + i));
             for (unsigned k = 0; k < 4; ++k) tones[k][i] = tone[inkLevel(chunk.inks[i], k)];
@@ -126,7 +124,7 @@ INKDOT_CPU_CLONES void ditherRun(const HtContext& ctx, const HtRun& run, Input i
         for (uint32_t i = 0; i < n; ++i) dots2[i] = static_cast<uint8_t>((t2[i] > maxT - m[i]) & !chunk.white[i]);
         plane1.decide(chunk, tones[1], m, maxT, x0, n, dots[1]);
         out.put({dots[0], dots[1], dots[2], dots[3]}, n);
-    }
+    });
 
     if (count & 1) {
         const uint32_t x = startX + mainCount;

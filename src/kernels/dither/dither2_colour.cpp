@@ -62,10 +62,7 @@ INKDOT_CPU_CLONES void ditherRun(const HtContext& ctx, const HtRun& run, Input i
     uint32_t total[kColourChunk];
     uint32_t threshold[kColourChunk];
     uint8_t codes[4][kColourChunk];
-    for (uint32_t first = 0; first < mainCount; first += kColourChunk) {
-        const uint32_t n = std::min(kColourChunk, mainCount - first);
-        const uint32_t x0 = startX + first;
-        input.convert(in, first, x0, n, chunk);
+    forEachChunk(input, in, startX, mainCount, chunk, [&](uint32_t x0, uint32_t n) INKDOT_INLINE_LAMBDA {
         for (unsigned k = 0; k < 4; ++k) {
             for (uint32_t i = 0; i < n; ++i) {
                 const uint32_t amount = inkLevel(chunk.inks[i], k);
@@ -83,7 +80,7 @@ INKDOT_CPU_CLONES void ditherRun(const HtContext& ctx, const HtRun& run, Input i
             }
         }
         out.put({codes[0], codes[1], codes[2], codes[3]}, n);
-    }
+    });
 
     if (count & 1) {
         out.setAll(rows.codeBytes(startX + mainCount, input.nearestInks(in, mainCount)));

@@ -125,11 +125,9 @@ INKDOT_FLATTEN void diffuseColourRun(HtContext& ctx, const HtRun& run, Input inp
     const uint32_t startX = run.startX;
     const uint32_t diffused = run.count & ~1u;
     ColourChunk chunk;
-    for (uint32_t first = 0; first < diffused; first += kColourChunk) {
-        const uint32_t n = std::min(kColourChunk, diffused - first);
-        input.convert(in, first, startX + first, n, chunk);
+    forEachChunk(input, in, startX, diffused, chunk, [&](uint32_t x0, uint32_t n) INKDOT_INLINE_LAMBDA {
         for (uint32_t i = 0; i < n; ++i) {
-            const uint32_t x = startX + first + i;
+            const uint32_t x = x0 + i;
             int32_t* const cell0 = line0 + x;
             int32_t* const cell1 = line1 + x;
             int32_t* const cell3 = line3 + x;
@@ -157,7 +155,7 @@ INKDOT_FLATTEN void diffuseColourRun(HtContext& ctx, const HtRun& run, Input inp
             if constexpr (Planes == 4) packer.dot(3, dot3);
             packer.next();
         }
-    }
+    });
 
     if ((run.count & 1) != 0) {
         const ColourDots dots = oddPixelDots(tables, input.nearestInks(in, diffused), startX + diffused, maxThreshold(ctx));

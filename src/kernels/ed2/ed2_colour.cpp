@@ -117,11 +117,9 @@ INKDOT_FLATTEN void colourRun(HtContext& ctx, const HtRun& run, Input input, con
     const uint32_t startX = run.startX;
     const uint32_t count = run.count;
     ColourChunk chunk;
-    for (uint32_t first = 0; first < count; first += kColourChunk) {
-        const uint32_t n = std::min(kColourChunk, count - first);
-        input.convert(in, first, startX + first, n, chunk);
+    forEachChunk(input, in, startX, count, chunk, [&](uint32_t x0, uint32_t n) INKDOT_INLINE_LAMBDA {
         for (uint32_t i = 0; i < n; ++i) {
-            const uint32_t x = startX + first + i;
+            const uint32_t x = x0 + i;
             if (chunk.white[i]) {
                 // White: the error pending at x is dropped in every diffused
                 // plane; the history and the smoothing neighbour stay as they were.
@@ -161,7 +159,7 @@ INKDOT_FLATTEN void colourRun(HtContext& ctx, const HtRun& run, Input input, con
             out.setAll((code0 | code1 << 8 | code2 << 16 | code3 << 24) * kCodeRepeat);
             out.next();
         }
-    }
+    });
     out.finish();
 }
 
