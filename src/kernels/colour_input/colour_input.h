@@ -10,10 +10,16 @@
 #include "kernels/colour_input/colour_chunk.h"
 #include "kernels/colour_input/direct_input.h"
 #include "kernels/colour_input/grid_input.h"
-#include "kernels/colour_input/pixel_source.h"
 #include "kernels/force_inline.h"
+#include "kernels/pixel_source.h"
 
 namespace inkdot {
+
+inline constexpr uint32_t kInkInputFormat = 4;  // four ink levels per pixel
+
+// Bytes from one colour input pixel to the next: the pixel size of the input
+// format, as replication copies the pixels in front of the kernel.
+inline uint32_t colourPixelBytes(uint32_t inputFormat) { return bytesPerPixel(inputFormat); }
 
 // Runs f with InkInput for ink pixels, else with `conversion`.
 template <class Conversion, class F>

@@ -4,11 +4,11 @@
 
 #include "halftone/ht_context.h"
 #include "kernels/cpu_clones.h"
-#include "kernels/dither/input_walk.h"
 #include "kernels/matrix_row.h"
 #include "kernels/dither/run_checks.h"
 #include "kernels/kernels.h"
 #include "kernels/packing.h"
+#include "kernels/pixel_source.h"
 
 namespace inkdot {
 namespace {
@@ -33,10 +33,9 @@ struct FixedThresholdLevel {
 // the compiler turns into vector compares.
 constexpr uint32_t kChunk = 256;
 
-template <class Reduction, class Level>
-INKDOT_CPU_CLONES void ditherRun(const HtContext& ctx, const HtRun& run, Level level) {
+template <class Source, class Level>
+INKDOT_CPU_CLONES void ditherRun(const HtContext& ctx, const HtRun& run, const Source& in, Level level) {
     const MatrixRow row = matrixRow(ctx, run.lineNo);
-    InputWalk<Reduction> in(run.src, kGrayPixelBytes, ctx.scaleMode == 1);
     PlanePacker<1, 1> out(run.dst, run.planeStride, run.bitOffset);
     uint16_t levels[kChunk];
     uint16_t thresholds[kChunk];
@@ -61,11 +60,12 @@ uint32_t Dither1Mono(HtContext& ctx, const HtRun& run) {
     ctx.prevLineNo = run.lineNo;
 
     const auto* tone = slotData<uint16_t>(ctx, kToneTable);
-    withReduction(ctx.scaleMode == -1, [&]<class Reduction>(Reduction) {
+    // Halving: two bytes per pixel, the smaller used.
+    withPixelSource(ctx, run.src, kGrayPixelBytes, true, [&](const auto& in) {
         if (ctx.method == 0) {
-            ditherRun<Reduction>(ctx, run, FixedThresholdLevel{tone[255], tone[0]});
+            ditherRun(ctx, run, in, FixedThresholdLevel{tone[255], tone[0]});
         } else {
-            ditherRun<Reduction>(ctx, run, ToneLevel{tone});
+            ditherRun(ctx, run, in, ToneLevel{tone});
         }
     });
     return RC_OK;

@@ -93,7 +93,7 @@ uint32_t dither2Colour(HtContext& ctx, const HtRun& run, bool halvingOffered) {
     if (const uint32_t rc = checkDitherRun(ctx, run, Option11::Ignored)) return rc;
     ctx.prevLineNo = run.lineNo;
     const GridInput<kDitherGrid> grid(ctx, NodeMatrix{matrixRow(ctx, run.lineNo)});
-    withPixelSource(ctx, run.src, halvingOffered, [&](const auto& in) {
+    withPixelSource(ctx, run.src, colourPixelBytes(ctx.inputFormat), halvingOffered, [&](const auto& in) {
         withColourInput(ctx, grid, [&](auto input) { ditherRun(ctx, run, input, in); });
     });
     return RC_OK;

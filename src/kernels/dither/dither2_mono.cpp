@@ -6,13 +6,13 @@
 
 #include "halftone/ht_context.h"
 #include "kernels/cpu_clones.h"
-#include "kernels/dither/input_walk.h"
 #include "kernels/matrix_row.h"
 #include "kernels/dither/run_checks.h"
 #include "kernels/dither/three_size_code.h"
 #include "kernels/kernels.h"
 #include "kernels/level_shift.h"
 #include "kernels/packing.h"
+#include "kernels/pixel_source.h"
 
 namespace inkdot {
 namespace {
@@ -26,14 +26,13 @@ inline constexpr uint32_t kShiftColumnOffset = 24;
 // level shift and the curve), then the dot codes and the packing.
 constexpr uint32_t kChunk = 256;
 
-template <class Reduction>
-INKDOT_CPU_CLONES void ditherRun(const HtContext& ctx, const HtRun& run) {
+template <class Source>
+INKDOT_CPU_CLONES void ditherRun(const HtContext& ctx, const HtRun& run, const Source& in) {
     const MatrixRow row = matrixRow(ctx, run.lineNo);
     // Padded curve: entry 0 is the level spread W, entry d + v + 1 the ink at
     // level v shifted by d - W / 2. The resource protocol never stores W = 0.
     const auto* curve = slotData<uint16_t>(ctx, kConversionTable);
     const LevelShift levelShift(std::max<uint32_t>(curve[0], 1));
-    InputWalk<Reduction> in(run.src, kGrayPixelBytes, ctx.scaleMode == 1);
     PlanePacker<2, 1> out(run.dst, run.planeStride, run.bitOffset);
     uint8_t amounts[kChunk];
     uint8_t codes[kChunk];
@@ -51,10 +50,10 @@ INKDOT_CPU_CLONES void ditherRun(const HtContext& ctx, const HtRun& run) {
     out.finish();
 }
 
-uint32_t dither2Mono(HtContext& ctx, const HtRun& run, bool halving) {
+uint32_t dither2Mono(HtContext& ctx, const HtRun& run, bool halvingOffered) {
     if (const uint32_t rc = checkDitherRun(ctx, run, Option11::MustBeZero)) return rc;
     ctx.prevLineNo = run.lineNo;
-    withReduction(halving, [&]<class Reduction>(Reduction) { ditherRun<Reduction>(ctx, run); });
+    withPixelSource(ctx, run.src, kGrayPixelBytes, halvingOffered, [&](const auto& in) { ditherRun(ctx, run, in); });
     return RC_OK;
 }
 
@@ -63,8 +62,6 @@ uint32_t dither2Mono(HtContext& ctx, const HtRun& run, bool halving) {
 uint32_t Dither2Mono(HtContext& ctx, const HtRun& run) { return dither2Mono(ctx, run, false); }
 
 // Each output pixel from two input pixels, the smaller level, when scaleMode is -1.
-uint32_t Dither2MonoDoubleY(HtContext& ctx, const HtRun& run) {
-    return dither2Mono(ctx, run, ctx.scaleMode == -1);
-}
+uint32_t Dither2MonoDoubleY(HtContext& ctx, const HtRun& run) { return dither2Mono(ctx, run, true); }
 
 }  // namespace inkdot

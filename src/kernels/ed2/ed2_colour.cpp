@@ -171,7 +171,7 @@ template <class Family, bool kHalvingOffered>
 void innerKernel(HtContext& ctx, const HtRun& run) {
     const NodeMatrix nodeMatrix{matrixRow(ctx, run.lineNo), kJitterColumn, matrixScaleShift(ctx.matrixCells)};
     const GridInput<kTwoBitDiffusionGrid> grid(ctx, nodeMatrix);
-    withPixelSource(ctx, run.src, kHalvingOffered, [&](const auto& in) {
+    withPixelSource(ctx, run.src, colourPixelBytes(ctx.inputFormat), kHalvingOffered, [&](const auto& in) {
         withColourInput(ctx, grid, [&](auto input) { colourRun<Family>(ctx, run, input, in); });
     });
 }
