@@ -123,11 +123,18 @@ typedef struct CmLut {
     MemBlock selfBlock;
 } CmLut;
 
-/* Halftone settings: eleven words. */
+/* Halftone settings: eleven words.
+ *
+ * Input pixels by inputFormat: 0 is one gray byte a pixel. Every colour
+ * kernel reads three bytes a pixel (b0, b1, b2) for every inputFormat but 4,
+ * so 2 and 3 mean the same: give inputFormat 3 pixels three bytes apart, like
+ * 2. 4 is four ink bytes a pixel, the levels of planes 0 to 3. Horizontal
+ * replication (scaleMode 2 and up) alone copies pixels of four bytes for
+ * inputFormat 3, which the kernels then read three bytes apart: use 2 there. */
 typedef struct HtSettings {
     uint32_t method;       /* 3 matrix dither, 0 fixed threshold, 1 error diffusion */
     uint32_t ditherMode;
-    uint32_t inputFormat;  /* 0 gray; 2 three colour bytes; 3 colour + pad byte; 4 four ink bytes */
+    uint32_t inputFormat;  /* 0 gray; 2 and 3 three colour bytes; 4 four ink bytes */
     uint32_t colourMode;   /* 0 monochrome; nonzero colour (2: three planes) */
     uint32_t resolutionX;
     uint32_t resolutionY;

@@ -103,6 +103,12 @@ inline uint32_t bytesPerPixel(uint32_t inputFormat) {
     }
 }
 
+// Bytes a colour kernel steps per input pixel: four for ink input
+// (inputFormat 4), three for every other format. inputFormat 3 is read as
+// three-byte pixels too, so it means the same to every colour kernel as
+// inputFormat 2; only replication copies pixels of the format's own size.
+inline uint32_t colourPixelBytes(uint32_t inputFormat) { return inputFormat == 4 ? 4 : 3; }
+
 // Resolution classes.
 inline bool is1440x720(const HtContext& ctx) { return ctx.resolutionX == 1440 && ctx.resolutionY == 720; }
 inline bool isDoubleY(const HtContext& ctx) { return 2 * ctx.resolutionX == ctx.resolutionY; }

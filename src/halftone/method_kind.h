@@ -10,4 +10,8 @@ namespace inkdot {
 // lines, a plain tone table and the error-diffusion kernels.
 constexpr bool isDitherMethod(uint32_t method) { return method == 3 || method == 0; }
 
+// Method 2 diffuses like method 1 and shares what is tuned for it (the
+// 1440x720 spread row); the other diffusion methods (4 and up) do not.
+constexpr bool diffusesLikeMethod1(uint32_t method) { return method == 1 || method == 2; }
+
 }  // namespace inkdot

@@ -45,10 +45,10 @@ uint32_t chooseSpreadThresholds(HtContext& ctx) {
         case 500: column = 2; break;
         default: return RC_DATA;
     }
-    // Rows in this order; 1440x720 with a dither method falls to the last row.
-    // Method 2 diffuses error like method 1 and shares its row.
+    // Rows in this order; 1440x720 with any method but 1 and 2 falls to the
+    // last row.
     if (isSquare(ctx)) store(ctx, kSquare[column]);
-    else if (is1440x720(ctx) && !isDitherMethod(ctx.method)) store(ctx, kDiffusion1440x720[column]);
+    else if (is1440x720(ctx) && diffusesLikeMethod1(ctx.method)) store(ctx, kDiffusion1440x720[column]);
     else if (isDoubleY(ctx)) store(ctx, kDoubleY[column]);
     else store(ctx, kOther[column]);
     return RC_OK;

@@ -2,6 +2,7 @@
 #include <gtest/gtest.h>
 
 #include <array>
+#include <vector>
 
 #include "support/ht_fixture.h"
 #include "support/memory_watch.h"
@@ -38,8 +39,14 @@ TEST(SpreadThresholds, OneBitEveryClassAndInkParameter) {
         {2, 1440, 720, {30, 8, 5, 2}, {35, 18, 6, 3}, {52, 20, 9, 4}},       // method 2 diffuses like 1
         {1, 720, 1440, {40, 23, 6, 1}, {47, 30, 13, 2}, {63, 39, 14, 3}},    // DoubleY
         {3, 360, 720, {40, 23, 6, 1}, {47, 30, 13, 2}, {63, 39, 14, 3}},
-        {3, 1440, 720, {56, 22, 11, 4}, {59, 27, 12, 5}, {60, 32, 14, 7}},   // 1440x720 dithered: last row
+        {3, 1440, 720, {56, 22, 11, 4}, {59, 27, 12, 5}, {60, 32, 14, 7}},   // 1440x720, any other method: last row
         {0, 1440, 720, {56, 22, 11, 4}, {59, 27, 12, 5}, {60, 32, 14, 7}},
+        {4, 1440, 720, {56, 22, 11, 4}, {59, 27, 12, 5}, {60, 32, 14, 7}},
+        {5, 1440, 720, {56, 22, 11, 4}, {59, 27, 12, 5}, {60, 32, 14, 7}},
+        {9, 1440, 720, {56, 22, 11, 4}, {59, 27, 12, 5}, {60, 32, 14, 7}},
+        {5, 720, 720, {32, 9, 4, 2}, {37, 20, 5, 2}, {55, 22, 8, 3}},        // other methods in the other classes
+        {6, 720, 1440, {40, 23, 6, 1}, {47, 30, 13, 2}, {63, 39, 14, 3}},
+        {4, 720, 360, {56, 22, 11, 4}, {59, 27, 12, 5}, {60, 32, 14, 7}},
         {1, 720, 360, {56, 22, 11, 4}, {59, 27, 12, 5}, {60, 32, 14, 7}},    // any other
         {1, 720, 480, {56, 22, 11, 4}, {59, 27, 12, 5}, {60, 32, 14, 7}},
     };
@@ -52,6 +59,29 @@ TEST(SpreadThresholds, OneBitEveryClassAndInkParameter) {
             EXPECT_EQ(got.t, *want[p]) << "method " << r.method << " " << r.resX << "x" << r.resY << " ink " << params[p];
         }
     }
+}
+
+// Worked by hand: method 5 at 1440x720 takes the last row (T1 = 56). Ink
+// 255 - 200 = 55 on every pixel of two ten-pixel lines, with a one-cell matrix
+// holding 0. On line 1 the dot at x 2 is spread with H2 (55 <= T1) rather than
+// H1, which the 1440x720 row's T1 = 30 would pick; line 1 prints 20 00 (H1
+// would give 21 00).
+TEST(SpreadThresholds, Method5At1440x720DiffusesWithTheLastRow) {
+    test::MemoryWatch watch;
+    test::MonoLut lut([](int v) { return 255 - v; }, 250, 100);
+    HtSettings s = test::htSettings(5, 0, 1, 10);
+    s.resolutionX = 1440;
+    s.resolutionY = 720;
+    test::HtBlocks blocks;
+    blocks.matrix = test::thresholdMatrixBlock(1, 1, {0});
+    test::HtInstance ht(s, lut.lut, blocks);
+    ASSERT_EQ(ht.rc, RC_OK);
+    const std::vector<uint8_t> line(10, 200);
+    uint8_t out[2];
+    ASSERT_EQ(Halftone(ht.ctx, line.data(), out, 2, 0, 10, 0, 0, 0, 0, 0), RC_OK);
+    ASSERT_EQ(Halftone(ht.ctx, line.data(), out, 2, 0, 10, 0, 0, 1, 0, 0), RC_OK);
+    EXPECT_EQ(out[0], 0x20);
+    EXPECT_EQ(out[1], 0x00);
 }
 
 TEST(SpreadThresholds, OneBitOtherInkParameterRefusedKeepingTheSlots) {

@@ -201,20 +201,6 @@ TEST(Dither1Colour, DoublingAndTheOddLastPixelReadTheNextInputPixel) {
     EXPECT_EQ(bitsOf(out, kStride, 2, 8), "11001000");
 }
 
-TEST(Dither1Colour, FourBytePixelsStepFourAndReadTheFirstThree) {
-    KernelSetup s = colourSetup();
-    s.inputFormat = 3;
-    MarkedAmounts t(s);
-    t.mark({60});
-    onNode(t.hc, 0, 0);
-    onNode(t.hc, 1, 1);
-    t.hc.setNode(0, 0, 1, inkOn(2, 60));
-    const std::vector<uint8_t> in = {1, 0, 0, 9, 0, 0, 0, 1, 1, 0, 0, 0};
-    std::vector<uint8_t> out(4 * kStride);
-    ASSERT_EQ(t.hc.run(in.data(), out.data(), kStride, 0, 3, 0, 0), RC_OK);
-    EXPECT_EQ(bitsOf(out, kStride, 2, 3), "101");
-}
-
 KernelSetup inkInput() {
     KernelSetup s = colourSetup();
     s.inputFormat = 4;

@@ -609,35 +609,5 @@ TEST(Ed1Colour, FlatPatchDensityFollowsLevels) {
     }
 }
 
-// inputFormat 3 pixels carry a padding byte behind the colour: the kernels
-// step four bytes and read the first three, exactly as for three-byte pixels.
-TEST(Ed1Colour, PaddedPixelsReadLikeThreeBytePixels) {
-    std::mt19937 random(11);
-    for (const KernelCase& k : kAllCases) {
-        SCOPED_TRACE(k.name);
-        Rig plain(k, 2), padded(k, 3);
-        Pixels three, four;
-        for (uint32_t i = 0; i < 2 * kWidth; ++i) {
-            const bool white = i % 7 == 0;
-            const uint8_t b0 = white ? 255 : static_cast<uint8_t>(random());
-            const uint8_t b1 = white ? 255 : static_cast<uint8_t>(random());
-            const uint8_t b2 = white ? 255 : static_cast<uint8_t>(random());
-            three.rgb(b0, b1, b2);
-            four.ink(b0, b1, b2, 0x5A);
-        }
-        for (Rig* r : {&plain, &padded}) {
-            for (int v = 0; v < 256; ++v) r->hc.setGridCell(static_cast<uint8_t>(v), static_cast<uint8_t>(v / 9), static_cast<uint8_t>(v * 7));
-            for (uint32_t n = 0; n < 32 * 32 * 32; ++n) r->hc.conversion[n] = n * 2654435761u;
-            for (int v = 0; v < 256; ++v) r->hc.tone[v] = static_cast<uint16_t>(v * 3);
-            r->hc.setMatrix(8, 2, {3, 250, 17, 130, 64, 201, 9, 100, 77, 12, 190, 45, 230, 5, 160, 33});
-            r->hc.setSpread(56, 22, 11, 4);
-        }
-        ASSERT_EQ(plain.run(three, 37, 3, 1), RC_OK);
-        ASSERT_EQ(padded.run(four, 37, 3, 1), RC_OK);
-        EXPECT_EQ(plain.out, padded.out);
-        for (unsigned line = 0; line < 3; ++line) EXPECT_EQ(plain.hc.errorLines[line], padded.hc.errorLines[line]);
-    }
-}
-
 }  // namespace
 }  // namespace inkdot

@@ -162,7 +162,7 @@ TEST_P(Ed2Sisters, ReducedOrDoubledInputEqualsThePlainReading) {
     std::mt19937 tablesA(7), tablesB(7), pixels(11);
     randomTables(plain, tablesA);
     randomTables(sister, tablesB);
-    SisterRuns runs{bytesPerPixel(c.inputFormat), c.colourMode ? 4u : 1u};
+    SisterRuns runs{c.colourMode ? colourPixelBytes(c.inputFormat) : 1u, c.colourMode ? 4u : 1u};
     runs.compare(plain, sister, c.scaleMode, pixels);
 }
 
@@ -170,7 +170,7 @@ INSTANTIATE_TEST_SUITE_P(
     Kernels, Ed2Sisters,
     ::testing::Values(SisterCase{0, 0, 360, 720, -1}, SisterCase{1, 4, 360, 720, -1}, SisterCase{1, 2, 360, 720, -1},
                       SisterCase{0, 0, 720, 720, 1}, SisterCase{0, 0, 1440, 720, 1}, SisterCase{1, 2, 720, 720, 1},
-                      SisterCase{1, 4, 1440, 720, 1}, SisterCase{1, 2, 360, 720, 1}, SisterCase{1, 3, 720, 720, 1}));
+                      SisterCase{1, 4, 1440, 720, 1}, SisterCase{1, 2, 360, 720, 1}));
 
 }  // namespace
 }  // namespace inkdot::test

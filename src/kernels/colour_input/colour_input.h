@@ -17,9 +17,8 @@ namespace inkdot {
 
 inline constexpr uint32_t kInkInputFormat = 4;  // four ink levels per pixel
 
-// Bytes from one colour input pixel to the next: the pixel size of the input
-// format, as replication copies the pixels in front of the kernel.
-inline uint32_t colourPixelBytes(uint32_t inputFormat) { return bytesPerPixel(inputFormat); }
+// The pixel step of colour input is colourPixelBytes (halftone/ht_context.h):
+// three bytes, four for ink pixels.
 
 // Runs f with InkInput for ink pixels, else with `conversion`.
 template <class Conversion, class F>
