@@ -140,6 +140,31 @@ void runSeeds(const std::string& dir) {
     }
 }
 
+// Pack descriptions with every block kind; small matrices keep the runs quick.
+void resourceSeeds(const std::string& dir) {
+    const std::string every =
+        "# every kind\n"
+        "0 index file=idx.txt\n"
+        "100 colour-table points=5 black-mode=1 ink-limit=240 ink-param=250,100 dot-split=1100\n"
+        "900 index file=idx.txt\n"
+        "950 correction-tables strength=1.6\n"
+        "980 routing records=0:0.1.2.3;7:3.2.1.0\n"
+        "990 base-weights weights=50,50,50,50\n"
+        "1000 request-list ids=1001,1010,1011\n"
+        "1001 grid-levels\n"
+        "1010 matrix width=16 height=16 cell-width=1 sigma=1.2 seed=3\n"
+        "1011 matrix width=16 height=8 cell-width=0.5\n"
+        "1100 dot-split small-ink=0.35 medium-ink=0.65 medium=0.08,0.60 large=0.30,1.00\n";
+    write(dir, "resource_sources", 0, textBytes(every));
+    const std::string shared =
+        "101 colour-table points=3 input-gamma=2.2 black-start=0.1 black-power=2 gray-gamma=1.5 "
+        "rich-black-start=1 table-mode=7 ink-param=500,120,1,2,3 dot-split=7\n"
+        "102 colour-table points=2 black-mode=3 ink-param=500,120 dot-split=7\n"
+        "7 dot-split medium=0.1,0.5 large=0.2,0.9\n";
+    write(dir, "resource_sources", 1, textBytes(shared));
+    write(dir, "resource_sources", 2, textBytes("5 colour-table points=1 dot-split=6\n6 dot-split\n"));
+}
+
 }  // namespace
 
 int main(int argc, char** argv) {
@@ -152,5 +177,6 @@ int main(int argc, char** argv) {
     cmSeeds(dir);
     htSeeds(dir);
     runSeeds(dir);
+    resourceSeeds(dir);
     return 0;
 }

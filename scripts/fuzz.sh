@@ -13,7 +13,7 @@
 set -euo pipefail
 cd "$(dirname "$0")/.."
 seconds="${1:-25}"
-targets="${FUZZ_TARGETS:-index_text cm_protocol ht_protocol halftone_run}"
+targets="${FUZZ_TARGETS:-index_text cm_protocol ht_protocol halftone_run resource_sources}"
 jobs="${FUZZ_BUILD_JOBS:-2}"
 out=build-fuzz
 

@@ -26,6 +26,5 @@ done
 
 cmake -S . -B build/release -G Ninja -DCMAKE_BUILD_TYPE=Release >/dev/null
 cmake --build build/release -j "${JOBS:-$(nproc)}" --target inkdot_cli
+# The page comes from tools/report_plots.py, which inkdot runs itself.
 build/release/tools/inkdot report "${args[@]}"
-# Debian's python (where python3-matplotlib lives), not one found first on PATH.
-/usr/bin/python3 tools/report_plots.py "$out"

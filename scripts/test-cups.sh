@@ -28,38 +28,23 @@ echo "--- unit tests of the filter"
 "$build/tests/inkdot_tests" --gtest_filter='Cups*' --gtest_brief=1
 
 port=${INKDOT_CUPS_PORT:-8631}
-server=127.0.0.1:$port
 work=$(mktemp -d /tmp/inkdot-cups.XXXXXX)
 # The filters run as the scheduler's user (lp): they must reach the tree.
 chmod 755 "$work"
-cupsd_pid=""
+. scripts/private-cupsd.sh
 
 teardown() {
   local status=$?
-  if [ -n "$cupsd_pid" ] && kill -0 "$cupsd_pid" 2>/dev/null; then
-    kill "$cupsd_pid"
-    for _ in $(seq 50); do kill -0 "$cupsd_pid" 2>/dev/null || break; sleep 0.1; done
-    kill -0 "$cupsd_pid" 2>/dev/null && kill -9 "$cupsd_pid"
-    wait "$cupsd_pid" 2>/dev/null || true
-  fi
-  if [ "$status" -ne 0 ] && [ -f "$work/log/error_log" ]; then
-    echo "--- last lines of the scheduler's error log"
-    grep -v '^d ' "$work/log/error_log" | tail -40 || true
-  fi
+  stop_private_cupsd "$status"
   if [ "${INKDOT_CUPS_KEEP:-0}" = 1 ]; then echo "kept $work"; else rm -rf "$work"; fi
   exit "$status"
 }
 trap teardown EXIT
 
-if (exec 3<>"/dev/tcp/127.0.0.1/$port") 2>/dev/null; then
-  echo "port $port on 127.0.0.1 is taken; set INKDOT_CUPS_PORT" >&2
-  exit 1
-fi
-
 # The server-bin tree: the system's backends, daemons and filters by link,
 # plus our filter (a copy: the scheduler checks that filters are root's and
 # not writable by others).
-mkdir -p "$work"/{conf,bin/filter,spool/tmp,cache,state,log,out}
+mkdir -p "$work"/{bin/filter,out}
 for d in /usr/lib/cups/*; do
   [ "$(basename "$d")" = filter ] || ln -s "$d" "$work/bin/$(basename "$d")"
 done
@@ -67,55 +52,7 @@ for f in /usr/lib/cups/filter/*; do ln -s "$f" "$work/bin/filter/$(basename "$f"
 install -m 755 "$filter" "$work/bin/filter/rastertoinkdot"
 chown lp:lp "$work/out"
 
-cat >"$work/conf/cups-files.conf" <<EOF
-ServerRoot $work/conf
-ServerBin $work/bin
-DataDir /usr/share/cups
-DocumentRoot /usr/share/cups/doc-root
-RequestRoot $work/spool
-TempDir $work/spool/tmp
-CacheDir $work/cache
-StateDir $work/state
-ErrorLog $work/log/error_log
-AccessLog $work/log/access_log
-PageLog $work/log/page_log
-Printcap $work/conf/printcap
-ServerKeychain $work/conf/ssl
-FileDevice Yes
-User lp
-Group lp
-SystemGroup root
-EOF
-
-cat >"$work/conf/cupsd.conf" <<EOF
-LogLevel debug
-Listen $server
-Browsing No
-BrowseLocalProtocols none
-DefaultAuthType None
-WebInterface No
-ErrorPolicy abort-job
-PreserveJobFiles No
-<Location />
-  Order allow,deny
-  Allow 127.0.0.1
-</Location>
-<Policy default>
-  <Limit All>
-    Order deny,allow
-  </Limit>
-</Policy>
-EOF
-
-echo "--- private scheduler on $server ($work)"
-cupsd -f -c "$work/conf/cupsd.conf" -s "$work/conf/cups-files.conf" &
-cupsd_pid=$!
-for i in $(seq 100); do
-  lpstat -h "$server" -r 2>/dev/null | grep -q "is running" && break
-  kill -0 "$cupsd_pid" 2>/dev/null || { echo "cupsd stopped at start" >&2; exit 1; }
-  [ "$i" -lt 100 ] || { echo "cupsd did not answer within 20 s" >&2; exit 1; }
-  sleep 0.2
-done
+start_private_cupsd "$work" "$work/bin" "$port" INKDOT_CUPS_PORT
 
 lpadmin -h "$server" -p inkdot -E -v "file:$work/out/page.ras" -P "$ppd"
 lpstat -h "$server" -p inkdot

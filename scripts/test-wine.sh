@@ -46,5 +46,5 @@ wineserver -w
 echo "Wine prefix ready in $(( $(date +%s) - start )) s"
 
 ctest --test-dir "$build" --output-on-failure
-# The example binds to the plain names through the import library.
-WINEPATH="$(winepath -w "$build")" wine "$build/examples/lut_summary.exe"
+# The C client binds to the plain names through the import library.
+WINEPATH="$(winepath -w "$build")" wine "$build/tests/inkdot_c_client.exe"

@@ -13,6 +13,9 @@
 //   gray / CMYK      inkdot's one-bit kernels through Halftone, line by line,
 //                    against ImageMagick's o8x8 ordered dither and
 //                    Floyd-Steinberg to two levels
+//   CMYK n-bit ...   with Gutenprint installed: inkdot's one- and two-bit
+//                    colour kernels, from RGB and from ink bytes, against
+//                    Gutenprint's dither algorithms, which take ink amounts
 // The baseline column copies the task's input and output bytes once.
 #include <algorithm>
 #include <cstdio>
@@ -29,6 +32,9 @@
 #include "magick_side.h"
 #include "synthetic_photo.h"
 #include "timing.h"
+#ifdef INKDOT_COMPARE_GUTENPRINT
+#include "gutenprint_side.h"
+#endif
 
 namespace inkdot::compare {
 namespace {
@@ -99,6 +105,63 @@ void printTable(const std::vector<Row>& rows, double pixels) {
     std::printf("\nratio = inkdot throughput / peer throughput (above 1: inkdot is faster).\n"
                 "of base = inkdot throughput as a share of the copy baseline for the same bytes.\n");
 }
+
+#ifdef INKDOT_COMPARE_GUTENPRINT
+// Colour halftoning beside Gutenprint's dither algorithms. Gutenprint takes
+// ink amounts; inkdot runs from the RGB image and from the ink amounts its
+// own separation gives that image (inputFormat 4), and the peer gets the
+// same ink amounts. Both sides read a 17-point plain separation.
+void addGutenprintRows(const Options& o, const std::vector<uint8_t>& rgb, std::vector<Row>& rows) {
+    const size_t n = static_cast<size_t>(o.width) * o.height;
+    std::vector<uint8_t> ink(4 * n);
+    inkOf(rgb.data(), n, ink.data());
+    struct Task {
+        const char* task;
+        uint32_t method;
+        uint32_t bits;
+        std::vector<const char*> algorithms;
+    };
+    const Task tasks[] = {
+        {"CMYK 1-bit ED", 1, 1, {"EvenTone", "HybridEvenTone", "Adaptive", "Floyd"}},
+        {"CMYK 1-bit dither", 3, 1, {"Ordered", "VeryFast"}},
+        {"CMYK 2-bit ED", 1, 2, {"EvenTone", "HybridEvenTone", "Adaptive"}},
+        {"CMYK 2-bit dither", 3, 2, {"Ordered", "VeryFast"}},
+    };
+    for (const Task& t : tasks) {
+        struct Side {
+            const char* from;
+            const uint8_t* pixels;
+            double seconds = -1;
+            std::string kernel;
+            std::string note;
+            double base = 0;
+        };
+        Side sides[] = {{"RGB", rgb.data(), -1, "", "", 0}, {"ink", ink.data(), -1, "", "", 0}};
+        for (Side& side : sides) {
+            const bool inkInput = side.pixels == ink.data();
+            const HalftoneJob job(t.method, 1, o.width, separationLut(), t.bits, inkInput);
+            std::vector<uint8_t> planes(static_cast<size_t>(o.height) * job.planesPerLine() * job.lineBytes());
+            uint32_t rc = job.rc();
+            if (rc == RC_OK) side.seconds = medianSeconds(o.reps, [&] { rc = job.run(side.pixels, o.height, planes.data()); });
+            side.kernel = rc == RC_OK ? job.kernelName() : "(" + job.kernelName() + ")";
+            side.note = rc == RC_OK ? format("set output bits: inkdot %.3f", inkFraction(planes))
+                                    : "inkdot answered " + std::to_string(rc);
+            if (rc != RC_OK) side.seconds = -1;
+            side.base = bandwidthSeconds((inkInput ? 4 : 3) * n, planes.size(), o.reps);
+        }
+        for (const char* algorithm : t.algorithms) {
+            GutenprintDither peer(algorithm, t.bits, o.width, o.height);
+            const double seconds = peer.ok() ? medianOfTimed(o.reps, [&] { return peer.timedRun(ink); }) : -1;
+            const std::string peerNote = peer.ok() ? format(", Gutenprint %.3f", peer.bitShare())
+                                                   : std::string(", Gutenprint does not offer ") + algorithm;
+            for (const Side& side : sides)
+                rows.push_back({std::string(t.task) + " from " + side.from, side.kernel,
+                                std::string("Gutenprint ") + algorithm + " (ink in)", side.seconds, seconds, side.base,
+                                side.note + peerNote});
+        }
+    }
+}
+#endif
 
 int run(const Options& o, const char* argv0) {
     const double pixels = static_cast<double>(o.width) * o.height;
@@ -186,6 +249,9 @@ int run(const Options& o, const char* argv0) {
                             "inkdot converts and halftones in one pass; the peer needs both libraries"});
         }
     }
+#ifdef INKDOT_COMPARE_GUTENPRINT
+    addGutenprintRows(o, rgb, rows);
+#endif
     printTable(rows, pixels);
     return 0;
 }

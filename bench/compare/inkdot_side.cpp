@@ -1,5 +1,6 @@
 #include "inkdot_side.h"
 
+#include <algorithm>
 #include <map>
 
 #include "cm/cm_context.h"
@@ -62,10 +63,32 @@ const CmLut& monoLut() {
     return lut.lut;
 }
 
-HalftoneJob::HalftoneJob(uint32_t method, uint32_t colourMode, uint32_t width, const CmLut& lut)
-    : width_(width), colourMode_(colourMode) {
-    HtSettings s = test::htSettings(method, colourMode, 1, width);
-    s.inputFormat = colourMode == 0 ? 0 : 2;  // gray bytes or three-byte RGB
+const CmLut& separationLut() {
+    static const test::ColourLut lut(test::evenLevels(17), [](int r, int g, int b) {
+        uint8_t node[4];
+        const uint8_t rgb[3] = {static_cast<uint8_t>(r), static_cast<uint8_t>(g), static_cast<uint8_t>(b)};
+        inkOf(rgb, 1, node);
+        return test::ColourLut::Node{node[0], node[1], node[2], node[3]};
+    });
+    return lut.lut;
+}
+
+void inkOf(const uint8_t* rgb, size_t pixels, uint8_t* cmyk) {
+    for (size_t i = 0; i < pixels; ++i, rgb += 3, cmyk += 4) {
+        const int c = 255 - rgb[0], m = 255 - rgb[1], y = 255 - rgb[2];
+        cmyk[0] = static_cast<uint8_t>(c);
+        cmyk[1] = static_cast<uint8_t>(m);
+        cmyk[2] = static_cast<uint8_t>(y);
+        cmyk[3] = static_cast<uint8_t>(std::min(c, std::min(m, y)) / 2);
+    }
+}
+
+HalftoneJob::HalftoneJob(uint32_t method, uint32_t colourMode, uint32_t width, const CmLut& lut, uint32_t outputBits,
+                         bool inkInput)
+    : width_(width), colourMode_(colourMode), outputBits_(outputBits) {
+    HtSettings s = test::htSettings(method, colourMode, outputBits, width);
+    s.inputFormat = colourMode == 0 ? 0 : inkInput ? 4 : 2;  // gray bytes, four ink bytes or three-byte RGB
+    pixelBytes_ = s.inputFormat == 0 ? 1 : s.inputFormat == 4 ? 4 : 3;
     test::HtBlocks blocks;
     std::vector<uint16_t> cells(kMatrixSide * kMatrixSide);
     for (uint32_t i = 0; i < cells.size(); ++i) cells[i] = static_cast<uint16_t>((i * 2897 + 11) & 4095);
@@ -73,11 +96,11 @@ HalftoneJob::HalftoneJob(uint32_t method, uint32_t colourMode, uint32_t width, c
 
     uint32_t model = 0;
     rc_ = HalftoneNew(&s, &lut, 0, &model, &ctx_);
-    const test::Bytes* order[] = {&blocks.requestList, &blocks.gridLevels, &blocks.matrix};
+    const test::Bytes* order[] = {&blocks.requestList, &blocks.gridLevels, &blocks.matrix, &blocks.dotSplit};
     uint32_t next = 0;
-    for (const test::Bytes* block : order) {
+    for (unsigned phase = 0; phase < (outputBits == 2 ? 4u : 3u); ++phase) {
         if (rc_ != RC_OK) return;
-        rc_ = HalftoneSetResource(ctx_, block->data(), &next);
+        rc_ = HalftoneSetResource(ctx_, order[phase]->data(), &next);
     }
     if (rc_ == RC_OK && next != INKDOT_NO_MORE_BLOCKS) rc_ = RC_DATA;
 }
@@ -91,9 +114,8 @@ std::string HalftoneJob::kernelName() const {
 }
 
 uint32_t HalftoneJob::run(const uint8_t* image, uint32_t height, uint8_t* planes) const {
-    const uint32_t pixelBytes = colourMode_ == 0 ? 1 : 3;
     for (uint32_t y = 0; y < height; ++y) {
-        const uint32_t rc = Halftone(ctx_, image + static_cast<size_t>(y) * width_ * pixelBytes,
+        const uint32_t rc = Halftone(ctx_, image + static_cast<size_t>(y) * width_ * pixelBytes_,
                                      planes + static_cast<size_t>(y) * planesPerLine() * lineBytes(), lineBytes(), 0,
                                      width_, 0, 0, y, 0, 0);
         if (rc != RC_OK) return rc;

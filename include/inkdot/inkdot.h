@@ -123,23 +123,66 @@ typedef struct CmLut {
     MemBlock selfBlock;
 } CmLut;
 
-/* Halftone settings: eleven words.
- *
- * Input pixels by inputFormat: 0 is one gray byte a pixel. Every colour
- * kernel reads three bytes a pixel (b0, b1, b2) for every inputFormat but 4,
- * so 2 and 3 mean the same: give inputFormat 3 pixels three bytes apart, like
- * 2. 4 is four ink bytes a pixel, the levels of planes 0 to 3. Horizontal
- * replication (scaleMode 2 and up) alone copies pixels of four bytes for
- * inputFormat 3, which the kernels then read three bytes apart: use 2 there. */
+/* Halftone setting codes, for the words of HtSettings. */
+
+/* method: how dots are placed. Every method but 0 and 3 diffuses error; 2 is
+ * accepted and diffuses exactly like 1 (it shares the 1440x720 spread row);
+ * 4 and up diffuse too, with the spread rows of no particular method. */
+#define INKDOT_METHOD_THRESHOLD      0u /* fixed threshold */
+#define INKDOT_METHOD_DIFFUSION      1u /* error diffusion */
+#define INKDOT_METHOD_DIFFUSION_ALT  2u /* error diffusion, as 1 */
+#define INKDOT_METHOD_MATRIX         3u /* threshold-matrix (ordered) dither */
+
+/* ditherMode, read by the one-bit colour matrix dither: 0 and 2 diffuse
+ * plane 1 instead of dithering it (the hybrid dither); any other value
+ * dithers all four planes. */
+#define INKDOT_DITHER_HYBRID         0u
+#define INKDOT_DITHER_PLAIN          1u
+#define INKDOT_DITHER_HYBRID_ALT     2u
+
+/* inputFormat: the layout of input pixels. 0 is one gray byte a pixel. Every
+ * colour kernel reads three bytes a pixel (b0, b1, b2) for every format but
+ * ink input, so 2 and 3 mean the same: give format 3 pixels three bytes apart,
+ * like 2. Ink input is four bytes a pixel, the levels of planes 0 to 3.
+ * Horizontal replication (scaleMode 2 and up) alone copies four-byte pixels
+ * for format 3, which the kernels then read three bytes apart: use 2 there.
+ * Formats 1 and 7, and formats of six-byte pixels, are refused. */
+#define INKDOT_INPUT_GRAY            0u
+#define INKDOT_INPUT_RGB             2u
+#define INKDOT_INPUT_RGB_ALT         3u
+#define INKDOT_INPUT_INK             4u
+
+/* colourMode: 0 one gray plane; any other value four ink planes from colour
+ * input. 2 computes all four but writes only planes 0 to 2 (one-bit colour
+ * diffusion with cached tables); 3 gives the dot value table a block of
+ * double size. */
+#define INKDOT_MONO                  0u
+#define INKDOT_COLOUR                1u
+#define INKDOT_COLOUR_THREE_PLANES   2u
+#define INKDOT_COLOUR_DOUBLE_DOT_TABLE 3u
+
+/* outputBits: 2 packs a dot code (0 none, 1 small, 2 medium, 3 large) in two
+ * bits a pixel; 1 packs one bit a pixel. Other values are refused. */
+#define INKDOT_ONE_BIT               1u
+#define INKDOT_TWO_BITS              2u
+
+/* scaleMode: horizontal scaling of the input. Values from 2 up repeat every
+ * input pixel scaleMode + 1 times. */
+#define INKDOT_SCALE_HALVE           (-1) /* two input pixels make one (kernels that offer it) */
+#define INKDOT_SCALE_NONE            0
+#define INKDOT_SCALE_DOUBLE          1    /* every input pixel serves two output pixels */
+#define INKDOT_SCALE_REPEAT_MIN      2
+
+/* Halftone settings: eleven words. */
 typedef struct HtSettings {
-    uint32_t method;       /* 3 matrix dither, 0 fixed threshold, 1 error diffusion */
-    uint32_t ditherMode;
-    uint32_t inputFormat;  /* 0 gray; 2 and 3 three colour bytes; 4 four ink bytes */
-    uint32_t colourMode;   /* 0 monochrome; nonzero colour (2: three planes) */
+    uint32_t method;       /* INKDOT_METHOD_* */
+    uint32_t ditherMode;   /* INKDOT_DITHER_* */
+    uint32_t inputFormat;  /* INKDOT_INPUT_* */
+    uint32_t colourMode;   /* INKDOT_MONO, INKDOT_COLOUR* */
     uint32_t resolutionX;
     uint32_t resolutionY;
-    uint32_t outputBits;   /* 2: two bits per pixel; else one */
-    int32_t scaleMode;     /* -1 halve, 0 none, 1 double, n >= 2 expand by n + 1 */
+    uint32_t outputBits;   /* INKDOT_ONE_BIT, INKDOT_TWO_BITS */
+    int32_t scaleMode;     /* INKDOT_SCALE_*, or n >= 2: repeat by n + 1 */
     uint32_t spare8;
     uint32_t width;        /* pixels per raster line */
     uint32_t spare10;

@@ -91,7 +91,6 @@ public:
     size_t planeStride() const { return planeStride_; }
     unsigned outputBits() const { return outputBits_; }
     uint32_t modelId() const { return modelId_; }
-    uint32_t linesDone() const { return lineNo_; }
 
     // Halftones the next line: `input` holds inputWidth() pixels (gray bytes
     // for mono, R G B for colour; the job hands the engine its own B G R

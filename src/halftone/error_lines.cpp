@@ -1,23 +1,22 @@
-// Error lines: one signed 32-bit cell per pixel with 30 cells of margin on
-// each side, so that the spread patterns may reach past both ends of a line.
-#include "halftone/method_kind.h"
+// Error lines: one signed 32-bit cell per pixel with kErrorLineMargin cells
+// on each side, so that the spread patterns may reach past both ends of a line.
+#include "halftone/setting_kinds.h"
 #include "halftone/protocol_steps.h"
 #include "halftone/slots.h"
 
 namespace inkdot {
 
 uint32_t errorLineCountFor(const HtContext& ctx) {
-    const bool colour = ctx.colourMode != 0;
+    const bool colour = isColour(ctx.colourMode);
     if (isDitherMethod(ctx.method)) {
         // Only the colour dither that diffuses one plane keeps an error line.
-        return colour && (ctx.ditherMode == 0 || ctx.ditherMode == 2) ? 1 : 0;
+        return colour && isHybridDither(ctx.ditherMode) ? 1 : 0;
     }
     return colour ? 4 : 1;
 }
 
 uint32_t errorLineBytes(uint32_t width) {
-    // width x 4 + 240: 4-byte cells, rounded to whole words, and 2 x 30 cells of margin.
-    return ((width * 4 + 239) & ~3u) + 4;
+    return (width + 2 * kErrorLineMargin) * sizeof(int32_t);
 }
 
 uint32_t acquireErrorLines(HtContext& ctx) {

@@ -3,6 +3,7 @@
 #include "halftone/ht_context.h"
 #include "halftone/ht_instance.h"
 #include "halftone/replication.h"
+#include "halftone/setting_kinds.h"
 
 namespace inkdot {
 
@@ -15,14 +16,14 @@ uint32_t halftone(HtContext* ctx, const uint8_t* src, uint8_t* dst, uint32_t pla
     if (reserved10 != 0) return RC_ARG + 10;
     // Pixels per output byte are 8 (one-bit) or 4 (two-bit); a first pixel
     // outside the first byte would write in front of dst.
-    const uint32_t pixelsPerByte = ctx->outputBits == 2 ? 4 : 8;
+    const uint32_t pixelsPerByte = isTwoBit(ctx->outputBits) ? 4 : 8;
     if (bitOffset >= pixelsPerByte) return RC_ARG + 5;
     // An instance that was not fed completely has no kernel and empty tables.
     if (ctx->kernel == nullptr) return RC_DATA;
 
     HtRun run{src, dst, planeStride, bitOffset, count, startX, reserved8, lineNo, 0, option11};
     if (ctx->replicationFactor != 1) {
-        const uint32_t target = ctx->scaleMode == 1 ? (count + 1) / 2 : count;
+        const uint32_t target = ctx->scaleMode == INKDOT_SCALE_DOUBLE ? (count + 1) / 2 : count;
         auto* line = slotData<uint8_t>(*ctx, kReplicatedLine);
         replicatePixels(src, line, bytesPerPixel(ctx->inputFormat), ctx->replicationFactor, target);
         run.src = line;

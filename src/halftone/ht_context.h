@@ -87,17 +87,22 @@ inline const T* slotData(const HtContext& ctx, Slot slot) {
     return static_cast<const T*>(ctx.buffers[slot].data);
 }
 
+// Every error line keeps this many cells of margin on each side: more than
+// the widest spread pattern reaches (21 columns left, 23 right), so no
+// pixel needs a bounds test at the line ends.
+inline constexpr uint32_t kErrorLineMargin = 30;
+
 // Error line k (0..3) addressed at column 0: the kernels read cell x for column x.
-// The buffer keeps 30 cells of margin in front of column 0.
 inline int32_t* errorLine(HtContext& ctx, unsigned k) {
-    return slotData<int32_t>(ctx, static_cast<Slot>(kErrorLine0 + k)) + 30;
+    return slotData<int32_t>(ctx, static_cast<Slot>(kErrorLine0 + k)) + kErrorLineMargin;
 }
 
-// Bytes per input pixel by inputFormat: 0 gives 1; 3, 4 and 7 give 4; 6 gives 6; else 3.
+// Bytes per input pixel by inputFormat, as replication copies them: gray 1;
+// 3, ink input and 7 give 4; 6 gives 6; else 3.
 inline uint32_t bytesPerPixel(uint32_t inputFormat) {
     switch (inputFormat) {
-        case 0: return 1;
-        case 3: case 4: case 7: return 4;
+        case INKDOT_INPUT_GRAY: return 1;
+        case INKDOT_INPUT_RGB_ALT: case INKDOT_INPUT_INK: case 7: return 4;
         case 6: return 6;
         default: return 3;
     }
@@ -107,7 +112,7 @@ inline uint32_t bytesPerPixel(uint32_t inputFormat) {
 // (inputFormat 4), three for every other format. inputFormat 3 is read as
 // three-byte pixels too, so it means the same to every colour kernel as
 // inputFormat 2; only replication copies pixels of the format's own size.
-inline uint32_t colourPixelBytes(uint32_t inputFormat) { return inputFormat == 4 ? 4 : 3; }
+inline uint32_t colourPixelBytes(uint32_t inputFormat) { return inputFormat == INKDOT_INPUT_INK ? 4 : 3; }
 
 // Resolution classes.
 inline bool is1440x720(const HtContext& ctx) { return ctx.resolutionX == 1440 && ctx.resolutionY == 720; }

@@ -6,6 +6,7 @@
 #include "frame/memory.h"
 #include "halftone/ht_context.h"
 #include "halftone/slots.h"
+#include "halftone/setting_kinds.h"
 
 namespace inkdot {
 
@@ -38,12 +39,12 @@ uint32_t halftoneNew(const HtSettings* settings, const CmLut* lut, uint32_t rese
 }
 
 uint32_t checkSettings(const HtContext& ctx) {
-    const bool gray = ctx.inputFormat == 0;
-    const bool colour = ctx.colourMode != 0;
-    if (gray == colour || ctx.inputFormat == 1 || ctx.inputFormat == 7) return RC_ARG + 1;
+    // Formats 1 and 7 are layouts no kernel reads.
+    const bool gray = ctx.inputFormat == INKDOT_INPUT_GRAY;
+    if (gray == isColour(ctx.colourMode) || ctx.inputFormat == 1 || ctx.inputFormat == 7) return RC_ARG + 1;
     // Only one-bit and two-bit output exist. Other values would be dispatched
     // as one-bit output but built with tables of another shape, so they are refused.
-    if (ctx.outputBits != 1 && ctx.outputBits != 2) return RC_ARG + 1;
+    if (ctx.outputBits != INKDOT_ONE_BIT && ctx.outputBits != INKDOT_TWO_BITS) return RC_ARG + 1;
     // No kernel has a reading for six-byte pixels (they step three bytes, or
     // four for ink input), so such a layout is refused up front.
     if (bytesPerPixel(ctx.inputFormat) == 6) return RC_ARG + 1;

@@ -5,6 +5,7 @@
 // the matrix value modulo W (-h to W - 1 - h) and still read inside the table.
 #include "halftone/protocol_steps.h"
 #include "halftone/slots.h"
+#include "halftone/setting_kinds.h"
 
 namespace inkdot {
 
@@ -27,7 +28,7 @@ uint32_t levelSpread(const uint8_t grayTable[256]) {
 
 uint32_t buildInkCurve(HtContext& ctx) {
     const uint8_t* gray = ctx.lut.grayTable;
-    if (ctx.outputBits != 2) {
+    if (!isTwoBit(ctx.outputBits)) {
         if (const uint32_t rc = acquireSlot(ctx, kConversionTable, 512, false); rc != RC_OK) return rc;
         uint16_t* curve = slotData<uint16_t>(ctx, kConversionTable);
         for (int i = 0; i < 256; ++i) curve[i] = gray[i];

@@ -8,15 +8,15 @@
 namespace inkdot {
 
 uint32_t setUpReplication(HtContext& ctx) {
-    if (ctx.scaleMode < 2) {
+    if (ctx.scaleMode < INKDOT_SCALE_REPEAT_MIN) {
         ctx.replicationFactor = 1;
     } else {
         const int64_t expansion = int64_t{ctx.scaleMode} + 1;  // 64 bits: scaleMode may be the largest int
         if (expansion % 2 == 0) {
-            ctx.scaleMode = 1;
+            ctx.scaleMode = INKDOT_SCALE_DOUBLE;
             ctx.replicationFactor = static_cast<uint32_t>(expansion / 2);
         } else {
-            ctx.scaleMode = 0;
+            ctx.scaleMode = INKDOT_SCALE_NONE;
             ctx.replicationFactor = static_cast<uint32_t>(expansion);
         }
     }

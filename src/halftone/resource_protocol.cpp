@@ -8,14 +8,12 @@
 #include "halftone/dispatch.h"
 #include "halftone/ht_context.h"
 #include "halftone/ht_instance.h"
-#include "halftone/method_kind.h"
+#include "halftone/setting_kinds.h"
 #include "halftone/protocol_steps.h"
 #include "halftone/slots.h"
 
 namespace inkdot {
 namespace {
-
-bool twoBit(const HtContext& ctx) { return ctx.outputBits == 2; }
 
 // Ids travel as 16-bit values widened with their sign: id 65535 and the end
 // of the protocol both arrive as -1.
@@ -39,8 +37,8 @@ uint32_t phaseRequestList(HtContext& ctx, ByteView block, uint32_t* outNextBlock
     if (block.isNull()) return RC_ARG + 2;
     if (const uint32_t rc = readRequestList(ctx, block); rc != RC_OK) return rc;
     *outNextBlock = answerOf(ctx.requestIds[block::request_list::kGridLevels]);
-    // Line sizes are 32-bit: width x 4 + 240 bytes per error line must fit.
-    if (ctx.width > (0xFFFFFFFFu - 240) / 4) return RC_ARG + 1;
+    // Line sizes are 32-bit: an error line's cells and margins in bytes must fit.
+    if (ctx.width > 0xFFFFFFFFu / sizeof(int32_t) - 2 * kErrorLineMargin) return RC_ARG + 1;
     if (const uint32_t rc = acquireErrorLines(ctx); rc != RC_OK) return releaseAllAnd(ctx, rc);
     if (const uint32_t rc = setUpReplication(ctx); rc != RC_OK) return releaseAllAnd(ctx, rc);
     return RC_OK;
@@ -58,7 +56,7 @@ uint32_t phaseColourGrid(HtContext& ctx, ByteView block) {
     }
 
     uint32_t tableBytes;
-    if (ctx.method == 0) {
+    if (ctx.method == INKDOT_METHOD_THRESHOLD) {
         // Fixed threshold needs only the corners: 2 x 2 x 2 nodes at 0 and 255.
         for (unsigned axis = 0; axis < 3; ++axis) {
             ctx.lut.gridCount[axis] = 2;
@@ -95,7 +93,7 @@ uint32_t phaseColourGrid(HtContext& ctx, ByteView block) {
 }
 
 uint32_t phaseGridLevels(HtContext& ctx, ByteView block) {
-    if (ctx.colourMode == 0) {
+    if (!isColour(ctx.colourMode)) {
         const uint32_t rc = buildInkCurve(ctx);
         return rc == RC_OK ? rc : releaseAllAnd(ctx, rc);
     }
@@ -106,14 +104,14 @@ uint32_t phaseGridLevels(HtContext& ctx, ByteView block) {
 // error-diffusion threshold and grid cell tables as views into it.
 uint32_t acquireMatrixAndTables(HtContext& ctx) {
     const uint32_t matrixBytes = (2u * ctx.matrixCells + 3) & ~3u;  // u16 cells, whole words
-    const uint32_t toneBytes = isDitherMethod(ctx.method) && ctx.colourMode == 0 ? 1024 : 512;
+    const uint32_t toneBytes = isDitherMethod(ctx.method) && !isColour(ctx.colourMode) ? 1024 : 512;
     if (const uint32_t rc = acquireSlot(ctx, kThresholdMatrix, matrixBytes + toneBytes, false); rc != RC_OK) {
         return rc;
     }
     setSlotView(ctx, kToneTable, slotData<uint8_t>(ctx, kThresholdMatrix) + matrixBytes, toneBytes);
 
-    const uint32_t dotBytes = ctx.colourMode == 3 ? 1024 : 512;
-    const uint32_t edBytes = twoBit(ctx) ? 1024 : 512;  // two-bit re-indexes through a second half
+    const uint32_t dotBytes = ctx.colourMode == INKDOT_COLOUR_DOUBLE_DOT_TABLE ? 1024 : 512;
+    const uint32_t edBytes = isTwoBit(ctx.outputBits) ? 1024 : 512;  // two-bit re-indexes through a second half
     const uint32_t cellBytes = 512;
     if (const uint32_t rc = acquireSlot(ctx, kDotValueTable, dotBytes + edBytes + cellBytes, true); rc != RC_OK) {
         return rc;
@@ -125,7 +123,7 @@ uint32_t acquireMatrixAndTables(HtContext& ctx) {
 }
 
 uint32_t phaseThresholdMatrix(HtContext& ctx, ByteView block, uint32_t* outNextBlock) {
-    if (twoBit(ctx)) {
+    if (isTwoBit(ctx.outputBits)) {
         using namespace block::dot_split_descriptor;
         const ByteView descriptor(ctx.lut.extraData, kBytes);
         if (descriptor.isNull() || descriptor.u32le(kPresentOffset) == 0 ||
@@ -161,11 +159,11 @@ uint32_t phaseThresholdMatrix(HtContext& ctx, ByteView block, uint32_t* outNextB
     if (const uint32_t rc = chooseSpreadThresholds(ctx); rc != RC_OK) return rc;
 
     int16_t* dot = slotData<int16_t>(ctx, kDotValueTable);
-    buildDotValueTable(dot, twoBit(ctx), ctx.lut.inkParam[0], ctx.lut.inkParam[1]);
+    buildDotValueTable(dot, isTwoBit(ctx.outputBits), ctx.lut.inkParam[0], ctx.lut.inkParam[1]);
     if (hasZeroDotValue(dot)) return RC_DATA;  // dot values divide the tone and threshold tables
     uint16_t* tone = slotData<uint16_t>(ctx, kToneTable);
     buildToneTable(tone, dot, ctx.matrixCells);
-    if (ctx.colourMode == 0 && ctx.outputBits == 1 && isDitherMethod(ctx.method)) {
+    if (!isColour(ctx.colourMode) && ctx.outputBits == INKDOT_ONE_BIT && isDitherMethod(ctx.method)) {
         composeToneWithInkCurve(tone, slotData<uint16_t>(ctx, kConversionTable));
     }
     buildEdThresholdTable(slotData<int16_t>(ctx, kEdThresholdTable), dot);
@@ -190,7 +188,7 @@ uint32_t runPhase(HtContext& ctx, uint32_t phase, ByteView block, uint32_t* outN
     if (phase == 1) return phaseRequestList(ctx, block, outNextBlock);
     // A one-bit instance's last phase is 3: its threshold table block has no
     // room for the dot-split re-indexing of phase 4.
-    const uint32_t lastPhase = twoBit(ctx) ? 4 : 3;
+    const uint32_t lastPhase = isTwoBit(ctx.outputBits) ? 4 : 3;
     if (phase > lastPhase) return RC_DATA;
     const uint16_t classId = classMatrixId(ctx);
     if (classId == block::request_list::kEndOfList) return RC_DATA;
@@ -217,7 +215,7 @@ uint32_t halftoneSetResource(HtContext* ctx, ByteView block, uint32_t* outNextBl
         if (ctx->kernel == nullptr) ctx->failedPhase = phase;
         return rc;
     }
-    const bool complete = phase == (twoBit(*ctx) ? 4u : 3u);
+    const bool complete = phase == (isTwoBit(ctx->outputBits) ? 4u : 3u);
     if (complete) ctx->kernel = chooseKernel(*ctx).kernel;
     return RC_OK;
 }

@@ -1,6 +1,6 @@
 // The four ink levels at which the error-diffusion kernels widen their spread,
 // chosen by resolution class and, for one-bit output, by the ink parameter.
-#include "halftone/method_kind.h"
+#include "halftone/setting_kinds.h"
 #include "halftone/protocol_steps.h"
 
 namespace inkdot {
@@ -31,7 +31,7 @@ void store(HtContext& ctx, const Thresholds& row) {
 }  // namespace
 
 uint32_t chooseSpreadThresholds(HtContext& ctx) {
-    if (ctx.outputBits == 2) {
+    if (isTwoBit(ctx.outputBits)) {
         if (is1440x720(ctx)) store(ctx, kTwoBit1440x720);
         else if (isSquare(ctx)) store(ctx, kTwoBitSquare);
         else if (isDoubleY(ctx)) store(ctx, kTwoBitDoubleY);

@@ -5,6 +5,7 @@
 #include <lcms2.h>
 #include <png.h>
 #include <tiffio.h>
+#include <zlib.h>
 
 #include <filesystem>
 #include <fstream>
@@ -260,6 +261,30 @@ TEST_F(PrintWithProfile, InvalidProfilesFailClearly) {
     writeTiff(dir.file("broken.tif"), 8, 2, testPixels(8, 2), std::vector<uint8_t>(150, 1));
     EXPECT_EQ(print({dir.file("broken.tif"), "-o", dir.file("out")}), kExitFailed);
     EXPECT_NE(err.str().find("the profile embedded in"), std::string::npos) << err.str();
+
+    // A broken iCCP chunk, which libpng drops with a warning, stops the print
+    // as the broken TIFF tag does; --input-profile sRGB then prints either.
+    writePng(dir.file("plain.png"), 8, 2, testPixels(8, 2), {});
+    std::string png = test::readBytes(dir.file("plain.png"));
+    std::string data = std::string("junk\0\0", 6);
+    std::vector<uint8_t> packed(compressBound(150));
+    uLongf packedSize = packed.size();
+    const std::vector<uint8_t> junk(150, 1);
+    ASSERT_EQ(compress(packed.data(), &packedSize, junk.data(), junk.size()), Z_OK);
+    data.append(reinterpret_cast<const char*>(packed.data()), packedSize);
+    const std::string typed = "iCCP" + data;
+    const auto be32 = [](uint32_t v) { return std::string{char(v >> 24), char(v >> 16), char(v >> 8), char(v)}; };
+    const uint32_t crc = static_cast<uint32_t>(crc32(0, reinterpret_cast<const Bytef*>(typed.data()), typed.size()));
+    png.insert(8 + 25, be32(static_cast<uint32_t>(data.size())) + typed + be32(crc));  // behind IHDR
+    test::writeBytes(dir.file("broken.png"), png);
+    EXPECT_EQ(print({dir.file("broken.png"), "-o", dir.file("out")}), kExitFailed);
+    EXPECT_NE(err.str().find("the profile embedded in " + dir.file("broken.png") + " is not a usable ICC profile: iCCP"),
+              std::string::npos)
+        << err.str();
+    for (const char* name : {"broken.png", "broken.tif"}) {
+        EXPECT_EQ(print({dir.file(name), "-o", dir.file("out"), "--input-profile", "sRGB"}), kExitOk) << err.str();
+        EXPECT_EQ(out.str().find("converted"), std::string::npos) << out.str();
+    }
 
     EXPECT_EQ(print({dir.file("plain.png"), "-o", dir.file("out"), "--intent", "vivid"}), kExitUsage);
     EXPECT_NE(err.str().find("--intent must be perceptual, relative, saturation or absolute"), std::string::npos);

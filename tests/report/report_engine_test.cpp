@@ -85,30 +85,45 @@ TEST(ReportTargets, FullInkCoversEveryPixel) {
     }
 }
 
-TEST(ReportTargets, FlatGrayPrintsItsTone) {
-    // Two-bit output weighs every dot alike (its dot split delivers the ink
-    // amount in small, medium and large dots), so its coverage, dots counted
-    // by their amounts, is the ink amount a the colour management asks for.
-    // One-bit output counts each dot with the pack's dot weight instead
-    // (ink parameters 250 % at the light end, 100 % at the dark end, in a
-    // quadratic between), so it prints a / weight(a) of the pixels.
-    ColourSettings colour;
-    colour.mono = true;
-    const PatchLayout layout{256, 16, 256};
-    for (uint8_t v : {96, 128, 160, 192}) {
-        const double tone = countPlane(print(colour, {Method::Dither, 2}, Resolution::R720x720, {{v, v, v}}, layout)[0], 0)
-                                .coverage({});
-        const double ed2 = countPlane(print(colour, {Method::ErrorDiffusion, 2}, Resolution::R720x720, {{v, v, v}}, layout)[0], 0)
-                               .coverage({});
-        EXPECT_NEAR(ed2, tone, 0.01) << int(v);
-        EXPECT_GT(tone, 0.3) << int(v);
-        EXPECT_LT(tone, 0.9) << int(v);
-
-        const double light = 1.0 - tone;
-        const double weight = 1.0 + 1.5 * light * light;  // 100 % + (250 − 100) % × (1 − a)²
-        for (Method m : {Method::Dither, Method::ErrorDiffusion}) {
-            const auto patch = print(colour, {m, 1}, Resolution::R720x720, {{v, v, v}}, layout);
-            EXPECT_NEAR(countPlane(patch[0], 0).coverage({}), tone / weight, 0.015) << methodName(m) << " " << int(v);
+TEST(ReportTargets, TwoBitPrintsTheToneOfOneBit) {
+    // The report's ramps (gray and each primary from paper white to full) at
+    // both depths with the same colour tables: every ink's coverage, dots
+    // counted by their ink amounts (small 0.35, medium 0.65 of a large dot,
+    // a one-bit dot as large), must agree within 0.006 plus 3 % of the
+    // one-bit coverage (the largest difference seen is 0.008 at 0.45): the
+    // dot split rounds each row to 1/255 per dot size and the two depths
+    // place their dots by different rules. Before the dot split matched the
+    // one-bit tone, cyan at input 223 printed 0.11 in one bit and 0.21 in two.
+    const std::pair<const char*, Rgb (*)(uint8_t)> ramps[] = {
+        {"gray", [](uint8_t v) { return Rgb{v, v, v}; }},
+        {"cyan", [](uint8_t v) { return Rgb{v, 255, 255}; }},
+        {"magenta", [](uint8_t v) { return Rgb{255, v, 255}; }},
+        {"yellow", [](uint8_t v) { return Rgb{255, 255, v}; }},
+    };
+    const PatchLayout layout{128, 16, 64};
+    for (bool mono : {false, true}) {
+        ColourSettings colour;
+        colour.mono = mono;
+        for (Method m : {Method::ErrorDiffusion, Method::Dither}) {
+            for (Resolution r : {Resolution::R720x720, Resolution::R1440x720, Resolution::R360x720}) {
+                for (const auto& [name, rampColour] : ramps) {
+                    if (mono && std::string(name) != "gray") continue;
+                    std::vector<Rgb> ramp;
+                    for (int v = 255; v >= 0; v -= 16) ramp.push_back(rampColour(static_cast<uint8_t>(v)));
+                    const auto one = print(colour, {m, 1}, r, ramp, layout);
+                    const auto two = print(colour, {m, 2}, r, ramp, layout);
+                    ASSERT_EQ(one.size(), two.size());
+                    for (size_t i = 0; i < one.size(); ++i) {
+                        for (unsigned p = 0; p < one[i].planes; ++p) {
+                            const double c1 = countPlane(one[i], p).coverage({});
+                            const double c2 = countPlane(two[i], p).coverage({});
+                            EXPECT_NEAR(c2, c1, 0.006 + 0.03 * c1)
+                                << describe({m, 1}, r) << (mono ? " mono " : " ") << name << " ramp, input "
+                                << 255 - 16 * i << ", plane " << p;
+                        }
+                    }
+                }
+            }
         }
     }
 }
@@ -152,7 +167,8 @@ std::vector<std::string> readLines(const std::string& path) {
 TEST(ReportCommand, WritesTheMeasurementsOfEveryMethod) {
     TempDir dir;
     std::ostringstream out, err;
-    ASSERT_EQ(runCli({"report", "-o", dir.file("r"), "--quick", "--bits", "2"}, out, err), kExitOk) << err.str();
+    ASSERT_EQ(runCli({"report", "-o", dir.file("r"), "--quick", "--bits", "2", "--csv"}, out, err), kExitOk)
+        << err.str();
     const auto tone = readLines(dir.file("r/tone.csv"));
     ASSERT_FALSE(tone.empty());
     EXPECT_EQ(tone[0], "method,ramp,level,ink,none,small,medium,large,dotted,coverage");
@@ -168,7 +184,6 @@ TEST(ReportCommand, WritesTheMeasurementsOfEveryMethod) {
     EXPECT_TRUE(sawWhite);
     for (const char* name : {"config.csv", "spectrum.csv", "flat.csv", "texture.csv"})
         EXPECT_GT(readLines(dir.file(std::string("r/") + name)).size(), 1u) << name;
-    EXPECT_NE(out.str().find("report_plots.py"), std::string::npos);
 }
 
 TEST(ReportCommand, RefusesBadOptions) {

@@ -36,6 +36,10 @@ TEST(Cli, HelpEverywhere) {
         EXPECT_NE(r.out.find(std::string("usage: inkdot ") + command), std::string::npos) << command;
         EXPECT_TRUE(r.err.empty()) << command;
     }
+    // What print refuses or decides on its own is said in its help.
+    const std::string print = run({"print", "--help"}).out;
+    for (const char* said : {"not at 720x360", "sRGB names the built-in sRGB", "cannot be used stops the print"})
+        EXPECT_NE(print.find(said), std::string::npos) << said;
 }
 
 TEST(Cli, BadUsageGivesOneLineAndStatus2) {
@@ -48,6 +52,7 @@ TEST(Cli, BadUsageGivesOneLineAndStatus2) {
              {"print", "in.png", "-o", "x", "--method", "fm"},
              {"print", "in.png", "-o", "x", "--bits", "3"},
              {"print", "in.png", "-o", "x", "--bits", "2", "--method", "threshold"},
+             {"print", "in.png", "-o", "x", "--bits", "2", "--resolution", "720x360"},
              {"print", "in.png", "-o", "x", "--resolution", "600x600"},
              {"print", "in.png", "-o", "x", "--brightness", "51"},
              {"print", "in.png", "-o", "x", "--contrast", "-51"},
@@ -63,10 +68,12 @@ TEST(Cli, BadUsageGivesOneLineAndStatus2) {
              {"print", "in.png", "-o", "x", "--mono=yes"},
              {"chart"},
              {"chart", "-o", "c.png", "--width", "10"},
+             {"chart", "-o", "c.tif"},
              {"pack", "dir"},
              {"info", "extra"},
              {"report"},
              {"report", "-o", "x", "--bits", "3"},
+             {"report", "-o", "x", "--bits", "2", "--resolution", "720x360"},
          }) {
         const CliRun r = run(args);
         std::string joined;

@@ -1,5 +1,5 @@
 // The dot-split table: rows fit a pixel, dot sizes hand over smoothly and the
-// delivered ink follows the ink amount.
+// delivered ink is what one-bit output lays down for the ink amount.
 #include <gtest/gtest.h>
 
 #include <cmath>
@@ -37,16 +37,34 @@ TEST_P(DotSplitRows, FitAPixelAndHandOverMonotonically) {
     }
     EXPECT_LT(smallPeak, mediumPeak);
     EXPECT_LT(mediumPeak, 255);
-    // The ink the row delivers follows the row number (within rounding).
+    // The ink the row delivers is the one-bit ink, r scaled by 255 over the
+    // dot value (within rounding).
     for (int r = 0; r < 256; ++r) {
         const double ink = rows[r].small * params.smallInk + rows[r].medium * params.mediumInk + rows[r].large;
-        EXPECT_NEAR(ink, r, 1.5) << r;  // three roundings of half a unit each
+        const double oneBit = r * 255.0 / oneBitDotValue(r, params.inkParamA, params.inkParamB);
+        EXPECT_NEAR(ink, oneBit, 1.5) << r;  // three roundings of half a unit each
     }
 }
 
 INSTANTIATE_TEST_SUITE_P(Shapes, DotSplitRows,
                          ::testing::Values(DotSplitParams{}, DotSplitParams{0.25, 0.6, 0.05, 0.5, 0.25, 1.0},
-                                           DotSplitParams{0.4, 0.7, 0.1, 0.7, 0.4, 1.0}));
+                                           DotSplitParams{0.4, 0.7, 0.1, 0.7, 0.4, 1.0, 500, 100}));
+
+TEST(DotSplit, OneBitDotValuesOfTheInkParameters) {
+    // ((A − B)(255 − r)² + 1) / 255 + 255 B, over 100, truncated. A 250, B 100:
+    // r 0: (150 × 65025 + 1) / 255 = 38250, + 25500 = 63750 → 637;
+    // r 128: (150 × 16129 + 1) / 255 = 9487, + 25500 = 34987 → 349;
+    // r 254: 1 + 25500 → 255. A 500, B 120, r 0: 96900 + 30600 → 1275.
+    // A = B = 100 gives 255 throughout (no dot gain).
+    const struct {
+        int r, a, b, dot;
+    } cases[] = {{0, 250, 100, 637}, {128, 250, 100, 349}, {254, 250, 100, 255}, {255, 250, 100, 255},
+                 {0, 100, 100, 255}, {200, 100, 100, 255}, {0, 500, 120, 1275}};
+    for (const auto& c : cases) EXPECT_EQ(oneBitDotValue(c.r, c.a, c.b), c.dot) << c.r << " " << c.a << "," << c.b;
+    // Without dot gain the split delivers the ink amount itself.
+    const auto rows = makeDotSplit({0.35, 0.65, 0.08, 0.6, 0.3, 1.0, 100, 100});
+    EXPECT_NEAR(rows[100].small * 0.35 + rows[100].medium * 0.65 + rows[100].large, 100.0, 1.5);
+}
 
 TEST(DotSplitBlock, IsThreeBytesPerRowInSmallMediumLargeOrder) {
     std::array<DotSplitRow, 256> rows{};

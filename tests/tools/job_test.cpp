@@ -89,6 +89,43 @@ TEST(Job, ShortBlockIsRefusedBeforeTheEngineSeesIt) {
     EXPECT_EQ(error, "block 1010 (threshold matrix) holds 6 bytes, its layout needs 8196");
 }
 
+TEST(Job, BlockAtFaultIsNamed) {
+    // Each case spoils one block of the default pack; the engine would refuse
+    // the run only while reading a later block (the matrix 1010 or the dot
+    // split), so the driver checks first and names the block to blame.
+    std::string error;
+    auto base = openDefaultPack(error);
+    ASSERT_TRUE(base) << error;
+    const auto copy = [&](uint32_t n) {
+        const auto b = base->block(n);
+        return std::vector<uint8_t>(b.begin(), b.end());
+    };
+    struct Spoilt {
+        uint32_t block;
+        size_t at;
+        std::vector<uint8_t> bytes;
+        unsigned bits;
+        const char* message;
+    };
+    const Spoilt cases[] = {
+        // Ink parameter A, big-endian at 48: 300 is 0x012C.
+        {100, 48, {0x01, 0x2C}, 1, "block 100 (colour table) has ink parameter A = 300; one-bit halftoning takes 250, 350 or 500"},
+        {100, 50, {0x00, 0x00}, 1, "block 100 (colour table) has ink parameter B = 0; one-bit halftoning takes 1 to 1000"},
+        // Data area size, u32 at 20: 0 leaves out the dot-split descriptor.
+        {100, 20, {0, 0, 0, 0}, 2, "block 100 (colour table) names no dot-split block, which two-bit output needs"},
+        {1010, 0, {48}, 1, "block 1010 (threshold matrix) has a width of 48 cells, which is no power of two"},
+        {1100, 15, {100, 100, 100}, 2, "block 1100 (dot-split table) has row 5, whose dot amounts add up to more than 255"},
+    };
+    for (const Spoilt& c : cases) {
+        EditedPack pack;
+        std::vector<uint8_t> block = copy(c.block);
+        std::copy(c.bytes.begin(), c.bytes.end(), block.begin() + static_cast<std::ptrdiff_t>(c.at));
+        pack.replaced[c.block] = block;
+        EXPECT_EQ(Job::open({}, {Method::Dither, c.bits, Resolution::R720x720, HScale::x1, 8}, pack, error), nullptr);
+        EXPECT_EQ(error, c.message);
+    }
+}
+
 struct Case {
     Method method;
     unsigned bits;

@@ -66,6 +66,63 @@ TEST(Preview, DrawsInkColoursAndAveragesCoverage) {
     EXPECT_GT(small[0], large[0] + 50);
 }
 
+// Byte i of plane p on printed line y of a page whose inks differ in
+// density by plane, by column and by band of lines.
+uint8_t busyPageByte(unsigned p, unsigned y, unsigned i) {
+    uint32_t h = (p * 0x9E3779B1u) ^ (y * 0x85EBCA77u) ^ (i * 0xC2B2AE3Du);
+    h ^= h >> 15;
+    h *= 0x2C1B3C6Du;
+    h ^= h >> 12;
+    const uint8_t a = static_cast<uint8_t>(h), b = static_cast<uint8_t>(h >> 8), c = static_cast<uint8_t>(h >> 16);
+    switch (p) {
+        case 0: return a;
+        case 1: return a & b;
+        case 2: return i < 3 ? a & b & c : a | b;
+        default: return y < 10 ? 0 : a & c;
+    }
+}
+
+TEST(Preview, KeepsTheLookOfTheDotByDotAverage) {
+    // 37 x 23 dots at 1440 x 720, at most 4 preview pixels across: boxes of
+    // 10 x 5 dots, the last column 7 dots wide, the last row 3 lines high,
+    // and spare bits past the page edge that must not count. The expected
+    // pixels are what the preview made when it summed coverage dot by dot
+    // in floats and encoded sRGB with the power function; the byte-wise sums
+    // give the same one-bit pixels, and two-bit ones within one step, as
+    // 35 and 65 hundredths add up in another order.
+    const std::vector<uint8_t> expected[2] = {
+        {136, 135, 157, 143, 161, 176, 142, 135, 107, 176, 170, 96,  137, 142, 156, 126, 135, 175, 136, 126,
+         111, 145, 142, 99,  115, 123, 128, 113, 115, 139, 113, 107, 90,  122, 110, 67,  106, 103, 121, 107,
+         111, 128, 126, 132, 107, 108, 102, 62,  103, 110, 121, 104, 95,  101, 116, 124, 96,  131, 124, 53},
+        {139, 149, 171, 158, 149, 98,  145, 142, 93,  145, 137, 83,  135, 140, 166, 136, 133, 103, 146, 138,
+         81,  142, 142, 90,  113, 118, 131, 118, 111, 82,  115, 103, 61,  107, 103, 57,  103, 105, 124, 111,
+         109, 77,  108, 109, 68,  92,  97,  56,  106, 106, 112, 121, 125, 86,  113, 110, 69,  101, 99,  74},
+    };
+    TempDir dir;
+    for (unsigned bits : {1u, 2u}) {
+        const uint32_t width = 37, height = 23;
+        const size_t stride = (width * bits + 7) / 8;
+        std::string error;
+        PreviewBuilder preview;
+        ASSERT_TRUE(preview.open(dir.file("p.png"), width, height, 1440, 720, 4, bits, 4, error)) << error;
+        std::vector<uint8_t> line(4 * stride);
+        for (unsigned y = 0; y < height; ++y) {
+            for (unsigned p = 0; p < 4; ++p)
+                for (unsigned i = 0; i < stride; ++i) line[p * stride + i] = busyPageByte(p, y, i);
+            ASSERT_TRUE(preview.addLine(line.data(), stride, error)) << error;
+        }
+        ASSERT_TRUE(preview.finish(error)) << error;
+        auto reader = openImage(dir.file("p.png"), error);
+        ASSERT_TRUE(reader) << error;
+        ASSERT_EQ(reader->width() * reader->height() * 3, expected[bits - 1].size());
+        std::vector<uint8_t> pixels(expected[bits - 1].size());
+        for (uint32_t y = 0; y < reader->height(); ++y)
+            ASSERT_TRUE(reader->readRow(&pixels[y * reader->width() * 3], error)) << error;
+        for (size_t i = 0; i < pixels.size(); ++i)
+            EXPECT_NEAR(pixels[i], expected[bits - 1][i], bits - 1) << bits << " bits, byte " << i;
+    }
+}
+
 TEST(TestChart, HasItsBandsWhereExpected) {
     const uint32_t w = 1200, h = 900;
     uint8_t rgb[3];

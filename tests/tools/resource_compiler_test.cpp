@@ -54,6 +54,25 @@ TEST(ResourceCompiler, ReportsMistakesWithFileAndLine) {
         {"5\n", "needs a number and a kind"},
         {"5 grid-levels stray\n", "expected key=value"},
         {"# nothing\n", "describes no blocks"},
+        // Bad values stop the line before anything is built from them: these
+        // once divided by zero (points=1) or ran for minutes and gigabytes.
+        {"5 colour-table points=1\n", "points must be a whole number from 2 to 48"},
+        {"5 colour-table points=1000\n", "points must be a whole number from 2 to 48"},
+        {"5 colour-table points=-3\n", "points must be a whole number from 2 to 48"},
+        {"5 colour-table ink-param=0,100\n", "ink-param A and B must be from 1 to 1000"},
+        {"5 colour-table ink-param=250,100,0,0,0,0\n", "at most five values"},
+        {"5 colour-table dot-split=7\n", "pack.txt:1: dot-split=7 names no dot-split block"},
+        {"5 colour-table dot-split=6\n6 grid-levels\n", "dot-split=6 names no dot-split block"},
+        {"5 colour-table dot-split=7\n6 colour-table ink-param=350,100 dot-split=7\n7 dot-split\n",
+         "pack.txt:2: its ink-param differs from block 5"},
+        {"5 correction-tables strength=nan\n", "strength must be a number from 1 to 4"},
+        {"5 routing records=0:0.1\n", "four rows from 0 to 3"},
+        {"5 routing records=254:0.1.2.3\n", "a key from 0 to 253"},
+        {"5 routing records=0:0.1.2.4\n", "four rows from 0 to 3"},
+        {"5 base-weights weights=50,50\n", "weights takes four values"},
+        {"5 dot-split medium=0.5,0.9 large=0.1,1\n", "medium dots must fade in before large ones"},
+        {"5 matrix width=64 width=32\n", "'width' is set twice"},
+        {"5 index file=.\n", "not a regular file"},
     };
     for (const auto& [manifest, message] : cases) {
         const std::string error = compileError(manifest);
@@ -69,6 +88,27 @@ TEST(ResourceCompiler, IndexBlocksEndWithNul) {
     std::string error;
     ASSERT_TRUE(compileResources(dir.path().string(), blocks, error)) << error;
     EXPECT_EQ(blocks[0], (Bytes{'/', '/', '3', ' ', 'x', '\n', 0}));
+}
+
+TEST(ResourceCompiler, DotSplitMatchesTheOneBitToneOfItsTables) {
+    // Row 128 of a split for ink parameters 250,100 (the default) delivers
+    // 128 × 255 / 349 = 93.5 units of ink, 349 being the one-bit dot value
+    // at 128; for 100,100 (no dot gain) the amount itself, 128.
+    const std::pair<const char*, double> cases[] = {{"1 dot-split\n", 93.5},
+                                                    {"1 dot-split\n2 colour-table points=2 dot-split=1\n", 93.5},
+                                                    {"1 dot-split\n2 colour-table points=2 ink-param=100,100 "
+                                                     "dot-split=1\n",
+                                                     128.0}};
+    for (const auto& [manifest, ink] : cases) {
+        TempDir dir;
+        dir.write("pack.txt", manifest);
+        BlockMap blocks;
+        std::string error;
+        ASSERT_TRUE(compileResources(dir.path().string(), blocks, error)) << error;
+        const Bytes& split = blocks[1];
+        ASSERT_EQ(split.size(), 768u);
+        EXPECT_NEAR(split[3 * 128] * 0.35 + split[3 * 128 + 1] * 0.65 + split[3 * 128 + 2], ink, 1.5) << manifest;
+    }
 }
 
 TEST(HalftoneBlocks, RequestListEndsWith65535) {

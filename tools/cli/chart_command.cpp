@@ -1,4 +1,6 @@
 // inkdot chart: the built-in test chart as a PNG.
+#include <algorithm>
+#include <cctype>
 #include <filesystem>
 
 #include "cli/cli.h"
@@ -8,13 +10,23 @@
 namespace inkdot::tools {
 
 namespace {
+
+// The chart is always PNG: a name that says otherwise (x.tif) is refused
+// rather than filled with data its name denies.
+bool namesPng(const std::string& path) {
+    std::string ext = std::filesystem::path(path).extension().string();
+    std::transform(ext.begin(), ext.end(), ext.begin(), [](unsigned char c) { return std::tolower(c); });
+    return ext.empty() || ext == ".png";
+}
+
 constexpr OptionDef kChartOptions[] = {{"output", true}, {"width", true}, {"height", true}};
 constexpr const char* kChartHelp =
     "usage: inkdot chart -o FILE.png [--width N] [--height N]\n"
     "\n"
     "Writes the test chart: gray ramp and steps, cyan/magenta/yellow and\n"
     "red/green/blue ramps, a hue sweep, skin tones and dark tones.\n"
-    "  -o, --output FILE   the PNG to write\n"
+    "  -o, --output FILE   the PNG to write; a name with another extension\n"
+    "                      (FILE.tif, FILE.jpg) is refused\n"
     "  --width N           pixels across, 64..20000 (default 1200)\n"
     "  --height N          pixels down, 64..20000 (default 900)\n";
 }  // namespace
@@ -34,6 +46,10 @@ int chartCommand(const std::vector<std::string>& args, std::ostream& out, std::o
     }
     if (ok && !parsed.has("output")) {
         error = "chart needs -o FILE.png";
+        ok = false;
+    }
+    if (ok && !namesPng(parsed.value("output", ""))) {
+        error = "chart writes PNG only; name the output FILE.png, not " + parsed.value("output", "");
         ok = false;
     }
     if (ok && parsed.has("width")) ok = parseInt(parsed.value("width", ""), 64, 20000, "width", width, error);

@@ -1,5 +1,6 @@
 #include "cli/cli.h"
 
+#include <algorithm>
 #include <iostream>
 
 namespace inkdot::tools {
@@ -17,7 +18,11 @@ constexpr const char* kUsage =
     "  info [--pack FILE]   describe a pack (default: the built-in one)\n"
     "  report -o OUTDIR     measure print quality: tone, spectra, texture\n"
     "\n"
-    "'inkdot COMMAND --help' describes a command's options.\n";
+    "'inkdot COMMAND --help' describes a command's options; --version tells the version.\n";
+
+bool hasArg(const std::vector<std::string>& args, const char* name) {
+    return std::find(args.begin(), args.end(), name) != args.end();
+}
 
 }  // namespace
 
@@ -32,6 +37,11 @@ int runCli(const std::vector<std::string>& args, std::ostream& out, std::ostream
         out << kUsage;
         return kExitOk;
     }
+    // Every command answers --version the same way.
+    if (hasArg(args, "--version") && !hasArg(args, "--help") && !hasArg(args, "-h")) {
+        out << "inkdot " << INKDOT_VERSION << "\n";
+        return kExitOk;
+    }
     if (command == "print") return printCommand(rest, out, err);
     if (command == "chart") return chartCommand(rest, out, err);
     if (command == "pack") return packCommand(rest, out, err);
@@ -43,7 +53,12 @@ int runCli(const std::vector<std::string>& args, std::ostream& out, std::ostream
 
 int runCli(int argc, char** argv) {
     std::vector<std::string> args(argv + 1, argv + argc);
-    return runCli(args, std::cout, std::cerr);
+    // What was asked for (help, the version, info's listing) goes to standard
+    // output; the progress and results of the other commands are messages,
+    // on standard error with the failures.
+    const bool answer = args.empty() || args[0] == "info" || args[0] == "help" || hasArg(args, "--help") ||
+                        hasArg(args, "-h") || hasArg(args, "--version");
+    return runCli(args, answer ? std::cout : std::cerr, std::cerr);
 }
 
 }  // namespace inkdot::tools

@@ -6,6 +6,8 @@
 
 #include "cli/cli.h"
 #include "cli/print_options.h"
+#include "cli/standard_input.h"
+#include "driver/band_pipeline.h"
 #include "image/colour_profile.h"
 #include "image/image_reader.h"
 #include "image/plane_writer.h"
@@ -47,16 +49,26 @@ struct MadeDirectory {
 };
 
 // The conversion of the image into device RGB: from --input-profile, else
-// from the profile the image carries; none (null) for an untagged image.
+// from the profile the image carries; none (null) for an untagged image and
+// for --input-profile sRGB, device RGB being sRGB. One rule for PNG and TIFF:
+// an embedded profile that cannot be used stops the print, and the message
+// says how to print anyway.
 bool openInputConversion(const ImageReader& image, const PrintOptions& options,
                          std::unique_ptr<InputConversion>& out, std::string& error) {
+    if (options.inputProfile == kBuiltInSrgb) return true;
     std::vector<uint8_t> given;
     if (!options.inputProfile.empty() && !readProfileFile(options.inputProfile, given, error)) return false;
-    const std::vector<uint8_t>& profile = options.inputProfile.empty() ? image.iccProfile() : given;
-    if (options.inputProfile.empty() && profile.empty()) return true;
-    const std::string name = options.inputProfile.empty() ? "the profile embedded in " + options.input
-                                                          : options.inputProfile;
+    const bool embedded = options.inputProfile.empty();
+    const std::string name = embedded ? "the profile embedded in " + options.input : options.inputProfile;
+    const char* const howToOverride = "; --input-profile sRGB or FILE prints the image with another";
+    if (embedded && !image.iccProblem().empty()) {
+        error = name + " is not a usable ICC profile: " + image.iccProblem() + howToOverride;
+        return false;
+    }
+    const std::vector<uint8_t>& profile = embedded ? image.iccProfile() : given;
+    if (embedded && profile.empty()) return true;
     out = InputConversion::create(profile, image.channels(), options.intent, name, error);
+    if (out == nullptr && embedded) error += howToOverride;
     return out != nullptr;
 }
 
@@ -81,6 +93,10 @@ int printCommand(const std::vector<std::string>& args, std::ostream& out, std::o
         return kExitOk;
     }
 
+    if (options.input == "-") {
+        if (!makeStandardInputSeekable(error)) return fail(err, error);
+        options.input = kStandardInputPath;  // the files are then named stdin-...
+    }
     std::unique_ptr<ImageReader> image = openImage(options.input, error);
     if (!image) return fail(err, error);
     std::unique_ptr<InputConversion> conversion;
@@ -123,25 +139,32 @@ int printCommand(const std::vector<std::string>& args, std::ostream& out, std::o
                       options.previewWidth, error))
         return fail(err, error);
 
+    // Decoding and conversion, halftoning, and writing overlap band by band
+    // when the process has a second core.
     std::vector<uint8_t> row(size_t{image->width()} * image->channels());
-    std::vector<uint8_t> input(size_t{image->width()} * job->inputBytesPerPixel());
     std::vector<uint8_t> deviceRow(conversion ? size_t{image->width()} * 3 : 0);
-    std::vector<uint8_t> planeBuffer(planes * job->planeStride());
-    for (uint32_t y = 0; y < image->height(); ++y) {
-        if (!image->readRow(row.data(), error)) return fail(err, error);
-        if (conversion) {
-            conversion->convertRow(row.data(), image->width(), deviceRow.data());
-            toJobInput(deviceRow.data(), 3, image->width(), options.colour.mono, input.data());
-        } else {
-            toJobInput(row.data(), image->channels(), image->width(), options.colour.mono, input.data());
+    const size_t inputBytes = size_t{image->width()} * job->inputBytesPerPixel();
+    BandStages stages;
+    stages.read = [&](uint8_t* lines, uint32_t, uint32_t count, std::string& e) {
+        for (uint32_t i = 0; i < count; ++i) {
+            if (!image->readRow(row.data(), e)) return false;
+            if (conversion) conversion->convertRow(row.data(), image->width(), deviceRow.data());
+            toJobInput(conversion ? deviceRow.data() : row.data(), conversion ? 3 : image->channels(), image->width(),
+                       options.colour.mono, lines + i * inputBytes);
         }
-        for (unsigned r = 0; r < lineRepeat; ++r) {
-            if (!job->halftoneLine(input.data(), planeBuffer.data(), error)) return fail(err, error);
+        return true;
+    };
+    stages.write = [&](const uint8_t* lines, uint32_t, uint32_t count, std::string& e) {
+        for (uint32_t i = 0; i < count; ++i) {
+            const uint8_t* line = lines + size_t{i} * planes * job->planeStride();
             for (unsigned p = 0; p < planes; ++p)
-                if (!writers[p].writeLine(planeBuffer.data() + p * job->planeStride(), error)) return fail(err, error);
-            if (!preview.addLine(planeBuffer.data(), job->planeStride(), error)) return fail(err, error);
+                if (!writers[p].writeLine(line + p * job->planeStride(), e)) return false;
+            if (!preview.addLine(line, job->planeStride(), e)) return false;
         }
-    }
+        return true;
+    };
+    const BandPlan plan{.inputLines = image->height(), .lineRepeat = lineRepeat, .overlapped = severalCores()};
+    if (!runBands(*job, plan, stages, error)) return fail(err, error);
     for (PlaneWriter& w : writers)
         if (!w.finish(error)) return fail(err, error);
     if (!preview.finish(error)) return fail(err, error);

@@ -27,6 +27,7 @@ const char* const kPrintHelp =
     "  --method ed|dither|threshold   error diffusion (default), matrix dither,\n"
     "                           fixed threshold (one bit only)\n"
     "  --bits 1|2               dots per pixel: 1 on/off (default), 2 small/medium/large\n"
+    "                           (2 at 720x720, 1440x720 and 360x720, not at 720x360)\n"
     "  --resolution RES         720x720 (default), 1440x720, 360x720 or 720x360 dpi\n"
     "  --mono | --colour        black ink only, or C M Y K (default)\n"
     "  --brightness N           -50..50 (default 0)\n"
@@ -39,8 +40,13 @@ const char* const kPrintHelp =
     "                           keeps the image square on paper\n"
     "  --pack FILE              resource pack (default: the built-in pack)\n"
     "  --preview-width N        widest preview in pixels (default 1000)\n"
-    "  --input-profile FILE     ICC profile of IN, in place of the one it carries;\n"
-    "                           untagged images are taken as sRGB\n"
+    "  --input-profile FILE|sRGB\n"
+    "                           ICC profile of IN, in place of the one it carries;\n"
+    "                           sRGB names the built-in sRGB (./sRGB is a file).\n"
+    "                           Untagged images are taken as sRGB. A profile\n"
+    "                           embedded in IN (PNG iCCP or TIFF ICC tag) that\n"
+    "                           cannot be used stops the print, in PNG and TIFF\n"
+    "                           alike; --input-profile replaces it\n"
     "  --intent perceptual|relative|saturation|absolute\n"
     "                           rendering intent into device RGB (default perceptual)\n";
 
@@ -58,6 +64,14 @@ bool parseMethod(const std::string& text, Method& out) {
     else if (text == "dither") out = Method::Dither;
     else if (text == "threshold") out = Method::Threshold;
     else return false;
+    return true;
+}
+
+bool checkDepthAtResolution(unsigned bits, Resolution r, std::string& error) {
+    if (bits == 2 && r == Resolution::R720x360) {
+        error = "--bits 2 is not available at 720x360; two-bit output is made at 720x720, 1440x720 and 360x720";
+        return false;
+    }
     return true;
 }
 
@@ -125,6 +139,7 @@ bool parsePrintOptions(const ParsedArgs& args, PrintOptions& out, std::string& e
         error = "--resolution must be 720x720, 1440x720, 360x720 or 720x360, not '" + resolution + "'";
         return false;
     }
+    if (!checkDepthAtResolution(out.halftone.outputBits, out.halftone.resolution, error)) return false;
     if (args.has("mono") && (args.has("colour") || args.has("color"))) {
         error = "choose either --mono or --colour";
         return false;

@@ -1,13 +1,17 @@
 #include "cups/cancel_request.h"
 
+#include <atomic>
 #include <csignal>
 
 namespace inkdot::cups {
 
 namespace {
-volatile std::sig_atomic_t gCancelled = 0;
+// Set in a signal handler and read by the page's reading thread: a lock-free
+// atomic is safe in both places.
+std::atomic<bool> gCancelled{false};
+static_assert(std::atomic<bool>::is_always_lock_free);
 
-extern "C" void onTerminate(int) { gCancelled = 1; }
+extern "C" void onTerminate(int) { gCancelled = true; }
 }  // namespace
 
 void watchForCancel() {
@@ -17,8 +21,8 @@ void watchForCancel() {
     sigaction(SIGTERM, &action, nullptr);
 }
 
-bool cancelRequested() { return gCancelled != 0; }
+bool cancelRequested() { return gCancelled; }
 
-void setCancelRequested(bool requested) { gCancelled = requested ? 1 : 0; }
+void setCancelRequested(bool requested) { gCancelled = requested; }
 
 }  // namespace inkdot::cups

@@ -15,6 +15,7 @@
 #include "cups/cancel_request.h"
 #include "cups/filter_settings.h"
 #include "cups/page_plan.h"
+#include "driver/band_pipeline.h"
 
 namespace inkdot::cups {
 
@@ -132,44 +133,54 @@ PageEnd printPage(cups_raster_t* in, cups_raster_t* out, const cups_page_header2
     const size_t planeBytes = job->planeStride();
     const unsigned planes = job->planeCount();
     const uint64_t bandBytes = uint64_t{planeBytes} * planes;
-    std::vector<uint8_t> line(header.cupsBytesPerLine);
     std::vector<uint8_t> band(bandBytes);
     Progress progress(log, plan.height);
     bool cancelled = false;
-    uint32_t y = 0;
-    for (; y < plan.height; ++y) {
-        if (cancelRequested()) {
-            cancelled = true;
-            break;
-        }
-        if (cupsRasterReadPixels(in, line.data(), header.cupsBytesPerLine) != header.cupsBytesPerLine) {
-            // A cancelled job's upstream filter stops too: an early end is
-            // then the cancel, not a broken stream.
-            if (cancelRequested()) {
-                cancelled = true;
-                break;
+    uint32_t y = 0;  // lines written or held
+    // Reading, halftoning and writing overlap band by band on a second core.
+    tools::BandStages stages;
+    stages.read = [&](uint8_t* lines, uint32_t first, uint32_t count, std::string& why) {
+        for (uint32_t i = 0; i < count; ++i) {
+            if (cancelRequested()) return false;
+            if (cupsRasterReadPixels(in, lines + size_t{i} * header.cupsBytesPerLine, header.cupsBytesPerLine) !=
+                header.cupsBytesPerLine) {
+                // A cancelled job's upstream filter stops too: an early end is
+                // then the cancel, not a broken stream.
+                if (cancelRequested()) return false;
+                why = "the page ends after " + std::to_string(first + i) + " of " + std::to_string(plan.height) +
+                      " lines: the raster stream is truncated";
+                return false;
             }
-            report(log, "ERROR: Page %d ends after %u of %u lines: the raster stream is truncated", pageNo, y,
-                   plan.height);
-            return PageEnd::Failed;
         }
-        if (!job->halftoneLine(line.data(), band.data(), error)) {
+        return true;
+    };
+    stages.write = [&](const uint8_t* lines, uint32_t, uint32_t count, std::string& why) {
+        for (uint32_t i = 0; i < count; ++i, ++y) {
+            const uint8_t* line = lines + size_t{i} * bandBytes;
+            if (held) {
+                for (unsigned k = 0; k < planes; ++k) {
+                    // Planar: plane k's lines follow one another; banded: a line
+                    // holds every plane's bytes in turn, as the job writes them.
+                    const uint64_t at = plan.order == PlaneOrder::Planar
+                                            ? (uint64_t{k} * plan.height + y) * planeBytes
+                                            : uint64_t{y} * bandBytes + k * planeBytes;
+                    std::memcpy(page.get() + at, line + k * planeBytes, planeBytes);
+                }
+            } else if (!writeLine(out, line, bandBytes)) {
+                why = "the output cannot be written";
+                return false;
+            }
+            progress.lineDone(y + 1);
+        }
+        return true;
+    };
+    const tools::BandPlan bands{.inputLines = plan.height, .overlapped = tools::severalCores()};
+    if (!tools::runBands(*job, bands, stages, error)) {
+        if (!error.empty()) {
             report(log, "ERROR: Page %d: %s", pageNo, error.c_str());
             return PageEnd::Failed;
         }
-        if (held) {
-            for (unsigned k = 0; k < planes; ++k) {
-                // Planar: plane k's lines follow one another; banded: a line
-                // holds every plane's bytes in turn, as the job writes them.
-                const uint64_t at = plan.order == PlaneOrder::Planar ? (uint64_t{k} * plan.height + y) * planeBytes
-                                                                      : uint64_t{y} * bandBytes + k * planeBytes;
-                std::memcpy(page.get() + at, band.data() + k * planeBytes, planeBytes);
-            }
-        } else if (!writeLine(out, band.data(), bandBytes)) {
-            report(log, "ERROR: Page %d: the output cannot be written", pageNo);
-            return PageEnd::Failed;
-        }
-        progress.lineDone(y + 1);
+        cancelled = true;
     }
 
     if (cancelled) {

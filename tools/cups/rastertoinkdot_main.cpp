@@ -7,6 +7,10 @@
 #include "cups/raster_filter.h"
 
 int main(int argc, char** argv) {
+    if (argc == 2 && std::string(argv[1]) == "--version") {
+        std::printf("rastertoinkdot (inkdot) %s\n", INKDOT_VERSION);
+        return 0;
+    }
     inkdot::cups::FilterArgs args;
     std::string error;
     if (!inkdot::cups::parseFilterArgs(argc, argv, args, error)) {

@@ -15,6 +15,13 @@ constexpr size_t kMatrixHeader = 4;
 constexpr size_t kDotSplitSize = 256 * 3;
 constexpr size_t kMaxRequestIds = 15;
 constexpr size_t kChannelsNeeded = 4;
+constexpr size_t kInkParamAt = 48;           // big-endian signed 16-bit A, then B
+constexpr size_t kDataAreaAt = 16;           // u32 offset, then u32 size
+constexpr size_t kDescriptorSize = 8;        // u32 nonzero, u16 kind 1, u16 block id
+constexpr uint16_t kDescriptorKind = 1;
+constexpr int kOneBitDotWeights[] = {250, 350, 500};  // ink parameter A: the engine has spreads for these
+constexpr int kMaxDotWeight = 1000;          // percent
+constexpr unsigned kMaxDotSplitRowSum = 255; // a row's three amounts share one pixel
 
 std::string shortBy(size_t have, uint64_t need) {
     return "holds " + std::to_string(have) + " bytes, its layout needs " + std::to_string(need);
@@ -53,6 +60,7 @@ std::string checkMatrix(std::span<const uint8_t> b) {
     const uint64_t w = b[0] == 255 ? 256 : b[0];  // the byte 255 stands for 256 cells
     const uint64_t h = b[1] == 255 ? 256 : b[1];
     if (w == 0 || h == 0 || w * h > 65535) return "has a matrix size the engine cannot hold";
+    if ((w & (w - 1)) != 0) return "has a width of " + std::to_string(w) + " cells, which is no power of two";
     const uint64_t need = kMatrixHeader + 2 * w * h;
     if (b.size() < need) return shortBy(b.size(), need);
     return {};
@@ -60,6 +68,18 @@ std::string checkMatrix(std::span<const uint8_t> b) {
 
 std::string atLeast(std::span<const uint8_t> b, size_t need) {
     return b.size() < need ? shortBy(b.size(), need) : std::string{};
+}
+
+std::string checkDotSplit(std::span<const uint8_t> b) {
+    if (b.size() < kDotSplitSize) return shortBy(b.size(), kDotSplitSize);
+    for (size_t row = 0; row < 256; ++row)
+        if (unsigned{b[3 * row]} + b[3 * row + 1] + b[3 * row + 2] > kMaxDotSplitRowSum)
+            return "has row " + std::to_string(row) + ", whose dot amounts add up to more than 255";
+    return {};
+}
+
+int16_t inkParam(std::span<const uint8_t> table, int i) {
+    return static_cast<int16_t>(table[kInkParamAt + 2 * i] << 8 | table[kInkParamAt + 2 * i + 1]);
 }
 
 }  // namespace
@@ -89,8 +109,24 @@ std::string checkBlock(BlockRole role, std::span<const uint8_t> bytes) {
         case BlockRole::RequestList: return checkRequestList(bytes);
         case BlockRole::GridLevels: return atLeast(bytes, kGridLevelsSize);
         case BlockRole::ThresholdMatrix: return checkMatrix(bytes);
-        case BlockRole::DotSplit: return atLeast(bytes, kDotSplitSize);
+        case BlockRole::DotSplit: return checkDotSplit(bytes);
     }
+    return {};
+}
+
+std::string checkHalftoneUse(std::span<const uint8_t> table, unsigned outputBits) {
+    if (outputBits == 2) {
+        const uint64_t at = readU32le(table, kDataAreaAt), size = readU32le(table, kDataAreaAt + 4);
+        if (size < kDescriptorSize || at + size > table.size() || readU32le(table, at) == 0 ||
+            readU16le(table, at + 4) != kDescriptorKind)
+            return "names no dot-split block, which two-bit output needs";
+        return {};
+    }
+    const int a = inkParam(table, 0), b = inkParam(table, 1);
+    if (std::find(std::begin(kOneBitDotWeights), std::end(kOneBitDotWeights), a) == std::end(kOneBitDotWeights))
+        return "has ink parameter A = " + std::to_string(a) + "; one-bit halftoning takes 250, 350 or 500";
+    if (b < 1 || b > kMaxDotWeight)
+        return "has ink parameter B = " + std::to_string(b) + "; one-bit halftoning takes 1 to 1000";
     return {};
 }
 

@@ -21,7 +21,6 @@ constexpr int kMaxHtCalls = 6;
 
 constexpr uint32_t kGammaChunk = 1;
 constexpr uint32_t kChannelWeightChunk = 512;
-constexpr uint32_t kEnginePixelFormatGray = 0;
 
 // Layout twin of ChunkDirectory with room for the two chunks the driver hands over.
 struct ChunkStorage {
@@ -106,19 +105,19 @@ std::vector<uint8_t> fetchBlock(const BlockSource& source, uint32_t number, Bloc
 
 uint32_t engineMethod(Method m) {
     switch (m) {
-        case Method::ErrorDiffusion: return 1;
-        case Method::Dither: return 3;
-        case Method::Threshold: return 0;
+        case Method::ErrorDiffusion: return INKDOT_METHOD_DIFFUSION;
+        case Method::Dither: return INKDOT_METHOD_MATRIX;
+        case Method::Threshold: return INKDOT_METHOD_THRESHOLD;
     }
-    return 1;
+    return INKDOT_METHOD_DIFFUSION;
 }
 
 // Engine scaling code and output width for an input width.
 int32_t scaleCode(HScale s) {
     switch (s) {
-        case HScale::Half: return -1;  // each output pixel from two input pixels
-        case HScale::x1: return 0;
-        case HScale::x2: return 1;     // the kernels' own doubling
+        case HScale::Half: return INKDOT_SCALE_HALVE;  // each output pixel from two input pixels
+        case HScale::x1: return INKDOT_SCALE_NONE;
+        case HScale::x2: return INKDOT_SCALE_DOUBLE;   // the kernels' own doubling
         default: return static_cast<int32_t>(s) - 1;  // expansion by n + 1: x3 → 2 … x5 → 4
     }
 }
@@ -129,8 +128,10 @@ uint64_t scaledWidth(uint32_t inputWidth, HScale s) {
 }
 
 // Colour management: CmNew and its resource protocol. Leaves the instance in
-// `cm` (also on failure, for the caller to delete).
-bool runColourProtocol(const CmInputs& in, const BlockSource& source, CmContext*& cm, std::string& error) {
+// `cm` (also on failure, for the caller to delete). The colour table must also
+// hold what halftoning at `outputBits` reads from it.
+bool runColourProtocol(const CmInputs& in, const BlockSource& source, unsigned outputBits, CmContext*& cm,
+                       std::string& error) {
     uint32_t next = 0;
     uint32_t rc = CmNew(&in.s1, &in.s2, 0, &next, &cm);
     if (rc != RC_OK) {
@@ -141,6 +142,12 @@ bool runColourProtocol(const CmInputs& in, const BlockSource& source, CmContext*
         const uint32_t asked = next;
         std::vector<uint8_t> block = fetchBlock(source, asked, cmRole(call), error);
         if (block.empty()) return false;
+        const std::string why =
+            cmRole(call) == BlockRole::ColourTable ? tools::checkHalftoneUse(block, outputBits) : std::string{};
+        if (!why.empty()) {
+            error = "block " + std::to_string(asked) + " (colour table) " + why;
+            return false;
+        }
         rc = CmSetResource(cm, block.data(), &next);
         if (rc != RC_OK) {
             error = "colour management refused block " + std::to_string(asked) + ": " + resultMessage(rc);
@@ -172,7 +179,7 @@ std::unique_ptr<Job> Job::open(const ColourSettings& colour, const HalftoneSetup
         error = "the line width of " + std::to_string(setup.inputWidth) + " pixels cannot be printed at this scaling";
         return nullptr;
     }
-    if (setup.outputBits != 1 && setup.outputBits != 2) {
+    if (setup.outputBits != INKDOT_ONE_BIT && setup.outputBits != INKDOT_TWO_BITS) {
         error = "output bits must be 1 or 2";
         return nullptr;
     }
@@ -189,7 +196,7 @@ std::unique_ptr<Job> Job::open(const ColourSettings& colour, const HalftoneSetup
     CmInputs in;
     fillCmInputs(colour, setup.resolution, in);
     CmContext* cm = nullptr;
-    if (!runColourProtocol(in, source, cm, error)) {
+    if (!runColourProtocol(in, source, setup.outputBits, cm, error)) {
         if (cm != nullptr) CmDelete(cm);
         return nullptr;
     }
@@ -197,9 +204,9 @@ std::unique_ptr<Job> Job::open(const ColourSettings& colour, const HalftoneSetup
     const Dpi dpi = resolutionDpi(setup.resolution);
     HtSettings hs{};
     hs.method = engineMethod(setup.method);
-    hs.ditherMode = 1;  // colour dither: the plain matrix kernel for every plane
-    hs.inputFormat = colour.mono ? kEnginePixelFormatGray : tools::keys::kPixelFormatRgb;
-    hs.colourMode = colour.mono ? 0 : 1;
+    hs.ditherMode = INKDOT_DITHER_PLAIN;  // colour dither: the plain matrix kernel for every plane
+    hs.inputFormat = colour.mono ? INKDOT_INPUT_GRAY : INKDOT_INPUT_RGB;
+    hs.colourMode = colour.mono ? INKDOT_MONO : INKDOT_COLOUR;
     hs.resolutionX = dpi.x;
     hs.resolutionY = dpi.y;
     hs.outputBits = setup.outputBits;
@@ -228,7 +235,7 @@ std::unique_ptr<Job> Job::open(const ColourSettings& colour, const HalftoneSetup
         rc = HalftoneSetResource(job->ht_, block.data(), &next);
         if (rc != RC_OK) {
             error = "halftoning refused block " + std::to_string(asked) + ": " + resultMessage(rc);
-            if (rc == RC_ARG + 1 && call == 3 && setup.outputBits == 2)
+            if (rc == RC_ARG + 1 && call == 3 && setup.outputBits == INKDOT_TWO_BITS)
                 error += "; two-bit output is not available at this resolution";
             ok = false;
         } else if (next == INKDOT_NO_MORE_BLOCKS) {

@@ -34,6 +34,9 @@ public:
     bool readRow(uint8_t* out, std::string& error);
     // The ICC profile the file carries (PNG iCCP, TIFF ICC tag); empty if none.
     const std::vector<uint8_t>& iccProfile() const { return iccProfile_; }
+    // Why a profile the file carries could not be taken out of it (libpng
+    // drops a broken iCCP chunk); empty when there is none or it was read.
+    const std::string& iccProblem() const { return iccProblem_; }
 
 protected:
     // Fills `samples` with width × (channels + alpha) host-order samples.
@@ -42,6 +45,7 @@ protected:
     uint32_t width_ = 0, height_ = 0;
     SampleLayout layout_;
     std::vector<uint8_t> iccProfile_;
+    std::string iccProblem_;
 
 private:
     std::vector<uint16_t> samples_;

@@ -1,5 +1,8 @@
 #include "image/plane_writer.h"
 
+#include <array>
+#include <cstring>
+
 namespace inkdot::tools {
 
 bool PlaneWriter::open(const std::string& path, uint32_t width, uint32_t height, unsigned bits, std::string& error) {
@@ -13,12 +16,18 @@ bool PlaneWriter::open(const std::string& path, uint32_t width, uint32_t height,
 
 bool PlaneWriter::writeLine(const uint8_t* packed, std::string& error) {
     if (bits_ == 1) return file_.write(packed, (width_ + 7) / 8, error);
-    levels_.resize(width_);
-    for (uint32_t x = 0; x < width_; ++x) {
-        const unsigned code = (packed[x / 4] >> (6 - 2 * (x % 4))) & 3;  // first pixel in the top two bits
-        levels_[x] = static_cast<uint8_t>(3 - code);
-    }
-    return file_.write(levels_.data(), levels_.size(), error);
+    // A whole byte's four samples at a time; the last byte's may run past the
+    // width into the spare room and are not written.
+    levels_.resize(size_t{width_ + 3} / 4 * 4);
+    static const std::array<std::array<uint8_t, 4>, 256> kSamples = [] {
+        std::array<std::array<uint8_t, 4>, 256> samples{};
+        for (unsigned byte = 0; byte < 256; ++byte)
+            for (unsigned k = 0; k < 4; ++k)
+                samples[byte][k] = static_cast<uint8_t>(3 - ((byte >> (6 - 2 * k)) & 3));  // first pixel in the top two bits
+        return samples;
+    }();
+    for (size_t i = 0; i < levels_.size() / 4; ++i) std::memcpy(&levels_[4 * i], kSamples[packed[i]].data(), 4);
+    return file_.write(levels_.data(), width_, error);
 }
 
 bool PlaneWriter::finish(std::string& error) { return file_.commit(error); }

@@ -15,6 +15,7 @@ namespace {
 
 struct PngErrorSink {
     char message[200] = {};
+    char iccWarning[200] = {};  // libpng drops a broken iCCP chunk with a warning
 };
 
 void onError(png_structp png, png_const_charp text) {
@@ -23,7 +24,12 @@ void onError(png_structp png, png_const_charp text) {
     png_longjmp(png, 1);
 }
 
-void onWarning(png_structp, png_const_charp) {}
+// Chunk warnings start with the chunk's name, "iCCP: ...".
+void onWarning(png_structp png, png_const_charp text) {
+    auto* sink = static_cast<PngErrorSink*>(png_get_error_ptr(png));
+    if (std::strncmp(text, "iCCP", 4) == 0 && sink->iccWarning[0] == '\0')
+        std::snprintf(sink->iccWarning, sizeof sink->iccWarning, "%s", text);
+}
 
 class PngReader final : public ImageReader {
 public:
@@ -84,6 +90,8 @@ private:
         png_uint_32 profileSize = 0;
         if (png_get_iCCP(png_, info_, &profileName, &compression, &profile, &profileSize) != 0 && profile != nullptr)
             iccProfile_.assign(profile, profile + profileSize);
+        else if (sink_.iccWarning[0] != '\0')
+            iccProblem_ = sink_.iccWarning;
         png_set_expand(png_);  // palette → RGB, gray below 8 bits → 8, tRNS → alpha
         const int interlace = png_get_interlace_type(png_, info_);
         if (interlace != PNG_INTERLACE_NONE) png_set_interlace_handling(png_);

@@ -3,6 +3,8 @@
 #include <csetjmp>
 #include <cstdio>
 
+#include <zlib.h>
+
 namespace inkdot::tools {
 namespace {
 
@@ -21,6 +23,12 @@ bool startImage(png_structp png, png_infop info, std::FILE* f, uint32_t w, uint3
     png_set_IHDR(png, info, w, h, 8, channels == 3 ? PNG_COLOR_TYPE_RGB : PNG_COLOR_TYPE_GRAY,
                  PNG_INTERLACE_NONE, PNG_COMPRESSION_TYPE_DEFAULT, PNG_FILTER_TYPE_DEFAULT);
     png_set_sRGB(png, info, PNG_sRGB_INTENT_PERCEPTUAL);
+    // Written for speed: one row filter (each byte less its left neighbour)
+    // and run-length matching keep a smooth picture within a few percent of
+    // the default filter search and compression, at a fraction of the time.
+    png_set_filter(png, 0, PNG_FILTER_SUB);
+    png_set_compression_level(png, 1);
+    png_set_compression_strategy(png, Z_RLE);
     png_write_info(png, info);
     return true;
 }

@@ -48,10 +48,14 @@ private:
     uint32_t pageWidth_ = 0, pageHeight_ = 0;
     unsigned planes_ = 4, bits_ = 1;
     uint32_t linesInRow_ = 0, linesDone_ = 0;
-    std::array<float, 4> codeCoverage_{};            // cell share of each dot code
+    // Coverage is counted in whole units: a one-bit dot is 1, two-bit dots
+    // are 35, 65 and 100 hundredths of a cell.
+    uint32_t fullCell_ = 1;
+    // Coverage of the first k dots of a packed byte (k = 0 … dots a byte);
+    // columns are summed a byte at a time, not dot by dot.
+    std::array<std::array<uint16_t, 9>, 256> leadingCoverage_{};
     std::array<std::array<float, 3>, 4> inkAbsorb_{};  // 1 − transmission per plane and channel
-    std::vector<float> sums_;      // per preview column and plane: coverage sums
-    std::vector<uint32_t> counts_; // printed pixels per preview column in the current row
+    std::vector<uint64_t> sums_;  // per preview column and plane: coverage sums in the current row
     std::vector<uint8_t> row_;
 };
 

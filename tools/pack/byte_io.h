@@ -23,12 +23,6 @@ inline void appendU32le(Bytes& out, uint32_t v) {
     for (int shift = 0; shift < 32; shift += 8) out.push_back(static_cast<uint8_t>(v >> shift));
 }
 
-// The colour table keeps its 16-bit parameters big-endian.
-inline void appendBe16(Bytes& out, int v) {
-    out.push_back(static_cast<uint8_t>(static_cast<unsigned>(v) >> 8));
-    out.push_back(static_cast<uint8_t>(v));
-}
-
 inline void putU32le(Bytes& out, size_t at, uint32_t v) {
     for (int i = 0; i < 4; ++i) out[at + i] = static_cast<uint8_t>(v >> (8 * i));
 }

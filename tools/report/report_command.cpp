@@ -1,6 +1,6 @@
 // inkdot report: prints synthetic targets through the engine with every
-// halftoning method and writes the measurements as CSV files, from which
-// tools/report_plots.py makes the report page.
+// halftoning method, writes the measurements as CSV files and makes the
+// report page from them with tools/report_plots.py.
 #include <cstdlib>
 #include <filesystem>
 #include <sstream>
@@ -9,6 +9,7 @@
 #include "cli/options.h"
 #include "cli/print_options.h"
 #include "report/report_data.h"
+#include "report/report_page.h"
 
 namespace inkdot::tools {
 namespace {
@@ -16,6 +17,7 @@ namespace {
 constexpr OptionDef kReportOptions[] = {
     {"output", true}, {"method", true}, {"bits", true},        {"resolution", true},
     {"mono", false},  {"pack", true},   {"dot-amounts", true}, {"quick", false},
+    {"csv", false},
 };
 
 constexpr const char* kReportHelp =
@@ -25,21 +27,22 @@ constexpr const char* kReportHelp =
     "engine with every halftoning method of the configuration and measures the\n"
     "dots. Writes into OUTDIR config.csv, tone.csv (coverage per ink against\n"
     "input level), spectrum.csv and flat.csv (power spectrum and anisotropy of\n"
-    "flat patches) and texture.csv (crops of light, middle and dark patches).\n"
-    "'python3 tools/report_plots.py OUTDIR' then makes OUTDIR/report.html;\n"
-    "scripts/report.sh does both.\n"
+    "flat patches) and texture.csv (crops of light, middle and dark patches),\n"
+    "and from them the page OUTDIR/report.html with the plotting script\n"
+    "report_plots.py (needs python3-matplotlib and python3-numpy).\n"
     "\n"
     "options:\n"
     "  -o, --output DIR         output directory (made if missing)\n"
     "  --method ed|dither|threshold   the method shown first (default ed);\n"
     "                           every other method of the depth follows\n"
-    "  --bits 1|2               dots per pixel (default 1)\n"
+    "  --bits 1|2               dots per pixel (default 1; 2 not at 720x360)\n"
     "  --resolution RES         720x720 (default), 1440x720, 360x720 or 720x360\n"
     "  --mono                   black ink only\n"
     "  --pack FILE              resource pack (default: the built-in pack)\n"
     "  --dot-amounts S,M        ink of a small and a medium dot relative to a\n"
     "                           large one (default 0.35,0.65, as the built-in pack)\n"
-    "  --quick                  small targets: a rough report in a moment\n";
+    "  --quick                  small targets: a rough report in a moment\n"
+    "  --csv                    the measurements only, no page\n";
 
 bool parseAmount(const std::string& text, double& out) {
     char* end = nullptr;
@@ -78,6 +81,7 @@ bool parseReportOptions(const ParsedArgs& args, ReportParams& params, ReportPlan
         error = "--resolution must be 720x720, 1440x720, 360x720 or 720x360, not '" + resolution + "'";
         return false;
     }
+    if (!checkDepthAtResolution(params.outputBits, params.resolution, error)) return false;
     params.mono = params.colour.mono = args.has("mono");
     packFile = args.value("pack", "");
     if (!packFile.empty()) params.packName = std::filesystem::path(packFile).filename().string();
@@ -130,7 +134,14 @@ int reportCommand(const std::vector<std::string>& args, std::ostream& out, std::
         err << "inkdot report: " << error << "\n";
         return kExitFailed;
     }
-    out << "measurements in " << dir << "; make the page with: python3 tools/report_plots.py " << dir << "\n";
+    if (parsed.has("csv")) {
+        out << "measurements in " << dir << "\n";
+        return kExitOk;
+    }
+    if (!writeReportPage(dir, error)) {
+        err << "inkdot report: " << error << "\n";
+        return kExitFailed;
+    }
     return kExitOk;
 }
 

@@ -34,7 +34,6 @@ inline constexpr size_t kDataAreaOffsetAt = 16;
 inline constexpr size_t kDataAreaSizeAt = 20;
 inline constexpr size_t kBlackModeAt = 24;
 inline constexpr size_t kInkParamAt = 48;
-inline constexpr size_t kAuxParamAt = 64;
 inline constexpr size_t kGridCountAt = 72;
 inline constexpr size_t kChannelsAt = 75;
 inline constexpr size_t kGridLevelsAt = 76;

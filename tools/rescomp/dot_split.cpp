@@ -15,6 +15,11 @@ double smoothstep(double edge0, double edge1, double x) {
 
 }  // namespace
 
+int oneBitDotValue(int r, int inkParamA, int inkParamB) {
+    const int64_t d = int64_t{inkParamA} - inkParamB, k = 255 - r;
+    return static_cast<int>(((d * k * k + 1) / 255 + int64_t{inkParamB} * 255) / 100);
+}
+
 std::array<DotSplitRow, 256> makeDotSplit(const DotSplitParams& params) {
     std::array<DotSplitRow, 256> rows{};
     for (int r = 1; r < 256; ++r) {
@@ -23,7 +28,8 @@ std::array<DotSplitRow, 256> makeDotSplit(const DotSplitParams& params) {
         const double medium = std::max(0.0, smoothstep(params.mediumStart, params.mediumFull, t) - large);
         const double small = 1.0 - large - medium;
         const double inkPerArea = small * params.smallInk + medium * params.mediumInk + large;
-        const double area = std::min(255.0, r / inkPerArea);
+        const double oneBitInk = r * 255.0 / oneBitDotValue(r, params.inkParamA, params.inkParamB);
+        const double area = std::min(255.0, oneBitInk / inkPerArea);
         int s = static_cast<int>(std::lround(area * small));
         int m = static_cast<int>(std::lround(area * medium));
         int l = static_cast<int>(std::lround(area * large));

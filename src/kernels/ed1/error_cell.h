@@ -14,9 +14,4 @@ inline int32_t readCellFloor(int32_t cell) { return cell >> 5; }
 // reads as -1, not -2): add 31 to a negative cell before the shift.
 inline int32_t readCellTruncate(int32_t cell) { return (cell < 0 ? cell + 31 : cell) >> 5; }
 
-// Every error line keeps this many cells of margin on each side: more than
-// the widest spread pattern reaches (21 columns left, 23 right), so no
-// pixel needs a bounds test at the line ends.
-inline constexpr uint32_t kErrorLineMargin = 30;
-
 }  // namespace inkdot

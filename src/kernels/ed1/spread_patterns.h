@@ -15,6 +15,7 @@
 #include <tuple>
 #include <utility>
 
+#include "halftone/ht_context.h"
 #include "kernels/ed1/error_cell.h"
 #include "kernels/force_inline.h"
 
