@@ -35,8 +35,8 @@ struct PixelSource {
 // whether the kernel reduces pairs at scaleMode -1.
 template <class F>
 inline void withPixelSource(const HtContext& ctx, const uint8_t* src, uint32_t pixelBytes, bool halvingOffered, F&& f) {
-    const bool doubling = ctx.scaleMode == 1;
-    if (halvingOffered && ctx.scaleMode == -1) {
+    const bool doubling = ctx.scaleMode == INKDOT_SCALE_DOUBLE;
+    if (halvingOffered && ctx.scaleMode == INKDOT_SCALE_HALVE) {
         f(PixelSource<true>(src, pixelBytes, doubling));
     } else {
         f(PixelSource<false>(src, pixelBytes, doubling));

@@ -7,6 +7,7 @@
 #include <cstdint>
 
 #include "halftone/ht_context.h"
+#include "halftone/setting_kinds.h"
 #include "kernels/colour_input/colour_chunk.h"
 #include "kernels/colour_input/direct_input.h"
 #include "kernels/colour_input/grid_input.h"
@@ -15,15 +16,13 @@
 
 namespace inkdot {
 
-inline constexpr uint32_t kInkInputFormat = 4;  // four ink levels per pixel
-
 // The pixel step of colour input is colourPixelBytes (halftone/ht_context.h):
 // three bytes, four for ink pixels.
 
 // Runs f with InkInput for ink pixels, else with `conversion`.
 template <class Conversion, class F>
 inline void withColourInput(const HtContext& ctx, const Conversion& conversion, F&& f) {
-    if (ctx.inputFormat == kInkInputFormat) {
+    if (isInkInput(ctx.inputFormat)) {
         f(InkInput{});
     } else {
         f(conversion);

@@ -146,7 +146,7 @@ INKDOT_CPU_CLONES void ditherRun(const HtContext& ctx, const HtRun& run, Input i
 // The run with the input stage the instance's input format asks for.
 template <class Conversion, class Plane1>
 void colourRun(const HtContext& ctx, const HtRun& run, const Conversion& conversion, Plane1 plane1) {
-    const PixelSource<false> in(run.src, colourPixelBytes(ctx.inputFormat), ctx.scaleMode == 1);
+    const PixelSource<false> in(run.src, colourPixelBytes(ctx.inputFormat), ctx.scaleMode == INKDOT_SCALE_DOUBLE);
     withColourInput(ctx, conversion, [&](auto input) { ditherRun(ctx, run, input, in, plane1); });
 }
 

@@ -118,7 +118,7 @@ INKDOT_FLATTEN void diffuseColourRun(HtContext& ctx, const HtRun& run, Input inp
     ActivityHistory history0, history1, history3;
     PlanePacker<1, Planes> packer(run.dst, run.planeStride, run.bitOffset);
     // halving reads one pixel per output pixel in these kernels
-    const PixelSource<false> in(run.src, colourPixelBytes(ctx.inputFormat), ctx.scaleMode == 1);
+    const PixelSource<false> in(run.src, colourPixelBytes(ctx.inputFormat), ctx.scaleMode == INKDOT_SCALE_DOUBLE);
 
     // Pixels are diffused in pairs; an odd last pixel is dithered on its own.
     // Kept in a local: the error cells written below may alias the run's fields.
