@@ -10,10 +10,15 @@
 // the additions of their pattern instead of through calls and a jump table.
 #pragma once
 
+// INKDOT_INLINE_LAMBDA marks a lambda that is a stage's body inside such a
+// loop (written after its parameter list): flattening alone left the
+// one-bit colour diffusion's chunk body a call, 10% slower.
 #if defined(_MSC_VER)
 #define INKDOT_FORCE_INLINE __forceinline
 #define INKDOT_FLATTEN
+#define INKDOT_INLINE_LAMBDA
 #else
 #define INKDOT_FORCE_INLINE inline __attribute__((always_inline))
 #define INKDOT_FLATTEN [[gnu::flatten]]
+#define INKDOT_INLINE_LAMBDA __attribute__((always_inline))
 #endif

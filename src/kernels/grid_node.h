@@ -5,7 +5,6 @@
 // linear interpolation between them.
 #pragma once
 
-#include <algorithm>
 #include <cstdint>
 
 namespace inkdot {
@@ -15,62 +14,40 @@ inline constexpr uint32_t kGridLevels = 32;  // nodes per axis of the resampled 
 inline constexpr uint32_t kNearestNodeQ = 128;
 
 // q from a matrix value: its bits 1 to 7 (bit 0 and the high byte are not used).
+// The upper node is taken where q reaches the lower node's weight, so a byte
+// on a node (weight 255) always keeps it.
 inline uint32_t nodeChoiceQ(uint32_t m) { return m & 0xFE; }
 
-// gridCellTable entry of an input byte: the lower node on its axis and that
-// node's weight (255 = the byte sits on the node).
-struct GridCell {
-    uint8_t node;
-    uint8_t weight;
-};
-
-// The table holds the two bytes of each entry side by side.
-inline GridCell gridCell(const uint8_t* table, uint8_t v) { return {table[2 * v], table[2 * v + 1]}; }
-
-// q is the matrix value's bits 1..7 (m AND 0xFE, at most 254): the upper node
-// is taken where q reaches the lower node's weight, so a byte on a node
-// (weight 255) always keeps it.
-inline int32_t gridNode(uint8_t node, uint8_t weight, uint32_t q) { return node + (weight <= q ? 1 : 0); }
-
-// The same choice read straight from the table for input byte b.
-inline uint32_t gridNode(const uint8_t* gridCellTable, uint8_t b, uint32_t q) {
-    const uint8_t* cell = gridCellTable + 2 * b;
-    return cell[0] + (cell[1] <= q ? 1u : 0u);
-}
-
-// Node indices from input bytes 0, 1 and 2.
-struct NodeIndices {
-    int32_t i0, i1, i2;
-};
-
-// Grid entry of the 32 x 32 x 32 conversion grid; byte 2 selects along the
-// slowest axis. The mask keeps a damaged cell table inside the grid; valid
-// tables never need it (their indices stay within 0..31).
-inline uint32_t gridEntry(NodeIndices n) {
-    constexpr uint32_t kGridEntries = kGridLevels * kGridLevels * kGridLevels;
-    return static_cast<uint32_t>((n.i2 * 32 + n.i1) * 32 + n.i0) & (kGridEntries - 1);
-}
-
+// Entry of the 32 x 32 x 32 conversion grid for node indices i0, i1, i2 (from
+// input bytes 0, 1, 2); byte 2 selects along the slowest axis. The mask keeps
+// a damaged cell table inside the grid; valid tables never need it (their
+// indices stay within 0..31).
 inline uint32_t gridEntryIndex(uint32_t i2, uint32_t i1, uint32_t i0) {
-    return gridEntry({static_cast<int32_t>(i0), static_cast<int32_t>(i1), static_cast<int32_t>(i2)});
+    constexpr uint32_t kGridEntries = kGridLevels * kGridLevels * kGridLevels;
+    return ((i2 * kGridLevels + i1) * kGridLevels + i0) & (kGridEntries - 1);
+}
+
+// A pixel's three node indices (each at most 256: the last cell table entry
+// plus one) in one word for the neighbour test: index + 2 in 10-bit fields,
+// so that 0 stands for "no previous pixel", two nodes below any real node.
+inline constexpr uint32_t kNoNodes = 0;
+inline uint32_t packNodes(uint32_t i0, uint32_t i1, uint32_t i2) {
+    return (i0 + 2) | (i1 + 2) << 10 | (i2 + 2) << 20;
 }
 
 // Two pixels fall into neighbouring grid cells when no index moved by more
-// than one node.
-inline bool neighbouringNodes(NodeIndices a, NodeIndices b) {
-    auto near = [](int32_t u, int32_t v) { return u - v <= 1 && v - u <= 1; };
-    return near(a.i0, b.i0) && near(a.i1, b.i1) && near(a.i2, b.i2);
-}
-
-// The same test as a mask: all ones for neighbours, else 0. The smoothing
-// selects with it instead of branching: in a photograph whether two pixels
-// neighbour is as good as random, and GCC makes jumps of the && chain.
-// |u - v| <= 1 is u - v + 1 <= 2 with unsigned wrap; the largest of the three
-// distances decides.
-inline uint32_t neighbourMask(NodeIndices a, NodeIndices b) {
-    auto distance = [](int32_t u, int32_t v) { return static_cast<uint32_t>(u) - static_cast<uint32_t>(v) + 1; };
-    const uint32_t farthest = std::max({distance(a.i0, b.i0), distance(a.i1, b.i1), distance(a.i2, b.i2)});
-    return -static_cast<uint32_t>(farthest <= 2);
+// than one node: all ones then, else 0 (the smoothing selects with it instead
+// of branching: whether two pixels of a photograph neighbour is as good as
+// random). In every field at once t = 512 + a - b + 1, which stays within
+// 255..771 so no field borrows or carries; |a - b| <= 1 is t in 512..514,
+// that is bits 2..9 of t reading 1000 0000 and its low two bits not both set.
+inline uint32_t neighbourMask(uint32_t a, uint32_t b) {
+    constexpr uint32_t k512 = 0x20080200;  // 512 in each field
+    constexpr uint32_t kOne = 0x00100401;  // 1 in each field
+    constexpr uint32_t kBits2to9 = 0x3FCFF3FC;
+    const uint32_t t = (a | k512) - b + kOne;
+    const bool near = ((t & kBits2to9) == k512) & (((t & (t >> 1)) & kOne) == 0);
+    return -static_cast<uint32_t>(near);
 }
 
 // Blends by such a mask: `yes` where the mask is all ones, `no` where it is 0.

@@ -7,7 +7,9 @@
 // run; the last byte gets zeros behind it.
 #pragma once
 
+#include <bit>
 #include <cstdint>
+#include <cstring>
 
 namespace inkdot {
 
@@ -44,6 +46,22 @@ public:
     // Every plane at once: byte k of `patterns` is plane k's pattern.
     void setAll(uint32_t patterns) { word_ |= patterns & (mask_ * kEveryPlane); }
 
+    // The next n pixels of every plane at once: values[k][i] is pixel i's
+    // flag (one-bit: 0 or 1) or code (two-bit: 0 to 3) in plane k. Once the
+    // byte being assembled is full, a whole output byte of a plane comes
+    // from one multiplication of its 8 flags or 4 codes.
+    void put(const uint8_t* const (&values)[Planes], uint32_t n) {
+        static_assert(std::endian::native == std::endian::little, "value i is byte i of the word");
+        constexpr uint32_t kPerByte = 8 / Bits;
+        uint32_t i = 0;
+        for (; i < n && mask_ != kFirstMask; ++i) putOne(values, i);
+        for (; i + kPerByte <= n; i += kPerByte) {
+            for (unsigned k = 0; k < Planes; ++k) plane(k)[0] = gatherByte(values[k] + i);
+            ++out_;
+        }
+        for (; i < n; ++i) putOne(values, i);
+    }
+
     // Moves to the next pixel; a full byte goes out to every plane.
     void next() {
         mask_ >>= Bits;
@@ -65,6 +83,27 @@ public:
     }
 
 private:
+    void putOne(const uint8_t* const (&values)[Planes], uint32_t i) {
+        for (unsigned k = 0; k < Planes; ++k) set(k, Bits == 1 ? -uint32_t{values[k][i]} : values[k][i] * kCodeRepeat);
+        next();
+    }
+
+    // Value j of the byte moves to the bits of pixel j, the first on top:
+    // flag j (bit 8j) to bit 63 - j; code j (bits 8j, 8j + 1) to bits
+    // 30 - 2j, 31 - 2j. The other partial products fall below the byte
+    // without carrying into it, or beyond the word.
+    static uint8_t gatherByte(const uint8_t* v) {
+        if constexpr (Bits == 1) {
+            uint64_t eight;
+            std::memcpy(&eight, v, 8);
+            return static_cast<uint8_t>((eight * 0x8040201008040201ull) >> 56);
+        } else {
+            uint32_t four;
+            std::memcpy(&four, v, 4);
+            return static_cast<uint8_t>((four * 0x40100401u) >> 24);
+        }
+    }
+
     uint8_t* plane(unsigned k) const { return out_ + static_cast<uintptr_t>(k) * stride_; }
 
     uint8_t* out_;

@@ -7,8 +7,10 @@
 // done by itself, without white test or smoothing, and puts planes 1 and 2
 // under the paired rule too.
 #include "halftone/ht_context.h"
-#include "kernels/dither/colour_sources.h"
-#include "kernels/dither/input_walk.h"
+#include <algorithm>
+
+#include "kernels/colour_input/colour_input.h"
+#include "kernels/cpu_clones.h"
 #include "kernels/matrix_row.h"
 #include "kernels/paired_threshold.h"
 #include "kernels/dither/run_checks.h"
@@ -16,6 +18,7 @@
 #include "kernels/ed1/pattern_choice.h"
 #include "kernels/ed1/perturbation.h"
 #include "kernels/ed1/spread_patterns.h"
+#include "kernels/force_inline.h"
 #include "kernels/kernels.h"
 #include "kernels/packing.h"
 
@@ -29,9 +32,10 @@ inline uint8_t dotPattern(bool printed) { return static_cast<uint8_t>(-static_ca
 // Plane 1 by the matrix, read from its other end (cells above maxT - tone),
 // so that it does not pile onto the cells that planes 3 and 0 take first.
 struct MatrixPlane1 {
-    void white(uint32_t) {}
-    bool decide(uint32_t, uint32_t m, uint32_t, int32_t tone, int32_t maxT) {
-        return tone > maxT - static_cast<int32_t>(m);
+    // Plane 1's dots of a chunk: per pixel, its tone value and matrix value.
+    void decide(const ColourChunk& chunk, const int32_t* tone1, const int32_t* m, int32_t maxT, uint32_t,
+                uint32_t n, uint8_t* dots) {
+        for (uint32_t i = 0; i < n; ++i) dots[i] = (tone1[i] > maxT - m[i]) & !chunk.white[i];
     }
 };
 
@@ -47,10 +51,22 @@ public:
           dotValue_(slotData<int16_t>(ctx, kDotValueTable)),
           spread_(spreadThresholds(ctx)) {}
 
-    // A white pixel drops the error pending in its cell.
-    void white(uint32_t x) { dropCell(line_[x], carry_); }
+    // Plane 1's dots of a chunk of pixels from column x0 on, one after the
+    // other along the error chain. A white pixel drops the error pending in its cell.
+    void decide(const ColourChunk& chunk, const int32_t*, const int32_t* m, int32_t, uint32_t x0, uint32_t n,
+                uint8_t* dots) {
+        for (uint32_t i = 0; i < n; ++i) {
+            if (chunk.white[i]) {
+                dropCell(line_[x0 + i], carry_);
+                dots[i] = 0;
+            } else {
+                dots[i] = decide(x0 + i, static_cast<uint32_t>(m[i]), inkLevel(chunk.inks[i], 1));
+            }
+        }
+    }
 
-    bool decide(uint32_t x, uint32_t m, uint32_t level, int32_t, int32_t) {
+private:
+    bool decide(uint32_t x, uint32_t m, uint32_t level) {
         int32_t* cell = &line_[x];
         if (level == 0) {
             dropCell(*cell, carry_);
@@ -64,7 +80,6 @@ public:
         return r.dot;
     }
 
-private:
     int32_t* line_;
     const int16_t* edThreshold_;
     const int16_t* dotValue_;
@@ -72,41 +87,53 @@ private:
     int32_t carry_ = 0;  // the run's carry; what is left after the last pixel is dropped
 };
 
-template <class Source, class Plane1>
-void ditherRun(const HtContext& ctx, const HtRun& run, Source source, Plane1 plane1) {
+// The decision stage over a chunk of levels: the tone values and matrix
+// values of every pixel, then the dots of the four planes (independent per
+// pixel but for a diffused plane 1), then the packing of whole bytes.
+template <class Input, class Source, class Plane1>
+INKDOT_CPU_CLONES void ditherRun(const HtContext& ctx, const HtRun& run, Input input, const Source& in, Plane1 plane1) {
     const MatrixRow row = matrixRow(ctx, run.lineNo);
     const int32_t maxT = maxThreshold(ctx);
     const auto* tone = slotData<uint16_t>(ctx, kToneTable);
-    InputWalk<ReadOne> in(run.src, colourPixelBytes(ctx.inputFormat), ctx.scaleMode == 1);
     PlanePacker<1, 4> out(run.dst, run.planeStride, run.bitOffset);
 
     // Kept in locals: the output stores may alias anything a reference reaches.
     const uint32_t startX = run.startX;
     const uint32_t count = run.count;
     const uint32_t mainCount = count & ~1u;
-    for (uint32_t i = 0; i < mainCount; ++i) {
-        const uint32_t x = startX + i;
-        const uint32_t m = row(x);
-        const ColourBytes px = Source::read(in);
-        if (Source::white(px)) {
-            plane1.white(x);
-        } else {
-            const Inks c = source.main(px, m);
-            const PairDots p30 = pairedThreshold(tone[c.c[3]], tone[c.c[0]], maxT, static_cast<int32_t>(m));
-            out.set(3, dotPattern(p30.a));
-            out.set(0, dotPattern(p30.b));
-            out.set(1, dotPattern(plane1.decide(x, m, c.c[1], tone[c.c[1]], maxT)));
-            out.set(2, dotPattern(tone[c.c[2]] > maxT - static_cast<int32_t>(m)));
+    ColourChunk chunk;
+    int32_t tones[4][kColourChunk];
+    int32_t m[kColourChunk];
+    uint8_t dots[4][kColourChunk];
+    forEachChunk(input, in, startX, mainCount, chunk, [&](uint32_t x0, uint32_t n) INKDOT_INLINE_LAMBDA {
+        for (uint32_t i = 0; i < n; ++i) {
+            m[i] = static_cast<int32_t>(row(x0 + i));
+            for (unsigned k = 0; k < 4; ++k) tones[k][i] = tone[inkLevel(chunk.inks[i], k)];
         }
-        out.next();
-        in.advanceAfter(i);
-    }
+        // White pixels print nothing.
+        const int32_t* const t0 = tones[0];
+        const int32_t* const t2 = tones[2];
+        const int32_t* const t3 = tones[3];
+        uint8_t* const dots0 = dots[0];
+        uint8_t* const dots2 = dots[2];
+        uint8_t* const dots3 = dots[3];
+        // One loop per plane: each is a few vector compares per eight pixels.
+        for (uint32_t i = 0; i < n; ++i) dots3[i] = static_cast<uint8_t>((t3[i] > m[i]) & !chunk.white[i]);
+        for (uint32_t i = 0; i < n; ++i)
+            dots0[i] = static_cast<uint8_t>(pairedThreshold(t3[i], t0[i], maxT, m[i]).b & !chunk.white[i]);
+        for (uint32_t i = 0; i < n; ++i) dots2[i] = static_cast<uint8_t>((t2[i] > maxT - m[i]) & !chunk.white[i]);
+        plane1.decide(chunk, tones[1], m, maxT, x0, n, dots[1]);
+        out.put({dots[0], dots[1], dots[2], dots[3]}, n);
+    });
 
     if (count & 1) {
-        const uint32_t m = row(startX + mainCount);
-        const Inks c = source.lastByMatrix(Source::read(in), m);
-        const PairDots p30 = pairedThreshold(tone[c.c[3]], tone[c.c[0]], maxT, static_cast<int32_t>(m));
-        const PairDots p12 = pairedThreshold(tone[c.c[1]], tone[c.c[2]], maxT, maxT - static_cast<int32_t>(m));
+        const uint32_t x = startX + mainCount;
+        const uint32_t m = row(x);
+        const uint32_t inks = input.inksByMatrix(in, mainCount, x);
+        int32_t t[4];
+        for (unsigned k = 0; k < 4; ++k) t[k] = tone[inkLevel(inks, k)];
+        const PairDots p30 = pairedThreshold(t[3], t[0], maxT, static_cast<int32_t>(m));
+        const PairDots p12 = pairedThreshold(t[1], t[2], maxT, maxT - static_cast<int32_t>(m));
         out.set(3, dotPattern(p30.a));
         out.set(0, dotPattern(p30.b));
         out.set(1, dotPattern(p12.a));
@@ -116,26 +143,37 @@ void ditherRun(const HtContext& ctx, const HtRun& run, Source source, Plane1 pla
     out.finish();
 }
 
+// The run with the input stage the instance's input format asks for.
+template <class Conversion, class Plane1>
+void colourRun(const HtContext& ctx, const HtRun& run, const Conversion& conversion, Plane1 plane1) {
+    const PixelSource<false> in(run.src, colourPixelBytes(ctx.inputFormat), ctx.scaleMode == INKDOT_SCALE_DOUBLE);
+    withColourInput(ctx, conversion, [&](auto input) { ditherRun(ctx, run, input, in, plane1); });
+}
+
+GridInput<kDitherGrid> gridInput(const HtContext& ctx, const HtRun& run) {
+    return GridInput<kDitherGrid>(ctx, NodeMatrix{matrixRow(ctx, run.lineNo)});
+}
+
 }  // namespace
 
 uint32_t Dither1Colour(HtContext& ctx, const HtRun& run) {
     if (const uint32_t rc = checkDitherRun(ctx, run, Option11::Ignored)) return rc;
     ctx.prevLineNo = run.lineNo;
-    withColourSource<GridSource>(ctx, [&](auto source) { ditherRun(ctx, run, source, MatrixPlane1{}); });
+    colourRun(ctx, run, gridInput(ctx, run), MatrixPlane1{});
     return RC_OK;
 }
 
 uint32_t Dither1ColourHybrid(HtContext& ctx, const HtRun& run) {
     if (const uint32_t rc = checkDitherRun(ctx, run, Option11::Ignored)) return rc;
     ctx.prevLineNo = run.lineNo;
-    withColourSource<GridSource>(ctx, [&](auto source) { ditherRun(ctx, run, source, DiffusedPlane1(ctx)); });
+    colourRun(ctx, run, gridInput(ctx, run), DiffusedPlane1(ctx));
     return RC_OK;
 }
 
 uint32_t Threshold1Colour(HtContext& ctx, const HtRun& run) {
     if (const uint32_t rc = checkDitherRun(ctx, run, Option11::Ignored)) return rc;
     ctx.prevLineNo = run.lineNo;
-    withColourSource<ThresholdSource>(ctx, [&](auto source) { ditherRun(ctx, run, source, MatrixPlane1{}); });
+    colourRun(ctx, run, ThresholdInput(ctx), MatrixPlane1{});
     return RC_OK;
 }
 

@@ -1,11 +1,14 @@
 // Dither1Mono: one gray plane, the tone value of each input level against
 // the threshold matrix.
+#include <algorithm>
+
 #include "halftone/ht_context.h"
-#include "kernels/dither/input_walk.h"
+#include "kernels/cpu_clones.h"
 #include "kernels/matrix_row.h"
 #include "kernels/dither/run_checks.h"
 #include "kernels/kernels.h"
 #include "kernels/packing.h"
+#include "kernels/pixel_source.h"
 
 namespace inkdot {
 namespace {
@@ -25,17 +28,27 @@ struct FixedThresholdLevel {
     uint32_t operator()(uint8_t b) const { return b > 128 ? full : none; }
 };
 
-template <class Reduction, class Level>
-void ditherRun(const HtContext& ctx, const HtRun& run, Level level) {
+// Two stages over a chunk of pixels: the levels of the input bytes (a table
+// look-up each), then the comparison with the matrix and the packing, which
+// the compiler turns into vector compares.
+constexpr uint32_t kChunk = 256;
+
+template <class Source, class Level>
+INKDOT_CPU_CLONES void ditherRun(const HtContext& ctx, const HtRun& run, const Source& in, Level level) {
     const MatrixRow row = matrixRow(ctx, run.lineNo);
-    InputWalk<Reduction> in(run.src, kGrayPixelBytes, ctx.scaleMode == 1);
     PlanePacker<1, 1> out(run.dst, run.planeStride, run.bitOffset);
-    for (uint32_t i = 0; i < run.count; ++i) {
-        const uint32_t l = level(in.byte(0));
+    uint16_t levels[kChunk];
+    uint16_t thresholds[kChunk];
+    uint8_t flags[kChunk];
+    for (uint32_t first = 0; first < run.count; first += kChunk) {
+        const uint32_t n = std::min(kChunk, run.count - first);
+        for (uint32_t i = 0; i < n; ++i) {
+            levels[i] = static_cast<uint16_t>(level(in.byte(first + i, 0)));
+            thresholds[i] = static_cast<uint16_t>(row(run.startX + first + i));
+        }
         // A level of 0 never prints, even on a matrix cell of 0.
-        out.dot(0, l != 0 && l > row(run.startX + i));
-        out.next();
-        in.advanceAfter(i);
+        for (uint32_t i = 0; i < n; ++i) flags[i] = (levels[i] != 0) & (levels[i] > thresholds[i]);
+        out.put({flags}, n);
     }
     out.finish();
 }
@@ -47,11 +60,12 @@ uint32_t Dither1Mono(HtContext& ctx, const HtRun& run) {
     ctx.prevLineNo = run.lineNo;
 
     const auto* tone = slotData<uint16_t>(ctx, kToneTable);
-    withReduction(ctx.scaleMode == -1, [&]<class Reduction>(Reduction) {
+    // Halving: two bytes per pixel, the smaller used.
+    withPixelSource(ctx, run.src, kGrayPixelBytes, true, [&](const auto& in) {
         if (ctx.method == 0) {
-            ditherRun<Reduction>(ctx, run, FixedThresholdLevel{tone[255], tone[0]});
+            ditherRun(ctx, run, in, FixedThresholdLevel{tone[255], tone[0]});
         } else {
-            ditherRun<Reduction>(ctx, run, ToneLevel{tone});
+            ditherRun(ctx, run, in, ToneLevel{tone});
         }
     });
     return RC_OK;

@@ -3,10 +3,13 @@
 // colour kernels; each plane then gets its dot size by the three-size code
 // rule at its own place of the matrix. The DoubleY kernel is the same run
 // with the halving reduction.
+#include <algorithm>
+
 #include "halftone/ht_context.h"
-#include "kernels/dither/colour_sources.h"
+#include "kernels/colour_input/colour_input.h"
+#include "kernels/cpu_clones.h"
 #include "kernels/force_inline.h"
-#include "kernels/dither/input_walk.h"
+#include "kernels/largest_code.h"
 #include "kernels/matrix_row.h"
 #include "kernels/dither/run_checks.h"
 #include "kernels/dither/three_size_code.h"
@@ -31,45 +34,67 @@ struct PlaneThresholds {
 
     // The four planes' codes, plane k in byte k, each code repeated over its
     // byte: one OR puts all four into the packer.
-    INKDOT_FORCE_INLINE uint32_t codeBytes(uint32_t x, const Inks& c) const {
-        const uint32_t codes = threeSizeCode(ctx, c.c[0], rowA(x)) |
-                               threeSizeCode(ctx, c.c[1], rowB(x + kPlane1Column)) << 8 |
-                               threeSizeCode(ctx, c.c[2], rowA(x + kPlane2Column)) << 16 |
-                               threeSizeCode(ctx, c.c[3], rowB(x + kPlane3Column)) << 24;
+    INKDOT_FORCE_INLINE uint32_t codeBytes(uint32_t x, uint32_t inks) const {
+        const uint32_t codes = threeSizeCode(ctx, inkLevel(inks, 0), rowA(x)) |
+                               threeSizeCode(ctx, inkLevel(inks, 1), rowB(x + kPlane1Column)) << 8 |
+                               threeSizeCode(ctx, inkLevel(inks, 2), rowA(x + kPlane2Column)) << 16 |
+                               threeSizeCode(ctx, inkLevel(inks, 3), rowB(x + kPlane3Column)) << 24;
         return codes * kCodeRepeat;
     }
 };
 
-template <class Reduction, class Source>
-void ditherRun(const HtContext& ctx, const HtRun& run, Source source) {
+// The decision stage over a chunk of levels: each plane's split-row tones
+// and matrix values, then one loop per plane of the three-size rule (a few
+// vector compares per eight pixels), then the packing of whole bytes.
+template <class Input, class Source>
+INKDOT_CPU_CLONES void ditherRun(const HtContext& ctx, const HtRun& run, Input input, const Source& in) {
     const PlaneThresholds rows{matrixRow(ctx, run.lineNo), matrixRow(ctx, run.lineNo + kRowBLineOffset), ctx};
-    InputWalk<Reduction> in(run.src, colourPixelBytes(ctx.inputFormat), ctx.scaleMode == 1);
+    const MatrixRow planeRow[4] = {rows.rowA, rows.rowB, rows.rowA, rows.rowB};
+    constexpr uint32_t kPlaneColumn[4] = {0, kPlane1Column, kPlane2Column, kPlane3Column};
     PlanePacker<2, 4> out(run.dst, run.planeStride, run.bitOffset);
 
     // Kept in locals: the output stores may alias anything a reference reaches.
     const uint32_t startX = run.startX;
     const uint32_t count = run.count;
     const uint32_t mainCount = count & ~1u;
-    for (uint32_t i = 0; i < mainCount; ++i) {
-        const uint32_t x = startX + i;
-        const ColourBytes px = Source::read(in);
-        if (!Source::white(px)) out.setAll(rows.codeBytes(x, source.main(px, rows.rowA(x))));
-        out.next();
-        in.advanceAfter(i);
-    }
+    ColourChunk chunk;
+    uint32_t cumulative[kColourChunk];
+    uint32_t total[kColourChunk];
+    uint32_t threshold[kColourChunk];
+    uint8_t codes[4][kColourChunk];
+    forEachChunk(input, in, startX, mainCount, chunk, [&](uint32_t x0, uint32_t n) INKDOT_INLINE_LAMBDA {
+        for (unsigned k = 0; k < 4; ++k) {
+            for (uint32_t i = 0; i < n; ++i) {
+                const uint32_t amount = inkLevel(chunk.inks[i], k);
+                cumulative[i] = ctx.splitToneCumulative[amount];
+                total[i] = ctx.splitToneTotal[amount];
+                threshold[i] = planeRow[k](x0 + i + kPlaneColumn[k]);
+            }
+            // White pixels print nothing.
+            uint8_t* const code = codes[k];
+            for (uint32_t i = 0; i < n; ++i) {
+                const uint32_t t = threshold[i];
+                code[i] = static_cast<uint8_t>(
+                    largestCode((cumulative[i] & 0xFFFF) > t, (cumulative[i] >> 16) > t, total[i] > t) *
+                    !chunk.white[i]);
+            }
+        }
+        out.put({codes[0], codes[1], codes[2], codes[3]}, n);
+    });
 
     if (count & 1) {
-        out.setAll(rows.codeBytes(startX + mainCount, source.lastNearest(Source::read(in))));
+        out.setAll(rows.codeBytes(startX + mainCount, input.nearestInks(in, mainCount)));
         out.next();
     }
     out.finish();
 }
 
-uint32_t dither2Colour(HtContext& ctx, const HtRun& run, bool halving) {
+uint32_t dither2Colour(HtContext& ctx, const HtRun& run, bool halvingOffered) {
     if (const uint32_t rc = checkDitherRun(ctx, run, Option11::Ignored)) return rc;
     ctx.prevLineNo = run.lineNo;
-    withReduction(halving, [&]<class Reduction>(Reduction) {
-        withColourSource<GridSource>(ctx, [&](auto source) { ditherRun<Reduction>(ctx, run, source); });
+    const GridInput<kDitherGrid> grid(ctx, NodeMatrix{matrixRow(ctx, run.lineNo)});
+    withPixelSource(ctx, run.src, colourPixelBytes(ctx.inputFormat), halvingOffered, [&](const auto& in) {
+        withColourInput(ctx, grid, [&](auto input) { ditherRun(ctx, run, input, in); });
     });
     return RC_OK;
 }
@@ -79,8 +104,6 @@ uint32_t dither2Colour(HtContext& ctx, const HtRun& run, bool halving) {
 uint32_t Dither2Colour(HtContext& ctx, const HtRun& run) { return dither2Colour(ctx, run, false); }
 
 // Each output pixel from two input pixels, byte by byte the smaller, when scaleMode is -1.
-uint32_t Dither2ColourDoubleY(HtContext& ctx, const HtRun& run) {
-    return dither2Colour(ctx, run, ctx.scaleMode == -1);
-}
+uint32_t Dither2ColourDoubleY(HtContext& ctx, const HtRun& run) { return dither2Colour(ctx, run, true); }
 
 }  // namespace inkdot

@@ -5,12 +5,14 @@
 #include <algorithm>
 
 #include "halftone/ht_context.h"
-#include "kernels/dither/input_walk.h"
+#include "kernels/cpu_clones.h"
 #include "kernels/matrix_row.h"
 #include "kernels/dither/run_checks.h"
 #include "kernels/dither/three_size_code.h"
 #include "kernels/kernels.h"
+#include "kernels/level_shift.h"
 #include "kernels/packing.h"
+#include "kernels/pixel_source.h"
 
 namespace inkdot {
 namespace {
@@ -20,31 +22,38 @@ inline constexpr uint32_t kGrayPixelBytes = 1;
 // so that shift and threshold are not correlated.
 inline constexpr uint32_t kShiftColumnOffset = 24;
 
-template <class Reduction>
-void ditherRun(const HtContext& ctx, const HtRun& run) {
+// Two stages over a chunk of pixels: the split row of each pixel (the
+// level shift and the curve), then the dot codes and the packing.
+constexpr uint32_t kChunk = 256;
+
+template <class Source>
+INKDOT_CPU_CLONES void ditherRun(const HtContext& ctx, const HtRun& run, const Source& in) {
     const MatrixRow row = matrixRow(ctx, run.lineNo);
     // Padded curve: entry 0 is the level spread W, entry d + v + 1 the ink at
     // level v shifted by d - W / 2. The resource protocol never stores W = 0.
     const auto* curve = slotData<uint16_t>(ctx, kConversionTable);
-    const uint32_t spreadW = std::max<uint32_t>(curve[0], 1);
-    InputWalk<Reduction> in(run.src, kGrayPixelBytes, ctx.scaleMode == 1);
+    const LevelShift levelShift(std::max<uint32_t>(curve[0], 1));
     PlanePacker<2, 1> out(run.dst, run.planeStride, run.bitOffset);
-    for (uint32_t i = 0; i < run.count; ++i) {
-        const uint32_t x = run.startX + i;
-        const uint32_t shift = row(x + kShiftColumnOffset) % spreadW;
-        // The curve holds ink amounts of the black table (0..255): one split row each.
-        const uint32_t amount = curve[shift + in.byte(0) + 1] & 0xFF;
-        out.set(0, threeSizeCode(ctx, amount, row(x)) * kCodeRepeat);
-        out.next();
-        in.advanceAfter(i);
+    uint8_t amounts[kChunk];
+    uint8_t codes[kChunk];
+    for (uint32_t first = 0; first < run.count; first += kChunk) {
+        const uint32_t n = std::min(kChunk, run.count - first);
+        const uint32_t x0 = run.startX + first;
+        for (uint32_t i = 0; i < n; ++i) {
+            const uint32_t shift = levelShift(row(x0 + i + kShiftColumnOffset));
+            // The curve holds ink amounts of the black table (0..255): one split row each.
+            amounts[i] = static_cast<uint8_t>(curve[shift + in.byte(first + i, 0) + 1]);
+        }
+        for (uint32_t i = 0; i < n; ++i) codes[i] = static_cast<uint8_t>(threeSizeCode(ctx, amounts[i], row(x0 + i)));
+        out.put({codes}, n);
     }
     out.finish();
 }
 
-uint32_t dither2Mono(HtContext& ctx, const HtRun& run, bool halving) {
+uint32_t dither2Mono(HtContext& ctx, const HtRun& run, bool halvingOffered) {
     if (const uint32_t rc = checkDitherRun(ctx, run, Option11::MustBeZero)) return rc;
     ctx.prevLineNo = run.lineNo;
-    withReduction(halving, [&]<class Reduction>(Reduction) { ditherRun<Reduction>(ctx, run); });
+    withPixelSource(ctx, run.src, kGrayPixelBytes, halvingOffered, [&](const auto& in) { ditherRun(ctx, run, in); });
     return RC_OK;
 }
 
@@ -53,8 +62,6 @@ uint32_t dither2Mono(HtContext& ctx, const HtRun& run, bool halving) {
 uint32_t Dither2Mono(HtContext& ctx, const HtRun& run) { return dither2Mono(ctx, run, false); }
 
 // Each output pixel from two input pixels, the smaller level, when scaleMode is -1.
-uint32_t Dither2MonoDoubleY(HtContext& ctx, const HtRun& run) {
-    return dither2Mono(ctx, run, ctx.scaleMode == -1);
-}
+uint32_t Dither2MonoDoubleY(HtContext& ctx, const HtRun& run) { return dither2Mono(ctx, run, true); }
 
 }  // namespace inkdot

@@ -6,7 +6,7 @@
 
 #include <cstdint>
 
-#include "kernels/ed1/colour_conversion.h"
+#include "kernels/colour_input/colour_chunk.h"
 #include "kernels/paired_threshold.h"
 
 namespace inkdot {
@@ -15,24 +15,12 @@ struct ColourDots {
     bool dot[4];  // per plane
 };
 
-// Levels below this print too rarely on a lone pixel to be worth a dot.
-inline constexpr int32_t kOddPixelMinLevel = 32;
-// The node choice at mid-matrix: a byte takes the node it lies nearer to.
-inline constexpr uint32_t kOddPixelQ = 128;
-
+// `inks` are the pixel's levels (byte k for plane k): from the nearest grid
+// node with faint levels dropped, or the ink pixel's own.
 template <class Tables>
-inline ColourDots oddPixelDots(const Tables& tables, uint32_t inputFormat, const uint8_t* px, uint32_t x,
-                               int32_t maxT) {
-    InkLevels levels;
-    if (inputFormat == 4) {
-        levels = inkBytes(px);
-    } else {
-        levels = unpackLevels(tables.conversion[gridEntry(chooseNodes(tables, px, kOddPixelQ))]);
-        for (int32_t& level : levels.level)
-            if (level < kOddPixelMinLevel) level = 0;
-    }
+inline ColourDots oddPixelDots(const Tables& tables, uint32_t inks, uint32_t x, int32_t maxT) {
     int32_t t[4];
-    for (int k = 0; k < 4; ++k) t[k] = static_cast<int32_t>(tables.tone(levels.level[k]));
+    for (unsigned k = 0; k < 4; ++k) t[k] = static_cast<int32_t>(tables.tone(static_cast<int32_t>(inkLevel(inks, k))));
     const int32_t m = static_cast<int32_t>(tables.row(x));
     const int32_t mirrored = static_cast<uint16_t>(maxT - m);  // 16-bit wrap
     const PairDots p30 = pairedThreshold(t[3], t[0], maxT, m);

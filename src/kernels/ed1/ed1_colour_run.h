@@ -11,13 +11,14 @@
 // planes 0 and 3 are most likely to print.
 #pragma once
 
+#include <algorithm>
 #include <cstdint>
 
 #include "halftone/ht_context.h"
 #include "halftone/kernel.h"
 #include "inkdot/inkdot.h"
+#include "kernels/colour_input/colour_input.h"
 #include "kernels/ed1/activity_history.h"
-#include "kernels/ed1/colour_conversion.h"
 #include "kernels/ed1/continuity.h"
 #include "kernels/ed1/diffusion_step.h"
 #include "kernels/ed1/ed1_colour_odd_pixel.h"
@@ -103,12 +104,11 @@ INKDOT_FORCE_INLINE bool diffusePlane(const Tables& tables, int32_t* cell, int32
 
 }  // namespace detail
 
-// Ink input (inputFormat 4) carries the four levels itself: it steps four
-// bytes a pixel and skips the grid and the smoothing; all four zero is white.
-// Colour input steps three bytes a pixel, whatever inputFormat says. The
-// input kind is a template parameter, so the pixel loop does not ask per pixel.
-template <class Family, class Tables, unsigned Planes, bool kInkInput>
-INKDOT_FLATTEN void diffuseColourRun(HtContext& ctx, const HtRun& run) {
+// The pixel loop is the decision stage: it reads the levels and white flags
+// that the colour input stage made of a chunk of pixels, and runs the error
+// chains over them.
+template <class Family, class Tables, unsigned Planes, class Input>
+INKDOT_FLATTEN void diffuseColourRun(HtContext& ctx, const HtRun& run, Input input) {
     const Tables tables(ctx, run.lineNo);
     const SpreadThresholds thresholds = spreadThresholds(ctx);
     int32_t* const line0 = errorLine(ctx, 0);
@@ -116,61 +116,49 @@ INKDOT_FLATTEN void diffuseColourRun(HtContext& ctx, const HtRun& run) {
     int32_t* const line3 = errorLine(ctx, 2);  // plane 3 diffuses on the third line
     int32_t carry0 = 0, carry1 = 0, carry3 = 0;
     ActivityHistory history0, history1, history3;
-    Smoothing smoothing;
     PlanePacker<1, Planes> packer(run.dst, run.planeStride, run.bitOffset);
-
-    const uint32_t pixelBytes = colourPixelBytes(ctx.inputFormat);
-    const bool doubling = ctx.scaleMode == 1;  // every input pixel serves two output pixels
-    const uint8_t* in = run.src;
+    // halving reads one pixel per output pixel in these kernels
+    const PixelSource<false> in(run.src, colourPixelBytes(ctx.inputFormat), ctx.scaleMode == INKDOT_SCALE_DOUBLE);
 
     // Pixels are diffused in pairs; an odd last pixel is dithered on its own.
     // Kept in a local: the error cells written below may alias the run's fields.
     const uint32_t startX = run.startX;
     const uint32_t diffused = run.count & ~1u;
-    for (uint32_t i = 0; i < diffused; ++i) {
-        const uint32_t x = startX + i;
-        const uint8_t* px = in;
-        if (!doubling || (i & 1) != 0) in += pixelBytes;
-        int32_t* const cell0 = line0 + x;
-        int32_t* const cell1 = line1 + x;
-        int32_t* const cell3 = line3 + x;
+    ColourChunk chunk;
+    forEachChunk(input, in, startX, diffused, chunk, [&](uint32_t x0, uint32_t n) INKDOT_INLINE_LAMBDA {
+        for (uint32_t i = 0; i < n; ++i) {
+            const uint32_t x = x0 + i;
+            int32_t* const cell0 = line0 + x;
+            int32_t* const cell1 = line1 + x;
+            int32_t* const cell3 = line3 + x;
+            if (chunk.white[i]) {
+                // No dot anywhere; the pending error is dropped and the
+                // histories wait for the next coloured pixel.
+                dropCell(*cell0, carry0);
+                dropCell(*cell1, carry1);
+                dropCell(*cell3, carry3);
+                packer.next();
+                continue;
+            }
 
-        const bool white = kInkInput ? (px[0] | px[1] | px[2] | px[3]) == 0 : px[0] + px[1] + px[2] == 3 * 255;
-        if (white) {
-            // No dot anywhere; the pending error is dropped and the smoothing
-            // and histories wait for the next coloured pixel.
-            dropCell(*cell0, carry0);
-            dropCell(*cell1, carry1);
-            dropCell(*cell3, carry3);
+            const uint32_t m = tables.row(x);
+            const int32_t p = kPerturbationTable[tables.q(x)];
+            const bool odd = (m & 1) != 0;
+            const uint32_t inks = chunk.inks[i];
+            const int32_t L0 = inkLevel(inks, 0), L1 = inkLevel(inks, 1), L2 = inkLevel(inks, 2),
+                          L3 = inkLevel(inks, 3);
+
+            packer.dot(0, detail::diffusePlane<Family, 0>(tables, cell0, carry0, history0, L0, p, odd, thresholds));
+            packer.dot(1, detail::diffusePlane<Family, 1>(tables, cell1, carry1, history1, L1, p, odd, thresholds));
+            packer.dot(2, m < tables.tone(L2));
+            const bool dot3 = detail::diffusePlane<Family, 3>(tables, cell3, carry3, history3, L3, p, odd, thresholds);
+            if constexpr (Planes == 4) packer.dot(3, dot3);
             packer.next();
-            continue;
         }
-
-        const uint32_t m = tables.row(x);
-        const uint32_t q = tables.q(x);
-        const int32_t p = kPerturbationTable[q];
-        const bool odd = (m & 1) != 0;
-
-        InkLevels levels;
-        if constexpr (kInkInput) {
-            levels = inkBytes(px);
-        } else {
-            const NodeIndices nodes = chooseNodes(tables, px, q);
-            levels = unpackLevels(tables.conversion[gridEntry(nodes)]);
-            smoothing.apply(levels, nodes, m);
-        }
-        const int32_t* L = levels.level;
-
-        packer.dot(0, detail::diffusePlane<Family, 0>(tables, cell0, carry0, history0, L[0], p, odd, thresholds));
-        packer.dot(1, detail::diffusePlane<Family, 1>(tables, cell1, carry1, history1, L[1], p, odd, thresholds));
-        packer.dot(2, m < tables.tone(L[2]));
-        const bool dot3 = detail::diffusePlane<Family, 3>(tables, cell3, carry3, history3, L[3], p, odd, thresholds);
-        if constexpr (Planes == 4) packer.dot(3, dot3);
-        packer.next();
-    }
+    });
 
     if ((run.count & 1) != 0) {
-        const ColourDots dots = oddPixelDots(tables, ctx.inputFormat, in, startX + diffused, maxThreshold(ctx));
+        const ColourDots dots = oddPixelDots(tables, input.nearestInks(in, diffused), startX + diffused, maxThreshold(ctx));
         packer.dot(0, dots.dot[0]);
         packer.dot(1, dots.dot[1]);
         packer.dot(2, dots.dot[2]);
@@ -192,11 +180,8 @@ uint32_t runColour(HtContext& ctx, const HtRun& run) {
         return RC_DATA;
 
     applyContinuity(ctx, run, 3);
-    if (ctx.inputFormat == 4) {
-        diffuseColourRun<Family, Tables, Planes, true>(ctx, run);
-    } else {
-        diffuseColourRun<Family, Tables, Planes, false>(ctx, run);
-    }
+    const GridInput<kDiffusionGrid> grid(ctx, NodeMatrix{matrixRow(ctx, run.lineNo)});
+    withColourInput(ctx, grid, [&](auto input) { diffuseColourRun<Family, Tables, Planes>(ctx, run, input); });
     return RC_OK;
 }
 

@@ -12,7 +12,6 @@
 #include "halftone/ht_context.h"
 #include "halftone/kernel.h"
 #include "kernels/ed1/perturbation.h"
-#include "kernels/grid_node.h"
 #include "kernels/matrix_row.h"
 
 namespace inkdot {
@@ -25,14 +24,11 @@ public:
 
     DirectColourTables(const HtContext& ctx, uint32_t lineNo)
         : row(matrixRow(ctx, lineNo)),
-          conversion(slotData<uint32_t>(ctx, kConversionTable)),
-          gridCells_(slotData<uint8_t>(ctx, kGridCellTable)),
           tone_(slotData<uint16_t>(ctx, kToneTable)),
           dotValueUnsigned_(slotData<uint16_t>(ctx, kDotValueTable)),
           dotValueSigned_(slotData<int16_t>(ctx, kDotValueTable)),
           edThreshold_(slotData<int16_t>(ctx, kEdThresholdTable)) {}
 
-    GridCell cell(uint8_t v) const { return gridCell(gridCells_, v); }
     uint32_t tone(int32_t level) const { return tone_[level]; }
     int32_t edThreshold(int32_t level) const { return edThreshold_[level]; }
     template <unsigned Plane>
@@ -44,10 +40,8 @@ public:
     uint32_t q(uint32_t x) const { return row(x) & 0xFE; }
 
     MatrixRow row;
-    const uint32_t* conversion;
 
 private:
-    const uint8_t* gridCells_;
     const uint16_t* tone_;
     const uint16_t* dotValueUnsigned_;
     const int16_t* dotValueSigned_;
@@ -63,14 +57,11 @@ public:
     static constexpr uint32_t kMaxMatrixWidth = 256;
 
     CachedColourTables(const HtContext& ctx, uint32_t lineNo)
-        : row(matrixRow(ctx, lineNo)), conversion(slotData<uint32_t>(ctx, kConversionTable)) {
-        const uint8_t* cells = slotData<uint8_t>(ctx, kGridCellTable);
+        : row(matrixRow(ctx, lineNo)) {
         const int16_t* dotValue = slotData<int16_t>(ctx, kDotValueTable);
         const int16_t* edThreshold = slotData<int16_t>(ctx, kEdThresholdTable);
         const uint16_t* tone = slotData<uint16_t>(ctx, kToneTable);
         for (uint32_t v = 0; v < 256; ++v) {
-            node_[v] = cells[2 * v];
-            weight_[v] = cells[2 * v + 1];
             dotValue_[v] = dotValue[v];
             edThreshold_[v] = edThreshold[v];
             tone_[v] = tone[v];
@@ -78,7 +69,6 @@ public:
         for (uint32_t x = 0; x < ctx.matrixWidth; ++x) q_[x] = static_cast<uint8_t>(row.cells[x] & 0xFE);
     }
 
-    GridCell cell(uint8_t v) const { return {node_[v], weight_[v]}; }
     uint32_t tone(int32_t level) const { return tone_[level]; }
     int32_t edThreshold(int32_t level) const { return edThreshold_[level]; }
     template <unsigned Plane>
@@ -86,11 +76,8 @@ public:
     uint32_t q(uint32_t x) const { return q_[x & row.columnMask]; }
 
     MatrixRow row;  // the full 16-bit values, for plane 2 and the odd last pixel
-    const uint32_t* conversion;
 
 private:
-    uint8_t node_[256];
-    uint8_t weight_[256];
     int32_t dotValue_[256];
     int32_t edThreshold_[256];
     int32_t tone_[256];

@@ -14,6 +14,7 @@
 #include "kernels/ed2/ed2_pattern_choice.h"
 #include "kernels/ed2/input_step.h"
 #include "kernels/kernels.h"
+#include "kernels/level_shift.h"
 #include "kernels/matrix_row.h"
 #include "kernels/packing.h"
 
@@ -33,13 +34,13 @@ constexpr uint32_t kJitterColumnOffset = 24;
 // is held to that range so the split row stays inside the split tables.
 struct PaddedCurve {
     const int16_t* entries;
-    uint32_t levelSpread;
+    LevelShift levelShift;
 
-    explicit PaddedCurve(const HtContext& ctx) : entries(slotData<int16_t>(ctx, kConversionTable)) {
-        levelSpread = static_cast<uint32_t>(std::max<int32_t>(entries[0], 1));
-    }
+    explicit PaddedCurve(const HtContext& ctx)
+        : entries(slotData<int16_t>(ctx, kConversionTable)),
+          levelShift(static_cast<uint32_t>(std::max<int32_t>(entries[0], 1))) {}
     uint32_t splitRow(uint32_t jitter, uint8_t v) const {
-        const int32_t row = entries[1 + jitter % levelSpread + v];
+        const int32_t row = entries[1 + levelShift(jitter) + v];
         return static_cast<uint32_t>(std::clamp(row, 0, 255));
     }
 };
