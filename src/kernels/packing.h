@@ -13,7 +13,6 @@
 
 namespace inkdot {
 
-inline constexpr uint8_t kDotPattern = 0xFF;
 // A two-bit code c repeated in all four bit pairs of a byte is c times this
 // (0x00, 0x55, 0xAA, 0xFF); the packer's mask then picks the pixel's pair.
 inline constexpr uint32_t kCodeRepeat = 0x55;

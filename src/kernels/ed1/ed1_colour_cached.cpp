@@ -12,7 +12,7 @@ namespace {
 // line evolves as in a four-plane run, but its bytes are never touched.
 template <class Family>
 uint32_t runCached(HtContext& ctx, const HtRun& run) {
-    if (ctx.colourMode == 2) return runColour<Family, CachedColourTables, 3>(ctx, run);
+    if (ctx.colourMode == INKDOT_COLOUR_THREE_PLANES) return runColour<Family, CachedColourTables, 3>(ctx, run);
     return runColour<Family, CachedColourTables, 4>(ctx, run);
 }
 

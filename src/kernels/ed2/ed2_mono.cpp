@@ -63,7 +63,7 @@ uint32_t ed2Mono(HtContext& ctx, const HtRun& run) {
     const uint32_t columnMask = ctx.matrixWidth - 1;
     const ed2::SmallThresholds bands = ed2::smallThresholds(ctx);
     const InputStep step = inputStep(ctx.scaleMode, 1, ReducesPairs);
-    const bool reduce = ReducesPairs && ctx.scaleMode == -1;
+    const bool reduce = ReducesPairs && ctx.scaleMode == INKDOT_SCALE_HALVE;
     int32_t* const line = errorLine(ctx, 0);
     int32_t carry = 0;
 

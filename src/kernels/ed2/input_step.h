@@ -8,6 +8,8 @@
 
 #include <cstdint>
 
+#include "inkdot/inkdot.h"
+
 namespace inkdot {
 
 struct InputStep {
@@ -18,8 +20,8 @@ struct InputStep {
 };
 
 inline InputStep inputStep(int32_t scaleMode, uint32_t bytesPerPixel, bool reducesPairs) {
-    if (scaleMode == 1) return {1, bytesPerPixel};
-    if (scaleMode == -1 && reducesPairs) return {0, 2 * bytesPerPixel};
+    if (scaleMode == INKDOT_SCALE_DOUBLE) return {1, bytesPerPixel};
+    if (scaleMode == INKDOT_SCALE_HALVE && reducesPairs) return {0, 2 * bytesPerPixel};
     return {0, bytesPerPixel};
 }
 
