@@ -19,19 +19,6 @@ namespace {
 
 const char* const kPlaneNames[4] = {"cyan", "magenta", "yellow", "black"};
 
-// Turns an image row into what the job reads: gray for mono (luma weights
-// 299/587/114 in thousandths, rounded), RGB for colour.
-void toJobInput(const uint8_t* row, unsigned channels, uint32_t width, bool mono, uint8_t* out) {
-    for (uint32_t x = 0; x < width; ++x) {
-        const uint8_t* p = row + size_t{x} * channels;
-        if (mono) {
-            out[x] = channels == 1 ? p[0] : static_cast<uint8_t>((299 * p[0] + 587 * p[1] + 114 * p[2] + 500) / 1000);
-        } else {
-            for (int c = 0; c < 3; ++c) out[size_t{x} * 3 + c] = channels == 1 ? p[0] : p[c];
-        }
-    }
-}
-
 std::string stemOf(const std::string& path) {
     const std::string stem = std::filesystem::path(path).stem().string();
     return stem.empty() ? "page" : stem;
@@ -75,6 +62,29 @@ bool openInputConversion(const ImageReader& image, const PrintOptions& options,
     if (out == nullptr && embedded) error += howToOverride;
     return out != nullptr;
 }
+
+// What a print reads: the image, its conversion into device RGB (if any),
+// the resource pack and the job built from them.
+struct PrintInputs {
+    std::unique_ptr<ImageReader> image;
+    std::unique_ptr<InputConversion> conversion;
+    std::unique_ptr<BlockSource> pack;
+    std::unique_ptr<Job> job;
+
+    bool open(PrintOptions& options, std::string& error) {
+        if (options.input == "-") {
+            if (!makeStandardInputSeekable(error)) return false;
+            options.input = kStandardInputPath;  // the files are then named stdin-...
+        }
+        image = openImage(options.input, error);
+        if (!image || !openInputConversion(*image, options, conversion, error)) return false;
+        pack = options.packFile.empty() ? openDefaultPack(error) : openPackFile(options.packFile, error);
+        if (!pack) return false;
+        options.halftone.inputWidth = image->width();
+        job = Job::open(options.colour, options.halftone, *pack, error);
+        return job != nullptr;
+    }
+};
 
 // The page's plane files and its preview, staged in one output set.
 struct PageFiles {
@@ -166,21 +176,11 @@ int printCommand(const std::vector<std::string>& args, std::ostream& out, std::o
         return kExitUsage;
     }
 
-    if (options.input == "-") {
-        if (!makeStandardInputSeekable(error)) return fail(err, error);
-        options.input = kStandardInputPath;  // the files are then named stdin-...
-    }
-    std::unique_ptr<ImageReader> image = openImage(options.input, error);
-    if (!image) return fail(err, error);
-    std::unique_ptr<InputConversion> conversion;
-    if (!openInputConversion(*image, options, conversion, error)) return fail(err, error);
-    std::unique_ptr<BlockSource> pack =
-        options.packFile.empty() ? openDefaultPack(error) : openPackFile(options.packFile, error);
-    if (!pack) return fail(err, error);
-
-    options.halftone.inputWidth = image->width();
-    std::unique_ptr<Job> job = Job::open(options.colour, options.halftone, *pack, error);
-    if (!job) return fail(err, error);
+    PrintInputs in;
+    if (!in.open(options, error)) return fail(err, error);
+    Job* const job = in.job.get();
+    ImageReader* const image = in.image.get();
+    InputConversion* const conversion = in.conversion.get();
 
     const unsigned lineRepeat = options.autoScale ? autoLineRepeat(options.halftone.resolution) : 1;
     const uint64_t pageHeight = uint64_t{image->height()} * lineRepeat;
@@ -225,7 +225,7 @@ int printCommand(const std::vector<std::string>& args, std::ostream& out, std::o
     if (!runBands(*job, plan, stages, error)) return fail(err, error);
     if (!files.finish(set, error)) return fail(err, error);
     made.keep = true;
-    reportPrinted(out, options, *job, pageHeight, files, conversion.get());
+    reportPrinted(out, options, *job, pageHeight, files, conversion);
     return kExitOk;
 }
 

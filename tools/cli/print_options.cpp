@@ -1,6 +1,8 @@
 #include "cli/print_options.h"
 
+#include <array>
 #include <cstdlib>
+#include <optional>
 #include <sstream>
 
 namespace inkdot::tools {
@@ -123,6 +125,39 @@ bool parseGamma(const std::string& text, int& out, std::string& error) {
     return true;
 }
 
+// --ink-weights C,M,Y,K: four values from 30 to 70.
+bool parseInkWeights(const std::string& text, std::optional<std::array<uint8_t, 4>>& out, std::string& error) {
+    std::stringstream list(text);
+    std::string item;
+    std::array<uint8_t, 4> weights{};
+    int n = 0;
+    for (; std::getline(list, item, ','); ++n) {
+        long v = 0;
+        if (n < 4 && !parseInt(item, 30, 70, "ink-weights", v, error)) return false;
+        if (n < 4) weights[n] = static_cast<uint8_t>(v);
+    }
+    if (n == 4) {
+        out = weights;
+        return true;
+    }
+    error = "--ink-weights takes four values: C,M,Y,K";
+    return false;
+}
+
+// --hscale auto|half|1..5; auto follows the resolution, and repeats lines too.
+bool parseHScale(const std::string& hscale, PrintOptions& out, std::string& error) {
+    out.autoScale = hscale == "auto";
+    if (out.autoScale) out.halftone.hscale = autoHScale(out.halftone.resolution);
+    else if (hscale == "half") out.halftone.hscale = HScale::Half;
+    else if (hscale.size() == 1 && hscale[0] >= '1' && hscale[0] <= '5')
+        out.halftone.hscale = static_cast<HScale>(hscale[0] - '0');
+    else {
+        error = "--hscale must be auto, half or 1 to 5, not '" + hscale + "'";
+        return false;
+    }
+    return true;
+}
+
 }  // namespace
 
 HScale autoHScale(Resolution r) {
@@ -160,36 +195,9 @@ bool parsePrintOptions(const ParsedArgs& args, PrintOptions& out, std::string& e
         return false;
     if (args.has("gamma") && !parseGamma(args.value("gamma", ""), c.gamma, error)) return false;
 
-    if (args.has("ink-weights")) {
-        std::stringstream list(args.value("ink-weights", ""));
-        std::string item;
-        std::array<uint8_t, 4> weights{};
-        int n = 0;
-        while (std::getline(list, item, ',')) {
-            long v = 0;
-            if (n == 4 || !parseInt(item, 30, 70, "ink-weights", v, error)) {
-                if (n == 4) error = "--ink-weights takes four values: C,M,Y,K";
-                return false;
-            }
-            weights[n++] = static_cast<uint8_t>(v);
-        }
-        if (n != 4) {
-            error = "--ink-weights takes four values: C,M,Y,K";
-            return false;
-        }
-        c.inkWeights = weights;
-    }
-
-    const std::string hscale = args.value("hscale", "auto");
-    out.autoScale = hscale == "auto";
-    if (out.autoScale) out.halftone.hscale = autoHScale(out.halftone.resolution);
-    else if (hscale == "half") out.halftone.hscale = HScale::Half;
-    else if (hscale.size() == 1 && hscale[0] >= '1' && hscale[0] <= '5')
-        out.halftone.hscale = static_cast<HScale>(hscale[0] - '0');
-    else {
-        error = "--hscale must be auto, half or 1 to 5, not '" + hscale + "'";
+    if (args.has("ink-weights") && !parseInkWeights(args.value("ink-weights", ""), c.inkWeights, error))
         return false;
-    }
+    if (!parseHScale(args.value("hscale", "auto"), out, error)) return false;
 
     out.inputProfile = args.value("input-profile", "");
     const std::string intent = args.value("intent", "perceptual");

@@ -48,16 +48,7 @@ bool referenceCoverage(const std::string& path, const PagePlan& pagePlan, std::v
     std::vector<PlaneCounts> counts(job->planeCount());
     for (uint32_t y = 0; y < image->height(); ++y) {
         if (!image->readRow(row.data(), error)) return false;
-        for (uint32_t x = 0; x < image->width(); ++x) {
-            const uint8_t* p = row.data() + size_t{x} * image->channels();
-            if (plan.colour.mono) {
-                // Luma weights in thousandths, rounded.
-                input[x] = image->channels() == 1 ? p[0]
-                                                  : static_cast<uint8_t>((299 * p[0] + 587 * p[1] + 114 * p[2] + 500) / 1000);
-            } else {
-                for (int c = 0; c < 3; ++c) input[size_t{x} * 3 + c] = image->channels() == 1 ? p[0] : p[c];
-            }
-        }
+        tools::toJobInput(row.data(), image->channels(), image->width(), plan.colour.mono, input.data());
         if (!job->halftoneLine(input.data(), planes.data(), error)) return false;
         for (unsigned k = 0; k < job->planeCount(); ++k)
             countLine(planes.data() + k * job->planeStride(), job->outputWidth(), job->outputBits(), counts[k]);
@@ -65,6 +56,79 @@ bool referenceCoverage(const std::string& path, const PagePlan& pagePlan, std::v
     const double full = double(image->width()) * image->height() * ((1u << job->outputBits()) - 1);
     coverage.clear();
     for (const PlaneCounts& c : counts) coverage.push_back(double(c.ink) / full);
+    return true;
+}
+
+// What the command line asks of the raster, and the failures found.
+struct Checks {
+    std::map<std::string, std::string> want;
+    int failures = 0;
+
+    std::string wanted(const char* key) const {
+        const auto it = want.find(key);
+        return it == want.end() ? std::string() : it->second;
+    }
+    // Checks `got` against --key when it was given.
+    void expect(const char* key, const std::string& got, const std::string& what) {
+        if (!wanted(key).empty()) check(got == wanted(key), what);
+    }
+    void check(bool ok, const std::string& what) {
+        if (ok) return;
+        std::printf("FAIL: %s\n", what.c_str());
+        ++failures;
+    }
+};
+
+// The engine's own coverage of --reference, halftoned with the settings the
+// page shows (read as the page's colour space says).
+bool pageReference(const Checks& checks, const cups_page_header2_t& h, std::vector<double>& reference,
+                   std::string& error) {
+    FilterSettings settings;
+    const std::string q = checks.wanted("quality");
+    settings.quality = q == "draft" ? Quality::Draft : q == "high" ? Quality::High : Quality::Normal;
+    const bool cmyk = h.cupsColorSpace == CUPS_CSPACE_CMYK;
+    cups_page_header2_t asInput = h;
+    asInput.cupsColorSpace = cmyk ? CUPS_CSPACE_RGB : CUPS_CSPACE_W;
+    asInput.cupsBitsPerColor = 8;
+    asInput.cupsBitsPerPixel = cmyk ? 24 : 8;
+    asInput.cupsColorOrder = CUPS_ORDER_CHUNKED;
+    asInput.cupsBytesPerLine = h.cupsWidth * (cmyk ? 3 : 1);
+    PagePlan plan;
+    return planPage(asInput, settings, plan, error) &&
+           referenceCoverage(checks.wanted("reference"), plan, reference, error);
+}
+
+// Prints page `n` and checks it; false when the reference cannot be made.
+bool checkPage(Checks& checks, size_t n, const PageSummary& page, std::vector<double>& reference) {
+    const cups_page_header2_t& h = page.header;
+    const bool cmyk = h.cupsColorSpace == CUPS_CSPACE_CMYK;
+    const bool planar = h.cupsColorOrder == CUPS_ORDER_PLANAR;
+    std::printf("page %zu: %u x %u, %ux%u dpi, %s, %u bit%s, %s\n", n + 1, h.cupsWidth, h.cupsHeight,
+                h.HWResolution[0], h.HWResolution[1], cmyk ? "CMYK" : "K", h.cupsBitsPerColor,
+                h.cupsBitsPerColor == 1 ? "" : "s", planar ? "planar" : "banded");
+    const std::string name = "page " + std::to_string(n + 1) + ": ";
+    checks.expect("width", std::to_string(h.cupsWidth), name + "width");
+    checks.expect("height", std::to_string(h.cupsHeight), name + "height");
+    checks.expect("space", cmyk ? "cmyk" : "k", name + "colour space");
+    checks.expect("bits", std::to_string(h.cupsBitsPerColor), name + "bits");
+    checks.expect("order", planar ? "planar" : "banded", name + "order");
+
+    std::string error;
+    if (!checks.wanted("reference").empty() && reference.empty() && !pageReference(checks, h, reference, error)) {
+        std::printf("FAIL: reference: %s\n", error.c_str());
+        return false;
+    }
+    const double tolerance = checks.wanted("tolerance").empty() ? 0.03 : std::atof(checks.wanted("tolerance").c_str());
+    for (unsigned k = 0; k < page.planes.size(); ++k) {
+        const char* plane = page.planes.size() == 1 ? "black" : kPlaneNames[k];
+        const double c = page.coverage(k);
+        std::printf("  %-8s dots %.4f  coverage %.4f", plane, double(page.planes[k].dots) / double(page.pixels()), c);
+        if (k < reference.size()) {
+            std::printf("  reference %.4f", reference[k]);
+            checks.check(std::fabs(c - reference[k]) <= tolerance, name + plane + " coverage");
+        }
+        std::printf("\n");
+    }
     return true;
 }
 
@@ -79,10 +143,10 @@ int usage() {
 
 int main(int argc, char** argv) {
     if (argc < 2) return usage();
-    std::map<std::string, std::string> want;
+    Checks checks;
     for (int i = 2; i < argc; i += 2) {
         if (std::strncmp(argv[i], "--", 2) != 0 || i + 1 >= argc) return usage();
-        want[argv[i] + 2] = argv[i + 1];
+        checks.want[argv[i] + 2] = argv[i + 1];
     }
     const int fd = ::open(argv[1], O_RDONLY);
     if (fd < 0) {
@@ -97,66 +161,11 @@ int main(int argc, char** argv) {
         std::fprintf(stderr, "FAIL: %s\n", error.c_str());
         return 1;
     }
-
-    int failures = 0;
-    auto check = [&](bool ok, const std::string& what) {
-        if (!ok) {
-            std::printf("FAIL: %s\n", what.c_str());
-            ++failures;
-        }
-    };
-    auto wanted = [&](const char* key) { return want.count(key) ? want[key] : std::string(); };
-
     std::printf("%zu page%s\n", pages.size(), pages.size() == 1 ? "" : "s");
-    if (!wanted("pages").empty()) check(std::to_string(pages.size()) == wanted("pages"), "page count");
-
-    const double tolerance = wanted("tolerance").empty() ? 0.03 : std::atof(wanted("tolerance").c_str());
+    checks.expect("pages", std::to_string(pages.size()), "page count");
     std::vector<double> reference;
-    for (size_t n = 0; n < pages.size(); ++n) {
-        const PageSummary& page = pages[n];
-        const cups_page_header2_t& h = page.header;
-        const bool cmyk = h.cupsColorSpace == CUPS_CSPACE_CMYK;
-        const bool planar = h.cupsColorOrder == CUPS_ORDER_PLANAR;
-        std::printf("page %zu: %u x %u, %ux%u dpi, %s, %u bit%s, %s\n", n + 1, h.cupsWidth, h.cupsHeight,
-                    h.HWResolution[0], h.HWResolution[1], cmyk ? "CMYK" : "K", h.cupsBitsPerColor,
-                    h.cupsBitsPerColor == 1 ? "" : "s", planar ? "planar" : "banded");
-        const std::string page_ = "page " + std::to_string(n + 1) + ": ";
-        if (!wanted("width").empty()) check(std::to_string(h.cupsWidth) == wanted("width"), page_ + "width");
-        if (!wanted("height").empty()) check(std::to_string(h.cupsHeight) == wanted("height"), page_ + "height");
-        if (!wanted("space").empty()) check((cmyk ? "cmyk" : "k") == wanted("space"), page_ + "colour space");
-        if (!wanted("bits").empty()) check(std::to_string(h.cupsBitsPerColor) == wanted("bits"), page_ + "bits");
-        if (!wanted("order").empty()) check((planar ? "planar" : "banded") == wanted("order"), page_ + "order");
-
-        if (!wanted("reference").empty() && reference.empty()) {
-            FilterSettings settings;
-            const std::string q = wanted("quality");
-            settings.quality = q == "draft" ? Quality::Draft : q == "high" ? Quality::High : Quality::Normal;
-            // The reference reads the image as the page's colour space says.
-            cups_page_header2_t asInput = h;
-            asInput.cupsColorSpace = cmyk ? CUPS_CSPACE_RGB : CUPS_CSPACE_W;
-            asInput.cupsBitsPerColor = 8;
-            asInput.cupsBitsPerPixel = cmyk ? 24 : 8;
-            asInput.cupsColorOrder = CUPS_ORDER_CHUNKED;
-            asInput.cupsBytesPerLine = h.cupsWidth * (cmyk ? 3 : 1);
-            PagePlan plan;
-            if (!planPage(asInput, settings, plan, error) ||
-                !referenceCoverage(wanted("reference"), plan, reference, error)) {
-                std::printf("FAIL: reference: %s\n", error.c_str());
-                return 1;
-            }
-        }
-        for (unsigned k = 0; k < page.planes.size(); ++k) {
-            const double c = page.coverage(k);
-            std::printf("  %-8s dots %.4f  coverage %.4f", page.planes.size() == 1 ? "black" : kPlaneNames[k],
-                        double(page.planes[k].dots) / double(page.pixels()), c);
-            if (k < reference.size()) {
-                std::printf("  reference %.4f", reference[k]);
-                check(std::fabs(c - reference[k]) <= tolerance,
-                      page_ + (page.planes.size() == 1 ? "black" : kPlaneNames[k]) + " coverage");
-            }
-            std::printf("\n");
-        }
-    }
-    std::printf("%s\n", failures == 0 ? "raster check passed" : "raster check FAILED");
-    return failures == 0 ? 0 : 1;
+    for (size_t n = 0; n < pages.size(); ++n)
+        if (!checkPage(checks, n, pages[n], reference)) return 1;
+    std::printf("%s\n", checks.failures == 0 ? "raster check passed" : "raster check FAILED");
+    return checks.failures == 0 ? 0 : 1;
 }

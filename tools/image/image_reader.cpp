@@ -78,4 +78,15 @@ std::unique_ptr<ImageReader> openImage(const std::string& path, std::string& err
     return nullptr;
 }
 
+void toJobInput(const uint8_t* row, unsigned channels, uint32_t width, bool mono, uint8_t* out) {
+    for (uint32_t x = 0; x < width; ++x) {
+        const uint8_t* p = row + size_t{x} * channels;
+        if (mono) {
+            out[x] = channels == 1 ? p[0] : static_cast<uint8_t>((299 * p[0] + 587 * p[1] + 114 * p[2] + 500) / 1000);
+        } else {
+            for (int c = 0; c < 3; ++c) out[size_t{x} * 3 + c] = channels == 1 ? p[0] : p[c];
+        }
+    }
+}
+
 }  // namespace inkdot::tools

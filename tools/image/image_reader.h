@@ -23,6 +23,10 @@ struct SampleLayout {
 // Converts one row of samples (host-order integers) to 8-bit gray or RGB over white.
 void convertRow(const SampleLayout& layout, const uint16_t* samples, uint32_t width, uint8_t* out);
 
+// Turns a row of 8-bit gray or RGB into what a job reads: gray for mono
+// (luma weights 299/587/114 in thousandths, rounded), RGB for colour.
+void toJobInput(const uint8_t* row, unsigned channels, uint32_t width, bool mono, uint8_t* out);
+
 // The largest image the readers take, in pixels a side: far beyond any page
 // the tools print (an A2 page at 1440 dpi is 34 000 pixels across), small
 // enough that a row of 16-bit RGBA samples stays a few megabytes. A header
