@@ -127,22 +127,22 @@ int32_t indexTokenNumber(const char* token) {
     return static_cast<int32_t>(negative ? 0u - value : value);
 }
 
-int32_t parseIndexText(ByteView text, IndexText* out) {
-    out->recordCount = 0;
-    const size_t afterMarker = findMarker(text);
-    if (afterMarker == 0 || text.u8(afterMarker) != '3') return 0;
+namespace {
 
-    Cursor cur{text, afterMarker + 1};
-    cur.line();  // rest of the version line
-    cur.line();  // heading line
-
+// The record lines up to and including the one whose ninth token starts with
+// '/'; tokens after the ninth are ignored. More records than the table holds
+// break the text.
+int32_t readRecords(Cursor& cur, IndexText* out) {
     int32_t count = 0;
     Token first;
     Token last;
     do {
         cur.token(first);
         if (cur.broken || first[0] == '/') break;
-        if (count == kIndexMaxRecords) { cur.broken = true; break; }
+        if (count == kIndexMaxRecords) {
+            cur.broken = true;
+            break;
+        }
         IndexRecord& rec = out->records[count];
         rec.blockNo = indexTokenNumber(first);
         const int32_t tableId = cur.number();
@@ -155,11 +155,37 @@ int32_t parseIndexText(ByteView text, IndexText* out) {
         rec.key8 = cur.number();
         cur.token(last);
         rec.key9 = indexTokenNumber(last);
-        cur.line();  // tokens after the ninth are ignored
+        cur.line();
         ++count;
     } while (!cur.broken && last[0] != '/');
     cur.line();  // rest of the '/' line
+    return count;
+}
 
+// Each record's names as their last positions in the three lists.
+void resolvePositions(IndexText* out, int32_t count) {
+    for (int32_t i = 0; i < count; ++i) {
+        IndexRecord& rec = out->records[i];
+        const int32_t p1 = lastPosition(out->list1, out->list1Count, rec.name1);
+        const int32_t p2 = lastPosition(out->list2, out->list2Count, rec.name2);
+        const int32_t p3 = lastPosition(out->list3, out->list3Count, rec.name3);
+        rec.pos1 = p1 < 0 ? 0 : p1;
+        rec.num2 = p2 < 0 ? 0 : out->list2Base + p2;  // an absent name is 0, not the base
+        rec.pos3 = p3 < 0 ? 0 : p3;
+    }
+}
+
+}  // namespace
+
+int32_t parseIndexText(ByteView text, IndexText* out) {
+    out->recordCount = 0;
+    const size_t afterMarker = findMarker(text);
+    if (afterMarker == 0 || text.u8(afterMarker) != '3') return 0;
+
+    Cursor cur{text, afterMarker + 1};
+    cur.line();  // rest of the version line
+    cur.line();  // heading line
+    const int32_t count = readRecords(cur, out);
     out->list1Count = readNameList(cur, "", out->list1, kIndexMaxList1);
 
     Token lead;
@@ -173,20 +199,8 @@ int32_t parseIndexText(ByteView text, IndexText* out) {
 
     Token flag;
     cur.token(flag);  // the flag line influences nothing
-
-    if (cur.broken) {
-        out->recordCount = 0;
-        return 0;
-    }
-    for (int32_t i = 0; i < count; ++i) {
-        IndexRecord& rec = out->records[i];
-        const int32_t p1 = lastPosition(out->list1, out->list1Count, rec.name1);
-        const int32_t p2 = lastPosition(out->list2, out->list2Count, rec.name2);
-        const int32_t p3 = lastPosition(out->list3, out->list3Count, rec.name3);
-        rec.pos1 = p1 < 0 ? 0 : p1;
-        rec.num2 = p2 < 0 ? 0 : out->list2Base + p2;  // an absent name is 0, not the base
-        rec.pos3 = p3 < 0 ? 0 : p3;
-    }
+    if (cur.broken) return 0;
+    resolvePositions(out, count);
     out->recordCount = count;
     return count;
 }

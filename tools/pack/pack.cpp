@@ -43,68 +43,68 @@ bool Pack::open(Bytes&& bytes, std::string& error) {
     return open(std::span<const uint8_t>(owned_), error);
 }
 
-bool Pack::open(std::span<const uint8_t> bytes, std::string& error) {
-    entries_.clear();
-    bytes_ = {};
-    if (bytes.size() < kHeaderSize) {
-        error = "not an inkdot pack: " + number(bytes.size()) + " bytes is shorter than the header";
-        return false;
-    }
-    if (std::memcmp(bytes.data(), kMagic, sizeof kMagic) != 0) {
-        error = "not an inkdot pack: bad magic";
-        return false;
-    }
+namespace {
+
+// Why `bytes` cannot be a pack as a whole (header, size, checksum), or "".
+std::string headerProblem(std::span<const uint8_t> bytes) {
+    if (bytes.size() < kHeaderSize)
+        return "not an inkdot pack: " + number(bytes.size()) + " bytes is shorter than the header";
+    if (std::memcmp(bytes.data(), kMagic, sizeof kMagic) != 0) return "not an inkdot pack: bad magic";
     const uint32_t version = readU32le(bytes, kVersionAt);
-    if (version != kVersion) {
-        error = "unsupported pack version " + number(version) + " (this build reads version 1)";
-        return false;
-    }
+    if (version != kVersion)
+        return "unsupported pack version " + number(version) + " (this build reads version 1)";
     const uint32_t totalSize = readU32le(bytes, kTotalSizeAt);
-    if (totalSize > bytes.size()) {
-        error = "pack is truncated: the header says " + number(totalSize) + " bytes, there are " +
-                number(bytes.size());
-        return false;
-    }
-    if (totalSize < bytes.size()) {
-        error = "pack has " + number(bytes.size() - totalSize) + " stray bytes behind its end";
-        return false;
-    }
+    if (totalSize > bytes.size())
+        return "pack is truncated: the header says " + number(totalSize) + " bytes, there are " +
+               number(bytes.size());
+    if (totalSize < bytes.size()) return "pack has " + number(bytes.size() - totalSize) + " stray bytes behind its end";
     const uint32_t storedCrc = readU32le(bytes, kCrcAt);
     const uint32_t actualCrc = crc32(bytes.subspan(kHeaderSize));
     if (storedCrc != actualCrc) {
         char text[96];
         std::snprintf(text, sizeof text, "pack checksum mismatch (stored %08x, computed %08x)",
                       static_cast<unsigned>(storedCrc), static_cast<unsigned>(actualCrc));
-        error = text;
-        return false;
+        return text;
     }
+    return {};
+}
+
+// The directory's blocks, in rising number, each aligned, after the directory
+// and the block before it, and inside the file; "" when it is sound.
+std::string readDirectory(std::span<const uint8_t> bytes, std::vector<PackEntry>& entries) {
     const uint32_t count = readU32le(bytes, kCountAt);
-    if (count > (bytes.size() - kHeaderSize) / kEntrySize) {
-        error = "pack directory of " + number(count) + " blocks does not fit the file";
-        return false;
-    }
-    const uint64_t directoryEnd = kHeaderSize + uint64_t{count} * kEntrySize;
-    uint64_t previousEnd = directoryEnd;
+    if (count > (bytes.size() - kHeaderSize) / kEntrySize)
+        return "pack directory of " + number(count) + " blocks does not fit the file";
+    uint64_t previousEnd = kHeaderSize + uint64_t{count} * kEntrySize;
     for (uint32_t i = 0; i < count; ++i) {
         const size_t at = kHeaderSize + i * kEntrySize;
         const uint32_t blockNo = readU32le(bytes, at);
         const uint64_t offset = readU32le(bytes, at + 4);
         const uint64_t size = readU32le(bytes, at + 8);
-        if (!entries_.empty() && blockNo <= entries_.back().number) {
-            error = "pack directory is not in rising block order at block " + number(blockNo);
-            entries_.clear();
-            return false;
-        }
-        if (offset < previousEnd || offset % kBlockAlignment != 0 || offset + size > bytes.size()) {
-            error = "pack block " + number(blockNo) + " lies outside its place in the file";
-            entries_.clear();
-            return false;
-        }
+        if (!entries.empty() && blockNo <= entries.back().number)
+            return "pack directory is not in rising block order at block " + number(blockNo);
+        if (offset < previousEnd || offset % kBlockAlignment != 0 || offset + size > bytes.size())
+            return "pack block " + number(blockNo) + " lies outside its place in the file";
         previousEnd = offset + size;
-        entries_.push_back({blockNo, bytes.subspan(offset, size)});
+        entries.push_back({blockNo, bytes.subspan(offset, size)});
+    }
+    return {};
+}
+
+}  // namespace
+
+bool Pack::open(std::span<const uint8_t> bytes, std::string& error) {
+    entries_.clear();
+    bytes_ = {};
+    std::string problem = headerProblem(bytes);
+    if (problem.empty()) problem = readDirectory(bytes, entries_);
+    if (!problem.empty()) {
+        error = problem;
+        entries_.clear();
+        return false;
     }
     bytes_ = bytes;
-    checksum_ = storedCrc;
+    checksum_ = readU32le(bytes, kCrcAt);
     return true;
 }
 
