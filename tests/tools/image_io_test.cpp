@@ -1,11 +1,8 @@
-// Image input and output: sample conversion, the three readers, plane files,
-// PNG output and the all-or-nothing output files.
+// Image input and output: alpha over paper, the three readers, plane files.
 #include <gtest/gtest.h>
 
-#include "image/atomic_file.h"
 #include "image/image_reader.h"
 #include "image/plane_writer.h"
-#include "image/png_writer.h"
 #include "image_writers.h"
 #include "temp_dir.h"
 
@@ -22,13 +19,6 @@ std::vector<uint8_t> convert(const SampleLayout& layout, std::vector<uint16_t> s
     return out;
 }
 
-TEST(ConvertRow, ScalesSixteenBitSamplesWithRounding) {
-    SampleLayout sixteen{1, false, false, false, 65535};
-    EXPECT_EQ(convert(sixteen, {0, 65535, 32768, 32767, 257}, 5), (std::vector<uint8_t>{0, 255, 128, 127, 1}));
-    SampleLayout pnm10{1, false, false, false, 1000};  // any maxval
-    EXPECT_EQ(convert(pnm10, {0, 500, 1000}, 3), (std::vector<uint8_t>{0, 128, 255}));
-}
-
 TEST(ConvertRow, CompositesAlphaOverWhite) {
     SampleLayout rgba{3, true, false, false, 255};
     EXPECT_EQ(convert(rgba, {0, 0, 0, 0}, 1), (std::vector<uint8_t>{255, 255, 255})) << "transparent is paper";
@@ -38,11 +28,6 @@ TEST(ConvertRow, CompositesAlphaOverWhite) {
     SampleLayout premultiplied{1, true, true, false, 255};
     // 100 premultiplied at alpha 200: 100 + 55 of white.
     EXPECT_EQ(convert(premultiplied, {100, 200}, 1), (std::vector<uint8_t>{155}));
-}
-
-TEST(ConvertRow, InvertsMinIsWhiteGray) {
-    SampleLayout white{1, false, false, true, 255};
-    EXPECT_EQ(convert(white, {0, 255, 55}, 3), (std::vector<uint8_t>{255, 0, 200}));
 }
 
 std::vector<uint8_t> readAll(ImageReader& reader) {
@@ -117,16 +102,6 @@ TEST(ImageReader, RefusesClaimedSizesBeyondTheLimitsBeforeAllocating) {
     }
 }
 
-TEST(ImageReader, RefusesUnknownAndMissingFiles) {
-    TempDir dir;
-    std::string error;
-    writeBytes(dir.file("x.gif"), "GIF89a....");
-    EXPECT_FALSE(openImage(dir.file("x.gif"), error));
-    EXPECT_NE(error.find("is not a PNG, PNM (P5/P6) or TIFF image"), std::string::npos) << error;
-    EXPECT_FALSE(openImage(dir.file("none.png"), error));
-    EXPECT_NE(error.find("cannot open"), std::string::npos) << error;
-}
-
 TEST(PngReader, ReadsRgbaGrayAndSixteenBits) {
     TempDir dir;
     ASSERT_TRUE(test::writeTestPng(dir.file("rgba.png"), 2, 1, PNG_COLOR_TYPE_RGBA, 8, {255, 0, 0, 255, 0, 0, 0, 0}));
@@ -194,41 +169,6 @@ TEST(PlaneWriter, WritesPbmAsIsAndTwoBitPlanesAsFourLevelPgm) {
     ASSERT_TRUE(two.writeLine(line2, error));
     ASSERT_TRUE(two.finish(error)) << error;
     EXPECT_EQ(readBytes(dir.file("two.pgm")), std::string("P5\n5 1\n3\n\x03\x02\x01\x00\x00", 14));
-}
-
-TEST(AtomicFile, AppearsOnlyOnCommit) {
-    TempDir dir;
-    std::string error;
-    {
-        AtomicFile file;
-        ASSERT_TRUE(file.open(dir.file("out.bin"), error));
-        ASSERT_TRUE(file.write("abc", 3, error));
-        EXPECT_FALSE(std::filesystem::exists(dir.file("out.bin")));
-    }
-    EXPECT_TRUE(dir.listing().empty()) << "an abandoned file leaves nothing behind";
-    AtomicFile file;
-    ASSERT_TRUE(file.open(dir.file("out.bin"), error));
-    ASSERT_TRUE(file.write("abc", 3, error));
-    ASSERT_TRUE(file.commit(error)) << error;
-    EXPECT_EQ(dir.listing(), std::vector<std::string>{"out.bin"});
-    EXPECT_EQ(readBytes(dir.file("out.bin")), "abc");
-    AtomicFile nowhere;
-    EXPECT_FALSE(nowhere.open(dir.file("no/such/dir/x"), error));
-    EXPECT_NE(error.find("cannot write"), std::string::npos);
-}
-
-TEST(PngWriter, WritesWhatThePngReaderReadsBack) {
-    TempDir dir;
-    std::string error;
-    PngWriter png;
-    ASSERT_TRUE(png.open(dir.file("p.png"), 2, 2, 3, error)) << error;
-    const uint8_t rows[2][6] = {{1, 2, 3, 4, 5, 6}, {250, 251, 252, 253, 254, 255}};
-    ASSERT_TRUE(png.writeRow(rows[0], error));
-    ASSERT_TRUE(png.writeRow(rows[1], error));
-    ASSERT_TRUE(png.finish(error)) << error;
-    auto reader = openImage(dir.file("p.png"), error);
-    ASSERT_TRUE(reader) << error;
-    EXPECT_EQ(readAll(*reader), (std::vector<uint8_t>{1, 2, 3, 4, 5, 6, 250, 251, 252, 253, 254, 255}));
 }
 
 }  // namespace
