@@ -9,7 +9,6 @@
 #include <string>
 
 #include "cm/cm_context.h"
-#include "cm/index_text.h"
 #include "pipeline.h"
 #include "support/memory_watch.h"
 
@@ -156,28 +155,6 @@ TEST(SizedBlocks, IndexTextEndsAtTheEndOfTheBlock) {
         CmCut job;
         EXPECT_EQ(job.cutAt(1, length), RC_DATA) << length;
         EXPECT_EQ(job.next, 0u) << length;
-    }
-}
-
-TEST(SizedBlocks, IndexParserNeverReadsBehindTheBlock) {
-    // Every prefix of a text parses without reading a byte behind it; the
-    // prefix holding the whole text parses like the NUL-terminated text.
-    const test::JobFiles files(jobConfig("index", 1, 1, 1));
-    const std::string text(files.cmBlocks.at(0).begin(), files.cmBlocks.at(0).end());
-    auto parsed = std::make_unique<IndexText>();
-    const int32_t full = parseIndexText(ByteView(reinterpret_cast<const uint8_t*>(text.c_str())), parsed.get());
-    EXPECT_EQ(full, 1);
-    for (size_t length = 0; length <= text.size(); ++length) {
-        const ExactBlock cut(Bytes(text.begin(), text.end()), length);
-        auto index = std::make_unique<IndexText>();
-        const int32_t count = parseIndexText(ByteView(cut.data(), cut.length), index.get());
-        EXPECT_GE(count, 0);
-        EXPECT_LE(count, 1);
-        if (length == text.size()) {
-            ASSERT_EQ(count, 1);
-            EXPECT_EQ(index->records[0].blockNo, parsed->records[0].blockNo);
-            EXPECT_EQ(index->records[0].pos3, parsed->records[0].pos3);
-        }
     }
 }
 

@@ -268,8 +268,7 @@ TEST_P(EndToEndCli, PrintsTheChartIntoPlanesAndAPreview) {
 }
 
 INSTANTIATE_TEST_SUITE_P(MethodsAndDepths, EndToEndCli,
-                         ::testing::Values(std::pair{"ed", "1"}, std::pair{"ed", "2"}, std::pair{"dither", "1"},
-                                           std::pair{"dither", "2"}, std::pair{"threshold", "1"}),
+                         ::testing::Values(std::pair{"ed", "1"}, std::pair{"dither", "2"}),
                          [](const auto& info) { return std::string(info.param.first) + info.param.second + "bit"; });
 
 TEST(EndToEndCliMono, SixteenBitGrayWithAlphaPrintsOnePlane) {
