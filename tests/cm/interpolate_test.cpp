@@ -116,7 +116,9 @@ TEST(Interpolate, EveryCellWidthDividesExactly) {
                 uint8_t out[4] = {};
                 interpolateRgb(levels.lut, 1, rgb, out);
                 ASSERT_EQ(out[0], rgb[0]) << "cell width " << w;
-                if (channels == 4) ASSERT_EQ(out[3], rgb[0]) << "cell width " << w;
+                if (channels == 4) {
+                    ASSERT_EQ(out[3], rgb[0]) << "cell width " << w;
+                }
                 for (int c = 1; c < 3; ++c) {
                     ASSERT_LE(out[c], rgb[c]) << "cell width " << w << " channel " << c;
                     ASSERT_LT(rgb[c] - out[c], double(cellWidth(rgb[c])) / cellWidth(v) + 1) << "cell width " << w;

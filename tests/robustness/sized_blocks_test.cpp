@@ -203,7 +203,9 @@ struct HtCut {
         return HalftoneSetResourceSized(ctx, cut.data(), cut.length, &next);
     }
     ~HtCut() {
-        if (ctx != nullptr) EXPECT_EQ(HalftoneDelete(ctx), RC_OK);
+        if (ctx != nullptr) {
+            EXPECT_EQ(HalftoneDelete(ctx), RC_OK);
+        }
     }
 };
 

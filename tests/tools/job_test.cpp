@@ -186,10 +186,16 @@ TEST_P(EndToEnd, DensityFollowsTone) {
         ASSERT_TRUE(job) << error;
         const long ink = inkOf(*job, gray, 32, error);
         ASSERT_GE(ink, 0) << error;
-        if (gray == 255) EXPECT_EQ(ink, 0) << "paper white takes no ink";
-        else if (c.method == Method::Threshold) EXPECT_GE(ink, previous) << "a fixed threshold steps, gray " << int(gray);
-        else EXPECT_GT(ink, previous) << "darker gray " << int(gray) << " takes more ink";
-        if (gray == 0) EXPECT_GT(ink, 0) << "black takes ink";
+        if (gray == 255) {
+            EXPECT_EQ(ink, 0) << "paper white takes no ink";
+        } else if (c.method == Method::Threshold) {
+            EXPECT_GE(ink, previous) << "a fixed threshold steps, gray " << int(gray);
+        } else {
+            EXPECT_GT(ink, previous) << "darker gray " << int(gray) << " takes more ink";
+        }
+        if (gray == 0) {
+            EXPECT_GT(ink, 0) << "black takes ink";
+        }
         previous = ink;
     }
 }
