@@ -70,12 +70,18 @@ TEST(Interpolate, WorkedTetrahedra) {
         // fz > fy > fx: V000 55, V001 50, V011 50, V111 100 -> (550 + 1500 + 10000 + 4000) / 255
         {100, 150, 200, 62},
     };
+    // One pixel at a time, then all six in one call.
+    std::vector<uint8_t> rgb, want;
     for (const Case& c : cases) {
-        const uint8_t rgb[3] = {c.x, c.y, c.z};
+        rgb.insert(rgb.end(), {c.x, c.y, c.z});
+        want.push_back(c.want);
         uint8_t out = 0;
-        interpolateRgb(g.lut, 1, rgb, &out);
+        interpolateRgb(g.lut, 1, &rgb[rgb.size() - 3], &out);
         EXPECT_EQ(out, c.want) << int(c.x) << "," << int(c.y) << "," << int(c.z);
     }
+    std::vector<uint8_t> row(want.size());
+    interpolateRgb(g.lut, static_cast<uint32_t>(want.size()), rgb.data(), row.data());
+    EXPECT_EQ(row, want);
 }
 
 // Tetrahedral interpolation reproduces a function linear in r, g, b exactly
