@@ -111,6 +111,20 @@ TEST_F(PrintSets, ASetStoppedBetweenRenamesIsFinishedByTheNextRun) {
     }
 }
 
+// Eight runs at once with one output name: they take turns, all succeed,
+// and the directory ends with one run's set, whole.
+TEST_F(PrintSets, ConcurrentRunsLeaveOneWholeSet) {
+    for (int round = 0; round < 2; ++round) {
+        std::vector<std::thread> runs;
+        std::vector<int> status(8, -1);
+        for (int i = 0; i < 8; ++i) runs.emplace_back([&, i] { status[i] = print(i % 4); });
+        for (std::thread& t : runs) t.join();
+        EXPECT_EQ(status, std::vector<int>(8, kExitOk));
+        const Files now = out();
+        EXPECT_TRUE(now == expected[0] || now == expected[1] || now == expected[2] || now == expected[3]);
+    }
+}
+
 // SIGTERM while the planes are written: the run ends by the signal and its
 // staging directory is gone; a SIGKILLed run's leftovers go with the next run.
 TEST_F(PrintSets, InterruptedRunsLeaveNoTemporaries) {
