@@ -53,35 +53,5 @@ TEST(CmInstance, DerivedKeys) {
     }
 }
 
-TEST(CmInstance, FreshLutIsZeroButItsOwnBlock) {
-    test::MemoryWatch watch;
-    Settings s;
-    CmContext* ctx = create(s);
-    CmLut* lut = CmGetLut(ctx);
-    ASSERT_NE(lut, nullptr);
-    CmLut expected{};
-    expected.selfBlock = lut;
-    EXPECT_EQ(std::memcmp(lut, &expected, sizeof(CmLut)), 0);
-    const uint32_t freesBefore = watch.seam().frees;
-    EXPECT_EQ(CmDelete(ctx), RC_OK);
-    EXPECT_EQ(watch.seam().frees - freesBefore, 2u);  // the CmLut and the record
-}
-
-TEST(CmInstance, AllocationFailuresLeaveNothing) {
-    for (uint32_t failAt = 1; failAt <= 2; ++failAt) {
-        for (bool lock : {false, true}) {
-            test::MemoryWatch watch;
-            if (lock) watch.seam().failLockAt = failAt; else watch.seam().failAllocAt = failAt;
-            Settings s;
-            uint32_t first = 55;
-            CmContext* ctx = nullptr;
-            EXPECT_EQ(CmNew(&s.s1, &s.s2, 0, &first, &ctx), lock ? RC_MEM_LOCK : RC_MEM_ALLOC);
-            EXPECT_EQ(first, 0u);
-            EXPECT_EQ(ctx, nullptr);
-            EXPECT_EQ(watch.seam().messages, lock ? 0u : 1u);
-        }
-    }
-}
-
 }  // namespace
 }  // namespace inkdot

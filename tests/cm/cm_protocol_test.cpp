@@ -8,7 +8,7 @@
 
 #include "cm/cm_context.h"
 #include "cm/ink_scale.h"
-#include "cm_test_helpers.h"
+#include "support/cm_fixture.h"
 #include "support/colour_table_writer.h"
 #include "support/index_text_writer.h"
 #include "support/memory_watch.h"
@@ -416,35 +416,6 @@ TEST(CmRebuild, BlackTableRules) {
             EXPECT_EQ(gray[253], 2);
         }
         for (int v = 0; v < 255; ++v) EXPECT_NE(gray[v], blackMode == 0 ? 255 : 0) << v;
-    }
-}
-
-// Allocation failure at every allocation site --------------------------------
-
-TEST(CmProtocol, AllocationFailureAtEverySite) {
-    uint32_t sites = 0;
-    {
-        test::MemoryWatch watch;
-        Job job;
-        job.table.extraData = {1, 2, 3};
-        ASSERT_EQ(job.startAndRun(), RC_OK);
-        ASSERT_EQ(job.asked.size(), 6u);
-        sites = watch.seam().allocs;
-    }
-    // CmNew 2, index scratch, data area, node data, rebuilt nodes, curves,
-    // loader, loader tables, table-index scratch.
-    EXPECT_EQ(sites, 10u);
-    for (uint32_t failAt = 1; failAt <= sites; ++failAt) {
-        test::MemoryWatch watch;
-        watch.seam().failAllocAt = failAt;
-        Job job;
-        job.table.extraData = {1, 2, 3};
-        EXPECT_EQ(job.startAndRun(), RC_MEM_ALLOC) << "allocation " << failAt;
-        EXPECT_EQ(watch.seam().messages, 1u);
-        if (job.ctx != nullptr) {
-            CmDelete(job.ctx);
-            job.ctx = nullptr;
-        }
     }
 }
 

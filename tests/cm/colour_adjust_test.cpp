@@ -17,6 +17,7 @@ TEST(DominantAdjustment, MovesTheUniqueMaximumTowardTheNext) {
     EXPECT_EQ(dominant({200, 100, 50}, {50, 0, 0}), (Cmy{150, 100, 50}));
     EXPECT_EQ(dominant({200, 100, 50}, {0, 50, 50}), (Cmy{200, 100, 50}));  // cyan's percentage counts
     EXPECT_EQ(dominant({10, 90, 40}, {0, 25, 0}), (Cmy{10, 78, 40}));        // 90 - (50 x 25) / 100
+    EXPECT_EQ(dominant({100, 200, 50}, {0, 50, 0}), (Cmy{100, 150, 50}));   // cyan beats yellow only: magenta leads
     EXPECT_EQ(dominant({200, 100, 50}, {250, 0, 0}), (Cmy{0, 100, 50}));      // below 0 becomes 0
     EXPECT_EQ(dominant({200, 200, 50}, {50, 50, 50}), (Cmy{200, 200, 50}));  // two equal maxima
 }

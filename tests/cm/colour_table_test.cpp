@@ -6,7 +6,7 @@
 #include "cm/cm_context.h"
 #include "cm/colour_table.h"
 #include "cm/ink_scale.h"
-#include "cm_test_helpers.h"
+#include "support/cm_fixture.h"
 #include "support/colour_table_writer.h"
 #include "support/memory_watch.h"
 
@@ -218,23 +218,6 @@ TEST_F(ColourTableRead, NeutralAxisFromTheNeutralNodeList) {
     ctx = nullptr;
     ASSERT_EQ(read(w), RC_OK);
     EXPECT_EQ(std::memcmp(lutNode(1, 1, 1), node(w, 1, 1, 1), 4), 0);
-}
-
-TEST_F(ColourTableRead, AllocationFailures) {
-    ColourTableWriter w;
-    w.extraData = {1, 2, 3, 4};
-    ctx = test::newInstance(settings);
-    watch.seam().failAllocAt = watch.seam().allocs + 1;
-    block = w.build();
-    EXPECT_EQ(readColourTable(ctx, block.data()), RC_MEM_ALLOC);
-    EXPECT_EQ(lut().extraData, nullptr);
-    CmDelete(ctx);
-
-    ctx = test::newInstance(settings);
-    watch.seam().failAllocAt = watch.seam().allocs + 2;  // the node data, after the data area
-    EXPECT_EQ(readColourTable(ctx, block.data()), RC_MEM_ALLOC);
-    EXPECT_NE(lut().extraData, nullptr);  // stays with the CmLut; CmDelete releases it
-    EXPECT_EQ(lut().lutData, nullptr);
 }
 
 }  // namespace

@@ -9,7 +9,7 @@
 #include "cm/cm_context.h"
 #include "cm/index_search.h"
 #include "cm/index_text.h"
-#include "cm_test_helpers.h"
+#include "support/cm_fixture.h"
 #include "support/index_text_writer.h"
 #include "support/memory_watch.h"
 
@@ -106,6 +106,10 @@ TEST(IndexText, VersionAndMarker) {
     EXPECT_EQ(parse("").count, 0);
     EXPECT_EQ(parse("//").count, 0);
     EXPECT_EQ(parse("//3").count, 0);  // no record list: the record loop fills up and breaks
+    // SUB ends the text as NUL does.
+    std::string withSub = test::matchingIndex(100, 1).text();
+    withSub.insert(withSub.find("//"), "\x1a");
+    EXPECT_EQ(parse(withSub).count, 0);
 }
 
 TEST(IndexText, TokenNumbers) {
@@ -158,20 +162,6 @@ TEST(IndexText, CapacityBreachesGiveNoRecords) {
     std::string longHeading = test::matchingIndex(100, 1).text();
     longHeading.insert(longHeading.find("; block"), std::string(300, 'h'));
     EXPECT_EQ(parse(longHeading).count, 0) << "heading line of 300+ characters";
-}
-
-TEST(IndexText, EveryTruncationStopsAtTheTerminator) {
-    IndexTextWriter w = test::matchingIndex(100, 1);
-    w.add(200, 2, "L2", "Plain", 1, 2, "M1", 3, 4);
-    const std::string full = w.text();
-    for (size_t length = 0; length <= full.size(); ++length) {
-        const Parsed p = parse(full.substr(0, length));
-        EXPECT_LE(p.count, 2);
-    }
-    // SUB ends the text as NUL does.
-    std::string withSub = full;
-    withSub.insert(withSub.find("//"), "\x1a");
-    EXPECT_EQ(parse(withSub).count, 0);
 }
 
 // Search ------------------------------------------------------------------
@@ -236,11 +226,6 @@ TEST_F(IndexSearch, NamesNotInListsSearchAsPositionZero) {
     EXPECT_EQ(search(w), 77);
 }
 
-TEST_F(IndexSearch, ScratchAreaFailureIsMinusOne) {
-    watch.seam().failAllocAt = watch.seam().allocs + 1;
-    EXPECT_EQ(search(test::matchingIndex(100, 1)), -1);
-}
-
 // Phase 1 of the protocol ---------------------------------------------------
 
 TEST(IndexPhase, ResultCodesOfThePhase) {
@@ -263,12 +248,6 @@ TEST(IndexPhase, ResultCodesOfThePhase) {
         EXPECT_EQ(ctx->phase, 2);
         CmDelete(ctx);
     }
-    CmContext* ctx = test::newInstance(settings);
-    watch.seam().failAllocAt = watch.seam().allocs + 1;
-    std::string text = test::matchingIndex(100, 1).text();
-    uint32_t next = 0;
-    EXPECT_EQ(CmSetResource(ctx, reinterpret_cast<const uint8_t*>(text.c_str()), &next), RC_MEM_ALLOC);
-    CmDelete(ctx);
 }
 
 }  // namespace

@@ -70,12 +70,18 @@ TEST(Interpolate, WorkedTetrahedra) {
         // fz > fy > fx: V000 55, V001 50, V011 50, V111 100 -> (550 + 1500 + 10000 + 4000) / 255
         {100, 150, 200, 62},
     };
+    // One pixel at a time, then all six in one call.
+    std::vector<uint8_t> rgb, want;
     for (const Case& c : cases) {
-        const uint8_t rgb[3] = {c.x, c.y, c.z};
+        rgb.insert(rgb.end(), {c.x, c.y, c.z});
+        want.push_back(c.want);
         uint8_t out = 0;
-        interpolateRgb(g.lut, 1, rgb, &out);
+        interpolateRgb(g.lut, 1, &rgb[rgb.size() - 3], &out);
         EXPECT_EQ(out, c.want) << int(c.x) << "," << int(c.y) << "," << int(c.z);
     }
+    std::vector<uint8_t> row(want.size());
+    interpolateRgb(g.lut, static_cast<uint32_t>(want.size()), rgb.data(), row.data());
+    EXPECT_EQ(row, want);
 }
 
 // Tetrahedral interpolation reproduces a function linear in r, g, b exactly
@@ -93,6 +99,62 @@ TEST(Interpolate, LinearFunctionsAreReproduced) {
         EXPECT_EQ(out[0], (100u * rgb[0] + 50u * rgb[1] + 25u * rgb[2]) / 255);
         EXPECT_EQ(out[1], rgb[1]);
         EXPECT_EQ(out[2], (85u * rgb[0] + 85u * rgb[1] + 85u * rgb[2]) / 255);
+    }
+}
+
+// One cell of width w then one of 255 - w on every axis, and each channel
+// holding the level of one axis (red twice, so that both the four-channel
+// and the general path run). Red comes back exactly: its weighted sum is a
+// multiple of the cell width, so any inexact division shows. Green and blue
+// come back low by less than one step of their fraction rescaled to red's
+// cell width (their cell width / red's, plus the truncation).
+TEST(Interpolate, EveryCellWidthDividesExactly) {
+    static uint32_t w;
+    for (w = 1; w < 255; ++w) {
+        for (uint32_t channels : {3u, 4u}) {
+            const Grid levels({0, static_cast<uint8_t>(w), 255}, channels, [](uint32_t i0, uint32_t i1, uint32_t i2, uint32_t c) {
+                const uint32_t level[3] = {0, w, 255};
+                return static_cast<uint8_t>(level[c == 1 ? i1 : c == 2 ? i2 : i0]);
+            });
+            const auto cellWidth = [](uint32_t v) { return v <= w ? w : 255 - w; };
+            for (uint32_t v = 0; v < 256; ++v) {
+                const uint8_t rgb[3] = {static_cast<uint8_t>(v), static_cast<uint8_t>(255 - v), static_cast<uint8_t>(v * 7)};
+                uint8_t out[4] = {};
+                interpolateRgb(levels.lut, 1, rgb, out);
+                ASSERT_EQ(out[0], rgb[0]) << "cell width " << w;
+                if (channels == 4) {
+                    ASSERT_EQ(out[3], rgb[0]) << "cell width " << w;
+                }
+                for (int c = 1; c < 3; ++c) {
+                    ASSERT_LE(out[c], rgb[c]) << "cell width " << w << " channel " << c;
+                    ASSERT_LT(rgb[c] - out[c], double(cellWidth(rgb[c])) / cellWidth(v) + 1) << "cell width " << w;
+                }
+            }
+        }
+    }
+}
+
+// Sister paths agree: four channels at once (the packed lanes) against each
+// channel through a one-channel grid of its own, on uneven levels, with the
+// pixels' components in another order and a padding byte.
+TEST(Interpolate, FourChannelPathAgreesWithSingleChannels) {
+    std::mt19937 rng(2024);
+    static std::vector<uint8_t> values;
+    values.resize(9 * 9 * 9 * 4);
+    for (auto& b : values) b = static_cast<uint8_t>(rng());
+    const std::vector<uint8_t> levels{0, 1, 30, 31, 100, 180, 181, 254, 255};
+    const Grid four(levels, 4, [](uint32_t a, uint32_t b, uint32_t c, uint32_t ch) { return values[((a * 9 + b) * 9 + c) * 4 + ch]; });
+    const PixelLayout layout{4, 3, 1, 0};
+    std::vector<uint8_t> src(4 * 3000);
+    for (auto& b : src) b = static_cast<uint8_t>(rng());
+    std::vector<uint8_t> got(4 * 3000), one(3000);
+    interpolatePixels(four.lut, layout, 3000, src.data(), got.data());
+    for (uint32_t ch = 0; ch < 4; ++ch) {
+        static uint32_t channel;
+        channel = ch;
+        const Grid single(levels, 1, [](uint32_t a, uint32_t b, uint32_t c, uint32_t) { return values[((a * 9 + b) * 9 + c) * 4 + channel]; });
+        interpolatePixels(single.lut, layout, 3000, src.data(), one.data());
+        for (uint32_t p = 0; p < 3000; ++p) ASSERT_EQ(got[4 * p + ch], one[p]) << "pixel " << p << " channel " << ch;
     }
 }
 

@@ -7,7 +7,7 @@
 #include "cm/gamma.h"
 #include "cm/log_table.h"
 #include "cm/tone_curves.h"
-#include "cm_test_helpers.h"
+#include "support/cm_fixture.h"
 #include "support/memory_watch.h"
 
 namespace inkdot {

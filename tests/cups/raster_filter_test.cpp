@@ -12,8 +12,6 @@ namespace {
 
 using cups::PageSummary;
 
-constexpr unsigned kCyan = 0, kMagenta = 1, kYellow = 2, kBlack = 3;
-
 class CupsRasterFilter : public ::testing::Test {
 protected:
     std::string input(std::vector<InputPage> pages) {
@@ -58,27 +56,6 @@ TEST_F(CupsRasterFilter, GrayPagesBecomeBlackPagesWhoseInkFollowsTone) {
     EXPECT_GT(r.pages[4].coverage(0), 0.9) << "black is (nearly) full ink";
 }
 
-TEST_F(CupsRasterFilter, PrimariesLandInTheirPlanes) {
-    const FilterRun r = run(input({flatPage(inputHeader(160, 32), {255, 0, 0}),     // red
-                                   flatPage(inputHeader(160, 32), {0, 255, 255}),   // cyan
-                                   flatPage(inputHeader(160, 32), {255, 255, 0})}),  // yellow
-                            "InkdotQuality=High");
-    ASSERT_EQ(r.status, 0) << r.log;
-    ASSERT_EQ(r.pages.size(), 3u);
-    const PageSummary& red = r.pages[0];
-    EXPECT_GT(red.coverage(kMagenta), 0.5);
-    EXPECT_GT(red.coverage(kYellow), 0.5);
-    EXPECT_LT(red.coverage(kCyan), 0.05);
-    const PageSummary& cyan = r.pages[1];
-    EXPECT_GT(cyan.coverage(kCyan), 0.5);
-    EXPECT_LT(cyan.coverage(kYellow), 0.05);
-    const PageSummary& yellow = r.pages[2];
-    EXPECT_GT(yellow.coverage(kYellow), 0.5);
-    EXPECT_LT(yellow.coverage(kCyan), 0.05);
-    EXPECT_LT(yellow.coverage(kMagenta), 0.05);
-    for (const PageSummary& page : r.pages) EXPECT_LT(page.coverage(kBlack), 0.05);
-}
-
 TEST_F(CupsRasterFilter, QualityAndResolutionSetTheOutputBits) {
     const std::string path = input({flatPage(inputHeader(64, 8, CUPS_CSPACE_RGB, 720, 360), {90, 120, 150}),
                                     flatPage(inputHeader(64, 8, CUPS_CSPACE_RGB, 360, 720), {90, 120, 150})});
@@ -93,15 +70,6 @@ TEST_F(CupsRasterFilter, QualityAndResolutionSetTheOutputBits) {
     EXPECT_EQ(r.pages[1].header.cupsBitsPerColor, 2u);
     EXPECT_EQ(r.pages[1].header.HWResolution[0], 360u);
     EXPECT_EQ(r.pages[1].header.HWResolution[1], 720u);
-}
-
-TEST_F(CupsRasterFilter, BrightnessOptionLightensThePage) {
-    const std::string path = input({flatPage(inputHeader(128, 32, CUPS_CSPACE_W), {128})});
-    const FilterRun plain = run(path);
-    const FilterRun lighter = run(path, "InkdotBrightness=40");
-    ASSERT_EQ(plain.status, 0);
-    ASSERT_EQ(lighter.status, 0);
-    EXPECT_LT(lighter.pages[0].coverage(0), plain.pages[0].coverage(0));
 }
 
 TEST_F(CupsRasterFilter, PlanarAndBandedCarryTheSameDots) {
@@ -135,20 +103,6 @@ TEST_F(CupsRasterFilter, CopiesRepeatEachPage) {
     EXPECT_EQ(r.pages[0].header.cupsColorSpace, CUPS_CSPACE_CMYK);
     EXPECT_EQ(r.pages[3].header.cupsColorSpace, CUPS_CSPACE_K);
     EXPECT_EQ(r.lines("PAGE: "), (std::vector<std::string>{"PAGE: 1 3", "PAGE: 2 3"}));
-}
-
-TEST_F(CupsRasterFilter, CopiesTheRasterAsksForAreMadeOnceAndNotMultiplied) {
-    cups_page_header2_t twice = inputHeader(40, 10, CUPS_CSPACE_W);
-    twice.NumCopies = 2;
-    const std::string path = input({flatPage(twice, {30}), flatPage(inputHeader(40, 10, CUPS_CSPACE_W), {30})});
-    // The job's two copies are the ones the first page's header already asks for.
-    const FilterRun r = run(path, "", 2);
-    ASSERT_EQ(r.status, 0) << r.log;
-    EXPECT_EQ(r.pages.size(), 4u);
-    for (const PageSummary& page : r.pages) EXPECT_EQ(page.header.NumCopies, 1u);
-    const FilterRun once = run(path, "", 1);
-    ASSERT_EQ(once.status, 0) << once.log;
-    EXPECT_EQ(once.pages.size(), 3u) << "the header's two copies, then the second page once";
 }
 
 TEST_F(CupsRasterFilter, ReportsProgressPerPage) {

@@ -25,14 +25,6 @@ TEST(PlatformLayer, FailureTextCarriesTheDecimalSize) {
     EXPECT_STREQ(text, "size = 4294967295");
 }
 
-TEST(PlatformLayer, ZeroFilledBlockReadsZeroAndIsReleased) {
-    auto* block = static_cast<unsigned char*>(allocate(3000, true));
-    ASSERT_NE(block, nullptr);
-    for (int i = 0; i < 3000; ++i) ASSERT_EQ(block[i], 0) << i;
-    std::memset(block, 0x5A, 3000);  // the whole block is writable
-    EXPECT_EQ(release(block), 0u);
-}
-
 TEST(PlatformLayer, ZeroByteRequestIsStillABlock) {
     void* first = allocate(0, false);
     void* second = allocate(0, true);

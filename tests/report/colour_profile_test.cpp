@@ -5,7 +5,6 @@
 #include <lcms2.h>
 #include <png.h>
 #include <tiffio.h>
-#include <zlib.h>
 
 #include <filesystem>
 #include <fstream>
@@ -44,11 +43,6 @@ std::vector<uint8_t> makeRgbProfile(cmsCIExyYTRIPLE primaries, double gamma) {
 
 // Wide-gamut primaries (those of Adobe RGB) with gamma 2.2.
 std::vector<uint8_t> wideProfile() { return makeRgbProfile({{0.64, 0.33, 1}, {0.21, 0.71, 1}, {0.15, 0.06, 1}}, 2.2); }
-
-// sRGB's primaries with linear (gamma 1) encoding.
-std::vector<uint8_t> linearSrgbProfile() {
-    return makeRgbProfile({{0.64, 0.33, 1}, {0.30, 0.60, 1}, {0.15, 0.06, 1}}, 1.0);
-}
 
 std::vector<uint8_t> grayProfile() {
     cmsCIExyY d50 = {0.3457, 0.3585, 1};
@@ -134,59 +128,6 @@ TEST(ColourProfile, EmbeddedPngProfileConvertsAsLittleCmsDoes) {
     }
 }
 
-TEST(ColourProfile, EmbeddedTiffProfileConvertsAsLittleCmsDoes) {
-    TempDir dir;
-    const auto profile = wideProfile();
-    const auto pixels = testPixels(32, 4);
-    writeTiff(dir.file("wide.tif"), 32, 4, pixels, profile);
-    std::string error;
-    EXPECT_EQ(openImage(dir.file("wide.tif"), error)->iccProfile(), profile);
-    EXPECT_EQ(convertImage(dir.file("wide.tif"), RenderingIntent::Relative),
-              lcmsReference(profile, pixels, INTENT_RELATIVE_COLORIMETRIC));
-}
-
-TEST(ColourProfile, LinearEncodingBecomesSrgbEncoding) {
-    // Linear 0.5 is sRGB 0.735 (188 of 255); 0 and 255 stay where they are.
-    TempDir dir;
-    const std::vector<uint8_t> pixels{0, 0, 0, 128, 128, 128, 255, 255, 255};
-    writePng(dir.file("linear.png"), 3, 1, pixels, linearSrgbProfile());
-    const auto converted = convertImage(dir.file("linear.png"), RenderingIntent::Relative);
-    ASSERT_EQ(converted.size(), 9u);
-    for (int c = 0; c < 3; ++c) {
-        EXPECT_LE(converted[c], 1) << c;
-        EXPECT_NEAR(converted[3 + c], 188, 2) << c;
-        EXPECT_GE(converted[6 + c], 254) << c;
-    }
-}
-
-TEST(ColourProfile, UntaggedImagesCarryNoProfile) {
-    TempDir dir;
-    writePng(dir.file("plain.png"), 4, 1, testPixels(4, 1), {});
-    std::string error;
-    EXPECT_TRUE(openImage(dir.file("plain.png"), error)->iccProfile().empty());
-}
-
-TEST(ColourProfile, GrayImagesWithGrayOrRgbProfiles) {
-    const std::vector<uint8_t> gray{0, 64, 128, 255};
-    std::string error;
-    // A gray profile: each level converts as LittleCMS converts it, to a neutral.
-    const auto grayBytes = grayProfile();
-    auto g = InputConversion::create(grayBytes, 1, RenderingIntent::Relative, "gray", error);
-    ASSERT_TRUE(g) << error;
-    std::vector<uint8_t> out(12);
-    g->convertRow(gray.data(), 4, out.data());
-    EXPECT_EQ(out, lcmsReference(grayBytes, gray, INTENT_RELATIVE_COLORIMETRIC, true));
-    for (size_t x = 0; x < 4; ++x) EXPECT_NEAR(out[3 * x], out[3 * x + 2], 2) << x;
-    // An RGB profile with a gray image: gray v converts as (v, v, v).
-    const auto wide = wideProfile();
-    auto rgb = InputConversion::create(wide, 1, RenderingIntent::Relative, "wide", error);
-    ASSERT_TRUE(rgb) << error;
-    rgb->convertRow(gray.data(), 4, out.data());
-    std::vector<uint8_t> expanded;
-    for (uint8_t v : gray) expanded.insert(expanded.end(), {v, v, v});
-    EXPECT_EQ(out, lcmsReference(wide, expanded, INTENT_RELATIVE_COLORIMETRIC));
-}
-
 TEST(ColourProfile, UnusableProfilesAreRefused) {
     std::string error;
     EXPECT_FALSE(InputConversion::create({}, 3, RenderingIntent::Perceptual, "empty.icc", error));
@@ -200,15 +141,6 @@ TEST(ColourProfile, UnusableProfilesAreRefused) {
     EXPECT_EQ(error.rfind("half.icc is not a usable ICC profile: ", 0), 0u) << error;
     EXPECT_FALSE(InputConversion::create(grayProfile(), 3, RenderingIntent::Perceptual, "gray.icc", error));
     EXPECT_EQ(error, "gray.icc is a gray profile, but the image is RGB");
-}
-
-TEST(ColourProfile, IntentNames) {
-    RenderingIntent intent{};
-    EXPECT_TRUE(parseRenderingIntent("saturation", intent));
-    EXPECT_EQ(intent, RenderingIntent::Saturation);
-    EXPECT_TRUE(parseRenderingIntent("absolute", intent));
-    EXPECT_EQ(intent, RenderingIntent::Absolute);
-    EXPECT_FALSE(parseRenderingIntent("Perceptual", intent));
 }
 
 class PrintWithProfile : public ::testing::Test {
@@ -233,18 +165,6 @@ TEST_F(PrintWithProfile, ConvertsTaggedInput) {
     EXPECT_EQ(out.str().find("converted"), std::string::npos) << out.str();
 }
 
-TEST_F(PrintWithProfile, GivenProfileReplacesTheEmbeddedOne) {
-    writePng(dir.file("plain.png"), 16, 4, testPixels(16, 4), {});
-    const auto profile = linearSrgbProfile();
-    {
-        std::ofstream f(dir.file("linear.icc"), std::ios::binary);
-        f.write(reinterpret_cast<const char*>(profile.data()), static_cast<std::streamsize>(profile.size()));
-    }
-    ASSERT_EQ(print({dir.file("plain.png"), "-o", dir.file("out"), "--input-profile", dir.file("linear.icc")}), kExitOk)
-        << err.str();
-    EXPECT_NE(out.str().find("converted into device RGB"), std::string::npos) << out.str();
-}
-
 TEST_F(PrintWithProfile, InvalidProfilesFailClearly) {
     writePng(dir.file("plain.png"), 16, 4, testPixels(16, 4), {});
     dir.write("junk.icc", std::string(300, 'x'));
@@ -262,29 +182,7 @@ TEST_F(PrintWithProfile, InvalidProfilesFailClearly) {
     EXPECT_EQ(print({dir.file("broken.tif"), "-o", dir.file("out")}), kExitFailed);
     EXPECT_NE(err.str().find("the profile embedded in"), std::string::npos) << err.str();
 
-    // A broken iCCP chunk, which libpng drops with a warning, stops the print
-    // as the broken TIFF tag does; --input-profile sRGB then prints either.
-    writePng(dir.file("plain.png"), 8, 2, testPixels(8, 2), {});
-    std::string png = test::readBytes(dir.file("plain.png"));
-    std::string data = std::string("junk\0\0", 6);
-    std::vector<uint8_t> packed(compressBound(150));
-    uLongf packedSize = packed.size();
-    const std::vector<uint8_t> junk(150, 1);
-    ASSERT_EQ(compress(packed.data(), &packedSize, junk.data(), junk.size()), Z_OK);
-    data.append(reinterpret_cast<const char*>(packed.data()), packedSize);
-    const std::string typed = "iCCP" + data;
-    const auto be32 = [](uint32_t v) { return std::string{char(v >> 24), char(v >> 16), char(v >> 8), char(v)}; };
-    const uint32_t crc = static_cast<uint32_t>(crc32(0, reinterpret_cast<const Bytef*>(typed.data()), typed.size()));
-    png.insert(8 + 25, be32(static_cast<uint32_t>(data.size())) + typed + be32(crc));  // behind IHDR
-    test::writeBytes(dir.file("broken.png"), png);
-    EXPECT_EQ(print({dir.file("broken.png"), "-o", dir.file("out")}), kExitFailed);
-    EXPECT_NE(err.str().find("the profile embedded in " + dir.file("broken.png") + " is not a usable ICC profile: iCCP"),
-              std::string::npos)
-        << err.str();
-    for (const char* name : {"broken.png", "broken.tif"}) {
-        EXPECT_EQ(print({dir.file(name), "-o", dir.file("out"), "--input-profile", "sRGB"}), kExitOk) << err.str();
-        EXPECT_EQ(out.str().find("converted"), std::string::npos) << out.str();
-    }
+    EXPECT_EQ(print({dir.file("broken.tif"), "-o", dir.file("out"), "--input-profile", "sRGB"}), kExitOk) << err.str();
 
     EXPECT_EQ(print({dir.file("plain.png"), "-o", dir.file("out"), "--intent", "vivid"}), kExitUsage);
     EXPECT_NE(err.str().find("--intent must be perceptual, relative, saturation or absolute"), std::string::npos);

@@ -1,5 +1,5 @@
 // Counting printed dots: codes read most significant first, coverage counts
-// small and medium dots by their ink amounts.
+// small and medium dots by their ink amounts (hand-counted lines).
 #include <gtest/gtest.h>
 
 #include <vector>
@@ -8,13 +8,6 @@
 
 namespace inkdot::tools {
 namespace {
-
-TEST(DotCodes, CodesStartAtTheTopBits) {
-    const std::vector<uint8_t> line{0x80, 0x01};
-    for (uint32_t x = 0; x < 16; ++x) EXPECT_EQ(dotCode(line.data(), x, 1), x == 0 || x == 15 ? 1u : 0u) << x;
-    const uint8_t pairs = 0xE4;  // 11 10 01 00: large, medium, small, none
-    for (uint32_t x = 0; x < 4; ++x) EXPECT_EQ(dotCode(&pairs, x, 2), 3 - x) << x;
-}
 
 TEST(DotCounts, CoverageOfKnownLines) {
     const DotAmounts amounts{0.25, 0.5};
@@ -38,15 +31,6 @@ TEST(DotCounts, CoverageOfKnownLines) {
     DotCounts one;
     countDots(std::vector<uint8_t>(4, 0xFF).data(), 0, 32, 1, one);
     EXPECT_EQ(one.bySize[3], 32u) << "a one-bit dot counts as large";
-}
-
-TEST(DotCounts, DotAmountOfEachCode) {
-    const DotAmounts amounts{0.3, 0.6};
-    EXPECT_EQ(dotAmount(0, 2, amounts), 0.0);
-    EXPECT_EQ(dotAmount(1, 2, amounts), 0.3);
-    EXPECT_EQ(dotAmount(2, 2, amounts), 0.6);
-    EXPECT_EQ(dotAmount(3, 2, amounts), 1.0);
-    EXPECT_EQ(dotAmount(1, 1, amounts), 1.0);
 }
 
 }  // namespace

@@ -128,35 +128,6 @@ TEST(ReportTargets, TwoBitPrintsTheToneOfOneBit) {
     }
 }
 
-TEST(ReportTargets, CoverageFollowsTheRampForEveryMethod) {
-    ColourSettings colour;
-    for (Config c : kConfigs) {
-        std::vector<Rgb> ramp;
-        for (int v = 255; v >= 0; v -= 32) ramp.push_back({static_cast<uint8_t>(v), 255, 255});
-        const auto patches = print(colour, c, Resolution::R720x720, ramp);
-        double previous = -1.0;
-        for (const PrintedPatch& patch : patches) {
-            const double coverage = countPlane(patch, 0).coverage({});
-            // Patches of 64 × 32 pixels: a dot more or less is 1/2048.
-            EXPECT_GE(coverage, previous - 0.01) << describe(c, Resolution::R720x720);
-            previous = coverage;
-        }
-        EXPECT_GT(previous, 0.95) << describe(c, Resolution::R720x720);
-    }
-}
-
-TEST(ReportTargets, PrincipalFrequencyAndLevelChoice) {
-    // A quarter of the pixels dotted at 720 dpi: dots two pixels apart.
-    EXPECT_DOUBLE_EQ(principalFrequency(0.25, {720, 720}), 0.5 * 720 / 25.4);
-    EXPECT_DOUBLE_EQ(principalFrequency(0.75, {720, 720}), principalFrequency(0.25, {720, 720}));
-    // 1440 x 720: the pixel pitch is the root of its area.
-    EXPECT_DOUBLE_EQ(principalFrequency(1.0 / 8, {1440, 720}), std::sqrt(1.0 / 8) * std::sqrt(1440.0 * 720) / 25.4);
-    EXPECT_EQ(nearestLevel({0, 100, 200, 255}, {1.0, 0.6, 0.2, 0.0}, 0.25), 200u);
-    EXPECT_EQ(reportMethods(Method::Dither, 1), (std::vector<Method>{Method::Dither, Method::ErrorDiffusion,
-                                                                      Method::Threshold}));
-    EXPECT_EQ(reportMethods(Method::ErrorDiffusion, 2), (std::vector<Method>{Method::ErrorDiffusion, Method::Dither}));
-}
-
 std::vector<std::string> readLines(const std::string& path) {
     std::ifstream file(path);
     std::vector<std::string> lines;
@@ -184,17 +155,6 @@ TEST(ReportCommand, WritesTheMeasurementsOfEveryMethod) {
     EXPECT_TRUE(sawWhite);
     for (const char* name : {"config.csv", "spectrum.csv", "flat.csv", "texture.csv"})
         EXPECT_GT(readLines(dir.file(std::string("r/") + name)).size(), 1u) << name;
-}
-
-TEST(ReportCommand, RefusesBadOptions) {
-    TempDir dir;
-    std::ostringstream out, err;
-    EXPECT_EQ(runCli({"report"}, out, err), kExitUsage);
-    EXPECT_NE(err.str().find("report needs -o OUTDIR"), std::string::npos);
-    EXPECT_EQ(runCli({"report", "-o", dir.file("r"), "--method", "threshold", "--bits", "2"}, out, err), kExitUsage);
-    EXPECT_EQ(runCli({"report", "-o", dir.file("r"), "--dot-amounts", "0.3"}, out, err), kExitUsage);
-    EXPECT_EQ(runCli({"report", "-o", dir.file("r"), "--pack", dir.file("missing.pack")}, out, err), kExitFailed);
-    EXPECT_FALSE(std::filesystem::exists(dir.file("r")));
 }
 
 }  // namespace

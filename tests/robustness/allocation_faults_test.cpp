@@ -135,7 +135,9 @@ TEST(AllocationFaults, EverySiteOfWholeJobs) {
                     EXPECT_FALSE(job.runAll()) << what;
                     EXPECT_EQ(job.failedRc, expectedCode(job, lockFaults != 0)) << what << " at " << job.failedAt;
                     EXPECT_EQ(watch.seam().messages, lockFaults ? 0u : 1u) << what;
-                    if (!lockFaults) EXPECT_EQ(std::string(watch.seam().lastMessage).rfind("size = ", 0), 0u) << what;
+                    if (!lockFaults) {
+                        EXPECT_EQ(std::string(watch.seam().lastMessage).rfind("size = ", 0), 0u) << what;
+                    }
                     checkStateAfterFailure(job, ref, what);
                     job.release();
                 }

@@ -23,9 +23,8 @@ uint32_t colourJob(const std::function<void(test::JobFiles&)>& change) {
 
 TEST(BadSettings, EveryOperationAnswersItsCode) {
     static int32_t gamma99 = 99;
-    static test::JobFiles::Dir gammaDir;
-    gammaDir.count = 1;
-    gammaDir.entries[0] = ChunkEntry{1, &gamma99};
+    static test::ChunkDir gammaDir;
+    if (gammaDir.count == 0) gammaDir.add(1, &gamma99);
     const struct { const char* what; std::function<uint32_t()> call; uint32_t expected; } rows[] = {
         {"one-bit bitOffset far out", [] {
              test::MonoLut lut([](int v) { return 255 - v; });
@@ -35,7 +34,7 @@ TEST(BadSettings, EveryOperationAnswersItsCode) {
          }, RC_ARG + 5},
         {"curves demanded, none supplied", [] { return colourJob([](test::JobFiles& f) { f.s1.curveSource = 1; }); }, RC_ARG + 1},
         {"offsetB -51", [] { return colourJob([](test::JobFiles& f) { f.s1.offsetB = -51; }); }, RC_ARG + 1},
-        {"gamma 99", [] { return colourJob([](test::JobFiles& f) { f.s1.chunkDir = reinterpret_cast<const ChunkDirectory*>(&gammaDir); }); }, RC_ARG + 2},
+        {"gamma 99", [] { return colourJob([](test::JobFiles& f) { f.s1.chunkDir = gammaDir.get(); }); }, RC_ARG + 2},
     };
     for (const auto& row : rows) {
         test::MemoryWatch watch;

@@ -14,9 +14,8 @@
 
 #include "cm/cm_context.h"
 #include "inkdot/inkdot.h"
-#include "support/colour_table_writer.h"
+#include "support/cm_fixture.h"
 #include "support/ht_fixture.h"
-#include "support/index_text_writer.h"
 
 namespace inkdot::test {
 
@@ -40,39 +39,21 @@ inline JobConfig jobConfig(const char* name, uint32_t method, uint32_t colourMod
 // Every block a driver holds for a job, by number (colour management) or id
 // (halftone). Index texts are kept without a terminator: the sized calls are
 // given their exact length, and the unsized calls get a copy with a NUL.
-struct JobFiles {
-    CmSettings1 s1{};
-    CmSettings2 s2{};
+struct JobFiles : CmSettings {
     std::vector<uint8_t> weights;
-    struct Dir {
-        int32_t count = 0;
-        ChunkEntry entries[2] = {};
-    } dir;
+    ChunkDir dir;
     std::map<uint32_t, Bytes> cmBlocks;
     std::map<uint32_t, Bytes> htBlocks;
     std::map<uint32_t, bool> isText;  // colour-management blocks that are index texts
 
     explicit JobFiles(const JobConfig& config) {
-        s1.selectF = 8;
-        s1.selectB = 1;
-        s1.processMode = 2;
-        s1.processLevel = 3;  // selectC 3
-        s1.neutralSetting = 50;
-        s2.selectA = 1;
-        s2.pixelFormat = 1;
-        s2.selectD = 5;
-        s2.selectE = 6;
-        s2.selectG = 9;
         if (config.channelTables) {
-            weights = {'C', 'W', ':', 7, 56, 44, 50, 61, 0xFE, 0xFF};
-            dir.count = 1;
-            dir.entries[0] = ChunkEntry{512, weights.data()};
-            s1.chunkDir = reinterpret_cast<const ChunkDirectory*>(&dir);
+            weights = channelWeightRecord(7, {56, 44, 50, 61});
+            dir.add(512, weights.data());
+            s1.chunkDir = dir.get();
         }
 
-        IndexTextWriter index;
-        index.add(static_cast<int32_t>(kJobTableBlock), 317, "L1", "Photo", 5, 6, "M3", 8, 9);
-        putText(0, index.text());
+        putText(0, matchingIndex(static_cast<int32_t>(kJobTableBlock), 317).text());
 
         ColourTableWriter table;
         table.gridCount[0] = table.gridCount[1] = table.gridCount[2] = 5;

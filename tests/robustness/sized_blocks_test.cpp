@@ -9,7 +9,6 @@
 #include <string>
 
 #include "cm/cm_context.h"
-#include "cm/index_text.h"
 #include "pipeline.h"
 #include "support/memory_watch.h"
 
@@ -159,28 +158,6 @@ TEST(SizedBlocks, IndexTextEndsAtTheEndOfTheBlock) {
     }
 }
 
-TEST(SizedBlocks, IndexParserNeverReadsBehindTheBlock) {
-    // Every prefix of a text parses without reading a byte behind it; the
-    // prefix holding the whole text parses like the NUL-terminated text.
-    const test::JobFiles files(jobConfig("index", 1, 1, 1));
-    const std::string text(files.cmBlocks.at(0).begin(), files.cmBlocks.at(0).end());
-    auto parsed = std::make_unique<IndexText>();
-    const int32_t full = parseIndexText(ByteView(reinterpret_cast<const uint8_t*>(text.c_str())), parsed.get());
-    EXPECT_EQ(full, 1);
-    for (size_t length = 0; length <= text.size(); ++length) {
-        const ExactBlock cut(Bytes(text.begin(), text.end()), length);
-        auto index = std::make_unique<IndexText>();
-        const int32_t count = parseIndexText(ByteView(cut.data(), cut.length), index.get());
-        EXPECT_GE(count, 0);
-        EXPECT_LE(count, 1);
-        if (length == text.size()) {
-            ASSERT_EQ(count, 1);
-            EXPECT_EQ(index->records[0].blockNo, parsed->records[0].blockNo);
-            EXPECT_EQ(index->records[0].pos3, parsed->records[0].pos3);
-        }
-    }
-}
-
 TEST(SizedBlocks, LoaderBlocksShorterThanTheirFormatAreRefused) {
     test::MemoryWatch watch;  // one per test: the cut instances below live side by side
     struct Case { const char* what; uint32_t phase; size_t length; };
@@ -226,7 +203,9 @@ struct HtCut {
         return HalftoneSetResourceSized(ctx, cut.data(), cut.length, &next);
     }
     ~HtCut() {
-        if (ctx != nullptr) EXPECT_EQ(HalftoneDelete(ctx), RC_OK);
+        if (ctx != nullptr) {
+            EXPECT_EQ(HalftoneDelete(ctx), RC_OK);
+        }
     }
 };
 

@@ -46,33 +46,19 @@ TEST(Cli, BadUsageGivesOneLineAndStatus2) {
     for (const auto& args : std::vector<std::vector<std::string>>{
              {},
              {"frobnicate"},
-             {"print"},
-             {"print", "in.png"},
-             {"print", "a.png", "b.png", "-o", "x"},
-             {"print", "in.png", "-o", "x", "--method", "fm"},
              {"print", "in.png", "-o", "x", "--bits", "3"},
              {"print", "in.png", "-o", "x", "--bits", "2", "--method", "threshold"},
-             {"print", "in.png", "-o", "x", "--bits", "2", "--resolution", "720x360"},
-             {"print", "in.png", "-o", "x", "--resolution", "600x600"},
              {"print", "in.png", "-o", "x", "--brightness", "51"},
-             {"print", "in.png", "-o", "x", "--contrast", "-51"},
              {"print", "in.png", "-o", "x", "--saturation", "ten"},
-             {"print", "in.png", "-o", "x", "--gamma", "0.9"},
-             {"print", "in.png", "-o", "x", "--offset-r", "60"},
-             {"print", "in.png", "-o", "x", "--ink-weights", "50,50,50"},
              {"print", "in.png", "-o", "x", "--ink-weights", "50,50,50,71"},
-             {"print", "in.png", "-o", "x", "--hscale", "6"},
              {"print", "in.png", "-o", "x", "--mono", "--colour"},
              {"print", "in.png", "-o", "x", "--wobble"},
-             {"print", "in.png", "-o"},
              {"print", "in.png", "-o", "x", "--mono=yes"},
              {"chart"},
-             {"chart", "-o", "c.png", "--width", "10"},
              {"chart", "-o", "c.tif"},
              {"pack", "dir"},
              {"info", "extra"},
              {"report"},
-             {"report", "-o", "x", "--bits", "3"},
              {"report", "-o", "x", "--bits", "2", "--resolution", "720x360"},
          }) {
         const CliRun r = run(args);
@@ -118,20 +104,6 @@ TEST(PrintOptions, MapToColourAndHalftoneSettings) {
     EXPECT_EQ(o.previewWidth, 640u);
 }
 
-TEST(PrintOptions, DefaultsAreColourErrorDiffusionOneBitAt720) {
-    PrintOptions o;
-    std::string error;
-    ASSERT_TRUE(parsePrintOptions(parsed({"in.png", "-o", "out"}), o, error)) << error;
-    EXPECT_EQ(o.halftone.method, Method::ErrorDiffusion);
-    EXPECT_EQ(o.halftone.outputBits, 1u);
-    EXPECT_EQ(o.halftone.resolution, Resolution::R720x720);
-    EXPECT_EQ(o.halftone.hscale, HScale::x1);
-    EXPECT_FALSE(o.colour.mono);
-    EXPECT_EQ(o.colour.gamma, 150);
-    EXPECT_FALSE(o.colour.inkWeights.has_value());
-    EXPECT_TRUE(o.packFile.empty());
-}
-
 TEST(PrintOptions, AutomaticScalingKeepsPixelsSquareOnPaper) {
     for (Resolution r : {Resolution::R720x720, Resolution::R1440x720, Resolution::R360x720, Resolution::R720x360}) {
         const Dpi dpi = resolutionDpi(r);
@@ -167,19 +139,6 @@ TEST(PrintCommand, BadInputLeavesNoOutput) {
     EXPECT_EQ(r.status, kExitFailed);
     EXPECT_NE(r.err.find("shorter than the header"), std::string::npos) << r.err;
     EXPECT_FALSE(std::filesystem::exists(dir.file("out")));
-}
-
-TEST(ChartCommand, WritesThePngAndMakesItsDirectory) {
-    TempDir dir;
-    const CliRun r = run({"chart", "-o", dir.file("sub/chart.png"), "--width", "300", "--height", "200"});
-    EXPECT_EQ(r.status, kExitOk) << r.err;
-    EXPECT_NE(r.out.find("300 x 200"), std::string::npos);
-    std::string error;
-    auto chart = openImage(dir.file("sub/chart.png"), error);
-    ASSERT_TRUE(chart) << error;
-    EXPECT_EQ(chart->width(), 300u);
-    EXPECT_EQ(chart->height(), 200u);
-    EXPECT_EQ(chart->channels(), 3u);
 }
 
 TEST(PackCommand, BuildsAPackThatInfoReadsAndMatchesTheBuiltInOne) {

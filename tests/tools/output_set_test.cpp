@@ -133,9 +133,12 @@ TEST_F(PrintSets, InterruptedRunsLeaveNoTemporaries) {
     for (int signal : {SIGTERM, SIGINT, SIGKILL}) {
         const pid_t child = fork();
         if (child == 0) _exit(run({"print", dir.file("big.png"), "-o", dir.file("out"), "--resolution", "1440x720"}));
+        // Waits for the first plane file in the staging directory: the
+        // directory alone may not yet be known to the signal handler.
         bool staged = false;
         for (int i = 0; i < 20000 && !staged; ++i) {
-            for (const auto& [name, bytes] : out()) staged |= name.rfind(".big.stage-", 0) == 0;
+            for (const auto& [name, bytes] : out())
+                staged |= name.rfind(".big.stage-", 0) == 0 && !std::filesystem::is_empty(dir.path() / "out" / name);
             if (!staged) usleep(1000);
         }
         ASSERT_TRUE(staged) << "the run never started writing";

@@ -1,5 +1,5 @@
-// Shared pieces of the colour-management tests: settings, a chunk directory
-// and an instance driven through its resource protocol.
+// Building colour-management instances for tests: settings that match the
+// default index record, a chunk directory, a channel-weight record.
 #pragma once
 
 #include <gtest/gtest.h>
