@@ -2,7 +2,7 @@
 
 #include <vector>
 
-#include "kernels/ed1/continuity.h"
+#include "kernels/diffusion/continuity.h"
 #include "support/hand_context.h"
 
 namespace inkdot {

@@ -6,7 +6,7 @@
 #include <gtest/gtest.h>
 
 #include "kernels/ed1/ed1_colour_run.h"
-#include "kernels/ed1/pattern_choice.h"
+#include "kernels/diffusion/pattern_choice.h"
 
 namespace inkdot {
 namespace {

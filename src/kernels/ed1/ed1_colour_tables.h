@@ -11,7 +11,7 @@
 
 #include "halftone/ht_context.h"
 #include "halftone/kernel.h"
-#include "kernels/ed1/perturbation.h"
+#include "kernels/diffusion/perturbation.h"
 #include "kernels/matrix_row.h"
 
 namespace inkdot {

@@ -9,8 +9,8 @@
 #include <cstdint>
 
 #include "halftone/ht_context.h"
-#include "kernels/ed1/pattern_table.h"
-#include "kernels/ed1/spread_patterns.h"
+#include "kernels/diffusion/pattern_table.h"
+#include "kernels/diffusion/spread_patterns.h"
 #include "kernels/force_inline.h"
 
 namespace inkdot::ed2 {

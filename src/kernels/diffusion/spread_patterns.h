@@ -16,7 +16,7 @@
 #include <utility>
 
 #include "halftone/ht_context.h"
-#include "kernels/ed1/error_cell.h"
+#include "kernels/diffusion/error_cell.h"
 #include "kernels/force_inline.h"
 
 namespace inkdot {
