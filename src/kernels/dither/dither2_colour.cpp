@@ -19,14 +19,6 @@
 namespace inkdot {
 namespace {
 
-// The four planes read four different places of the matrix: row B lies 24
-// lines below row A, and the columns are offset per plane, so the planes'
-// dots do not line up.
-inline constexpr uint32_t kRowBLineOffset = 24;
-inline constexpr uint32_t kPlane1Column = 16;  // row B
-inline constexpr uint32_t kPlane2Column = 48;  // row A
-inline constexpr uint32_t kPlane3Column = 40;  // row B
-
 struct PlaneThresholds {
     MatrixRow rowA;
     MatrixRow rowB;

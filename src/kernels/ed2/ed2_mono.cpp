@@ -23,10 +23,6 @@ namespace {
 
 constexpr uint8_t kWhiteByte = 255;
 
-// The jitter of the split-row look-up reads the matrix 24 columns to the
-// right of the decision value, so the two are not correlated.
-constexpr uint32_t kJitterColumnOffset = 24;
-
 // The padded curve: entry 0 is the level spread W, entry 1 + j + v the ink
 // amount of input v shifted by j - W/2. The resource protocol makes W >= 1;
 // a hand-fed table with W < 1 is read as W = 1 (no shift) rather than
@@ -79,7 +75,7 @@ uint32_t ed2Mono(HtContext& ctx, const HtRun& run) {
         }
 
         const uint32_t m = rowA[x & columnMask];
-        const uint32_t r = curve.splitRow(rowA[(x + kJitterColumnOffset) & columnMask], v);
+        const uint32_t r = curve.splitRow(rowA[(x + kJitterColumn) & columnMask], v);
         const int32_t small = split[3 * r], medium = split[3 * r + 1], large = split[3 * r + 2];
         const int32_t sum = readCellTruncate(*cell) + small + medium + large;
 
