@@ -6,7 +6,6 @@
 #include <utility>
 #include <vector>
 
-#include "kernels/dither/run_checks.h"
 #include "kernels/kernels.h"
 #include "support/hand_context.h"
 
@@ -81,27 +80,6 @@ TEST(Dither1Mono, Option11IsRefusedAfterTheRunCheckOfHalftone) {
     EXPECT_EQ(out, std::vector<uint8_t>(8, 0x77)) << "and the output";
     EXPECT_EQ(hc.run(in.data(), out.data(), 0, 0, 8, 56, 3), RC_OK);
     EXPECT_EQ(hc.ctx.prevLineNo, 3u);
-}
-
-// Called directly, the kernels make their own checks in their own order.
-TEST(DitherRunChecks, OwnChecksInOrderAndWithoutWrap) {
-    HandContext hc(monoSetup().settings());
-    const std::vector<uint8_t> in(64, 0);
-    std::vector<uint8_t> out(8);
-    HtRun run{in.data(), out.data(), 0, 0, 1, 0, 0, 5, 1, 1};
-    EXPECT_EQ(Dither1Mono(hc.ctx, run), RC_ARG + 11);
-    EXPECT_EQ(Dither2Mono(hc.ctx, run), RC_ARG + 11);
-    EXPECT_EQ(Dither2MonoDoubleY(hc.ctx, run), RC_ARG + 11);
-    EXPECT_EQ(Dither1Colour(hc.ctx, run), RC_ARG + 10) << "colour kernels do not look at option11";
-    run.startX = 0xFFFFFFFFu;  // startX + count wraps to 0
-    for (HtKernel k : {Dither1Colour, Dither1ColourHybrid, Threshold1Colour, Dither2Colour, Dither2ColourDoubleY})
-        EXPECT_EQ(k(hc.ctx, run), RC_ARG + 6);
-    run.startX = 63;
-    run.option11 = 0;
-    for (HtKernel k : {Dither1Mono, Dither2Mono, Dither2MonoDoubleY, Dither1Colour, Dither1ColourHybrid,
-                       Threshold1Colour, Dither2Colour, Dither2ColourDoubleY})
-        EXPECT_EQ(k(hc.ctx, run), RC_ARG + 10);
-    EXPECT_EQ(hc.ctx.prevLineNo, 0u);
 }
 
 TEST(Dither1Mono, SplitRunsEqualOneRun) {

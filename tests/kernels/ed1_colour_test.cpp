@@ -416,21 +416,6 @@ TEST(Ed1Colour, DotValueSignedness) {
     }
 }
 
-TEST(Ed1Colour, PlainKernelsCheckTheRunThemselves) {
-    for (HtKernel kernel : {&Ed1ColourGeneral, &Ed1Colour1440x720, &Ed1ColourDoubleY}) {
-        Rig r(kGeneral);
-        r.preload(0, 5);
-        const std::vector<uint8_t> src(3 * kWidth, 0);
-        HtRun run{src.data(), r.out.data(), kStride, 0, 2, kWidth - 1, 0, 0, 0, 0};
-        EXPECT_EQ(kernel(r.hc.ctx, run), RC_ARG + 6);
-        run.startX = 0;
-        run.reserved10 = 1;
-        EXPECT_EQ(kernel(r.hc.ctx, run), RC_ARG + 10);
-        EXPECT_EQ(r.cell(0, 0), 5);
-        EXPECT_EQ(r.hc.ctx.prevRunEnd, 0u);
-    }
-}
-
 TEST(Ed1Colour, EmptyMatrixIsRefused) {
     for (const KernelCase& k : kAllCases) {
         Rig r(k);
@@ -531,7 +516,7 @@ void expectSisters(HtKernel plain, HtKernel cached, int32_t scaleMode, uint32_t 
     int runIndex = 0;
     for (const RandomRun& r : randomRuns(seed, 60)) {
         SCOPED_TRACE(testing::Message() << "run " << runIndex++ << " count " << r.count << " start " << r.startX);
-        const HtRun runA{r.src.data(), outA.data(), kStride, r.bitOffset, r.count, r.startX, 0, r.lineNo, 0, 0};
+        const HtRun runA{r.src.data(), outA.data(), kStride, r.bitOffset, r.count, r.startX, r.lineNo, 0};
         HtRun runB = runA;
         runB.dst = outB.data();
         ASSERT_EQ(plain(a.ctx, runA), RC_OK);
@@ -563,7 +548,7 @@ TEST(Ed1ColourCached, ThreePlaneOutputLeavesPlaneThreeAlone) {
         setup.fill(three);
         std::vector<uint8_t> outFour(4 * kStride, 0), outThree(4 * kStride, 0xA5);
         for (const RandomRun& r : randomRuns(10, 20)) {
-            const HtRun runFour{r.src.data(), outFour.data(), kStride, r.bitOffset, r.count, r.startX, 0, r.lineNo, 0, 0};
+            const HtRun runFour{r.src.data(), outFour.data(), kStride, r.bitOffset, r.count, r.startX, r.lineNo, 0};
             HtRun runThree = runFour;
             runThree.dst = outThree.data();
             std::fill(outFour.begin(), outFour.end(), 0);

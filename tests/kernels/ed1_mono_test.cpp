@@ -82,37 +82,6 @@ TEST(Ed1Mono, WorkedTwoPixelRun) {
     EXPECT_EQ(m.h.ctx.prevRunEnd, 62u);
 }
 
-TEST(Ed1Mono, ArgumentChecksComeInOrderAndChangeNothing) {
-    Mono m(kGeneral, 64);
-    setPrintAndWhite(m);
-    m.previous(3, 10);
-    for (int x = -30; x < 94; ++x) m.cell(x) = x * 3 + 1;
-    const std::vector<int32_t> cellsBefore = m.h.errorLines[0];
-    uint8_t out[2] = {0xA5, 0xA5};
-    const std::vector<uint8_t> src(64, 1);
-
-    EXPECT_EQ(m.h.run(src.data(), out, 0, 0, 4, 10, 4, 1), RC_ARG + 11);  // option11
-    EXPECT_EQ(m.run(src, out, 0, 10, 55, 4), RC_ARG + 6);                 // ends at 65 > 64
-
-    // The kernel's own order: option11 before the width, the width before reserved10.
-    HtRun bad{src.data(), out, 0, 0, 10, 60, 0, 4, 1, 1};
-    EXPECT_EQ(Ed1MonoGeneral(m.h.ctx, bad), RC_ARG + 11);
-    bad.option11 = 0;
-    EXPECT_EQ(Ed1Mono1440x720(m.h.ctx, bad), RC_ARG + 6);
-    bad.startX = 0xFFFFFFF0u;  // startX + count wraps to 10: still beyond the line
-    bad.count = 0x1A;
-    EXPECT_EQ(Ed1MonoDoubleY(m.h.ctx, bad), RC_ARG + 6);
-    bad.startX = 0;
-    bad.count = 4;
-    EXPECT_EQ(Ed1MonoGeneral(m.h.ctx, bad), RC_ARG + 10);
-
-    EXPECT_EQ(out[0], 0xA5);
-    EXPECT_EQ(out[1], 0xA5);
-    EXPECT_EQ(m.h.ctx.prevLineNo, 3u);
-    EXPECT_EQ(m.h.ctx.prevRunEnd, 10u);
-    EXPECT_EQ(m.h.errorLines[0], cellsBefore);
-}
-
 TEST(Ed1Mono, RunEndingAtTheWidthIsAccepted) {
     for (const MonoClass& c : kAllClasses) {
         Mono m(c, 64);

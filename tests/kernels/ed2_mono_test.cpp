@@ -167,42 +167,5 @@ TEST(Ed2MonoPacking, SixPixelsFromOffsetThree) {
     EXPECT_EQ(m.out[3], 0x5A) << "not touched";
 }
 
-// Argument checks, in their order, leave everything untouched.
-struct ArgumentCase {
-    uint32_t startX, count, reserved10, option11;
-    uint32_t expected;
-};
-class Ed2MonoArguments : public ::testing::TestWithParam<ArgumentCase> {};
-
-TEST_P(Ed2MonoArguments, RefusedBeforeAnythingChanges) {
-    const ArgumentCase& a = GetParam();
-    for (HtKernel kernel : {Ed2MonoGeneral, Ed2Mono1440x720, Ed2MonoDoubleY}) {
-        Mono m;
-        m.ctx.prevLineNo = 5;
-        m.ctx.prevRunEnd = 6;
-        m.line(0)[0] = 99;
-        std::vector<uint8_t> in(4, 0);
-        m.out[0] = 0x3C;
-        const HtRun run{in.data(), m.out.data(), 0, 1, a.count, a.startX, 0, 9, a.reserved10, a.option11};
-        EXPECT_EQ(kernel(m.ctx, run), a.expected);
-        EXPECT_EQ(m.ctx.prevLineNo, 5u);
-        EXPECT_EQ(m.ctx.prevRunEnd, 6u);
-        EXPECT_EQ(m.line(0)[0], 99);
-        EXPECT_EQ(m.out[0], 0x3C);
-    }
-}
-
-INSTANTIATE_TEST_SUITE_P(
-    Order, Ed2MonoArguments,
-    ::testing::Values(ArgumentCase{0, 1, 1, 1, RC_ARG + 11}, ArgumentCase{kWidth, 1, 1, 0, RC_ARG + 6},
-                      ArgumentCase{0xFFFFFFFFu, 2, 0, 0, RC_ARG + 6}, ArgumentCase{2, 0xFFFFFFFFu, 0, 0, RC_ARG + 6},
-                      ArgumentCase{0, 1, 1, 0, RC_ARG + 10}));
-
-TEST(Ed2MonoArguments, OptionElevenThroughHalftone) {
-    Mono m;
-    const std::vector<uint8_t> in = {1};
-    EXPECT_EQ(m.run(in.data(), m.out.data(), 0, 0, 1, 0, 0, 1), RC_ARG + 11);
-}
-
 }  // namespace
 }  // namespace inkdot::test

@@ -11,7 +11,6 @@
 #include "kernels/force_inline.h"
 #include "kernels/largest_code.h"
 #include "kernels/matrix_row.h"
-#include "kernels/dither/run_checks.h"
 #include "kernels/dither/three_size_code.h"
 #include "kernels/kernels.h"
 #include "kernels/packing.h"
@@ -82,7 +81,6 @@ INKDOT_CPU_CLONES void ditherRun(const HtContext& ctx, const HtRun& run, Input i
 }
 
 uint32_t dither2Colour(HtContext& ctx, const HtRun& run, bool halvingOffered) {
-    if (const uint32_t rc = checkDitherRun(ctx, run, Option11::Ignored)) return rc;
     ctx.prevLineNo = run.lineNo;
     const GridInput<kDitherGrid> grid(ctx, NodeMatrix{matrixRow(ctx, run.lineNo)});
     withPixelSource(ctx, run.src, colourPixelBytes(ctx.inputFormat), halvingOffered, [&](const auto& in) {

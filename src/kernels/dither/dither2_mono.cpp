@@ -7,7 +7,6 @@
 #include "halftone/ht_context.h"
 #include "kernels/cpu_clones.h"
 #include "kernels/matrix_row.h"
-#include "kernels/dither/run_checks.h"
 #include "kernels/dither/three_size_code.h"
 #include "kernels/kernels.h"
 #include "kernels/level_shift.h"
@@ -48,7 +47,7 @@ INKDOT_CPU_CLONES void ditherRun(const HtContext& ctx, const HtRun& run, const S
 }
 
 uint32_t dither2Mono(HtContext& ctx, const HtRun& run, bool halvingOffered) {
-    if (const uint32_t rc = checkDitherRun(ctx, run, Option11::MustBeZero)) return rc;
+    if (const uint32_t rc = refuseOption11(run)) return rc;
     ctx.prevLineNo = run.lineNo;
     withPixelSource(ctx, run.src, kGrayPixelBytes, halvingOffered, [&](const auto& in) { ditherRun(ctx, run, in); });
     return RC_OK;

@@ -171,10 +171,6 @@ INKDOT_FLATTEN void diffuseColourRun(HtContext& ctx, const HtRun& run, Input inp
 template <class Family, class Tables, unsigned Planes>
 uint32_t runColour(HtContext& ctx, const HtRun& run) {
     static_assert(Planes == 3 || Planes == 4);
-    if constexpr (Tables::kChecksRunArguments) {
-        if (run.count > ctx.width || run.startX > ctx.width - run.count) return RC_ARG + 6;
-        if (run.reserved10 != 0) return RC_ARG + 10;
-    }
     // An empty matrix has no row to read; a cached row has room for 256 columns.
     if (ctx.matrixWidth == 0 || ctx.matrixHeight == 0 || ctx.matrixWidth > Tables::kMaxMatrixWidth)
         return RC_DATA;

@@ -105,11 +105,7 @@ template <class Family, InputStep Step>
 
 template <class Family>
 uint32_t ed1Mono(HtContext& ctx, const HtRun& run) {
-    if (run.option11 != 0) return RC_ARG + 11;
-    // The run must end at or before the line's end; a sum that wraps past
-    // 32 bits cannot describe a run inside the line either.
-    if (run.count > ctx.width || run.startX > ctx.width - run.count) return RC_ARG + 6;
-    if (run.reserved10 != 0) return RC_ARG + 10;
+    if (const uint32_t rc = refuseOption11(run)) return rc;
 
     applyContinuity(ctx, run, 1);
     switch (ctx.scaleMode) {

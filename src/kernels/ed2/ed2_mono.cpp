@@ -43,10 +43,7 @@ struct PaddedCurve {
 
 template <class Family, bool ReducesPairs>
 uint32_t ed2Mono(HtContext& ctx, const HtRun& run) {
-    if (run.option11 != 0) return RC_ARG + 11;
-    // startX + count beyond the line, also when the 32-bit sum would wrap.
-    if (run.count > ctx.width || run.startX > ctx.width - run.count) return RC_ARG + 6;
-    if (run.reserved10 != 0) return RC_ARG + 10;
+    if (const uint32_t rc = refuseOption11(run)) return rc;
 
     applyContinuity(ctx, run, 1);
 
