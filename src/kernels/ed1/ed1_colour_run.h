@@ -67,13 +67,7 @@ struct DoubleYColourFamily {
     }
 };
 
-// The pattern a colour pixel spreads with (odd cells take the a forms).
-template <class Family, unsigned Plane>
-Pattern colourPattern(int32_t level, bool dot, bool odd, const SpreadThresholds& t) {
-    return Family::kTable.band[Family::template band<Plane>(level, dot, odd, t)].column[patternColumn(dot, odd)];
-}
-
-// Spreads err with that pattern.
+// Spreads err with the pattern of a colour pixel (odd cells take the a forms).
 template <class Family, unsigned Plane>
 INKDOT_FORCE_INLINE void spreadColour(int32_t level, bool dot, bool odd, const SpreadThresholds& t, int32_t* cell,
                                       int32_t err, int32_t& carry) {

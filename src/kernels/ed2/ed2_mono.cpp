@@ -12,11 +12,11 @@
 #include "kernels/diffusion/spread_patterns.h"
 #include "kernels/ed2/dot_size.h"
 #include "kernels/ed2/ed2_pattern_choice.h"
-#include "kernels/ed2/input_step.h"
 #include "kernels/kernels.h"
 #include "kernels/level_shift.h"
 #include "kernels/matrix_row.h"
 #include "kernels/packing.h"
+#include "kernels/pixel_source.h"
 
 namespace inkdot {
 namespace {
