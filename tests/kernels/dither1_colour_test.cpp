@@ -264,18 +264,5 @@ TEST(Threshold1Colour, AllBitsSetIsWhiteOnlyInTheMainPass) {
     EXPECT_EQ(bitsOf(out, kStride, 2, 3), "001");
 }
 
-TEST(Threshold1Colour, DoublingServesEachPixelTwice) {
-    KernelSetup s = colourSetup();
-    s.method = 0;
-    s.scaleMode = 1;
-    MarkedAmounts t(s);
-    t.mark({70});
-    t.hc.conversion[1] = inkOn(2, 70);
-    const auto in = rgbPixels({{129, 0, 0}, {0, 0, 0}, {129, 0, 0}});
-    std::vector<uint8_t> out(4 * kStride);
-    ASSERT_EQ(t.hc.run(in.data(), out.data(), kStride, 0, 6, 0, 0), RC_OK);
-    EXPECT_EQ(bitsOf(out, kStride, 2, 8), "11001100");
-}
-
 }  // namespace
 }  // namespace inkdot::test

@@ -57,31 +57,6 @@ TEST(Dither1Mono, RunCases) {
     }
 }
 
-TEST(Dither1Mono, KeepsLeadingBitsAndClearsBehindTheRun) {
-    HandContext hc(monoSetup().settings());
-    hc.setFlatMatrix(1, 1, 0);
-    hc.tone[1] = 1;
-    const std::vector<uint8_t> in = {1, 1, 1, 1, 1, 1, 1};
-    std::vector<uint8_t> out = {0xFF, 0xFF, 0x5A};
-    ASSERT_EQ(hc.run(in.data(), out.data(), 0, 3, 7, 0, 0), RC_OK);
-    EXPECT_EQ(out[0], 0xFF);
-    EXPECT_EQ(out[1], 0xC0);  // two pixels, then zeros behind the run
-    EXPECT_EQ(out[2], 0x5A);  // not touched
-}
-
-TEST(Dither1Mono, Option11IsRefusedAfterTheRunCheckOfHalftone) {
-    HandContext hc(monoSetup().settings());
-    const std::vector<uint8_t> in(64, 0);
-    std::vector<uint8_t> out(8, 0x77);
-    hc.ctx.prevLineNo = 99;
-    EXPECT_EQ(hc.run(in.data(), out.data(), 0, 0, 8, 0, 3, 1), RC_ARG + 11);
-    EXPECT_EQ(hc.run(in.data(), out.data(), 0, 0, 8, 57, 3, 1), RC_ARG + 6);
-    EXPECT_EQ(hc.ctx.prevLineNo, 99u) << "a refused run leaves the state";
-    EXPECT_EQ(out, std::vector<uint8_t>(8, 0x77)) << "and the output";
-    EXPECT_EQ(hc.run(in.data(), out.data(), 0, 0, 8, 56, 3), RC_OK);
-    EXPECT_EQ(hc.ctx.prevLineNo, 3u);
-}
-
 TEST(Dither1Mono, SplitRunsEqualOneRun) {
     HandContext hc(monoSetup().settings());
     hc.setMatrix(16, 16, permutationMatrix(16, 7));

@@ -105,15 +105,6 @@ void setPreviousPixel(Rig& r, int32_t i2, uint8_t l0, uint8_t l1, uint8_t l2, ui
     }
 }
 
-TEST(Ed1Colour, DispatchReachesEveryKernel) {
-    for (const KernelCase& k : kAllCases) {
-        Rig r(k);
-        EXPECT_EQ(r.hc.ready().kernel, k.kernel) << k.name;
-    }
-    Rig ink(kGeneralB, 4);  // ink input always goes to the plain kernels
-    EXPECT_EQ(ink.hc.ready().kernel, &Ed1ColourGeneral);
-}
-
 // The example pixel (40, 50, 60), after a previous pixel with nodes 3, 6, i2
 // or alone; the levels it diffuses show in its cell, and plane 2 prints only
 // where the tone table is marked.
@@ -301,22 +292,6 @@ TEST(Ed1Colour, OddPixelChoosesNodesAtMidMatrixAndDropsFaintLevels) {
         ASSERT_EQ(o.r.run(Pixels().rgb(70, 70, 70), 1), RC_OK);
         EXPECT_EQ(o.r.plane(3), 0x80);
         EXPECT_EQ(o.r.plane(0), 0x00) << "level 31 counts as 0";
-    }
-}
-
-TEST(Ed1Colour, DoublingReadsEachPixelTwice) {
-    KernelCase doubling = kGeneralB;
-    doubling.scaleMode = 1;
-    for (const KernelCase& k : {doubling, kGeneral /* halving: one pixel per output pixel */}) {
-        SCOPED_TRACE(k.scaleMode);
-        OddPixel o(k);
-        o.r.palette(1, 0, 0, 0, 100);
-        o.r.hc.tone[100] = 100;
-        o.r.preload(1, 32 * 1000);  // output pixel 1 prints plane 3 if it reads the colour
-        const Pixels input = k.scaleMode == 1 ? Pixels().white().rgb(1, 1, 1).white()
-                                              : Pixels().white().white().rgb(1, 1, 1);
-        ASSERT_EQ(o.r.run(input, 3), RC_OK);
-        EXPECT_EQ(o.r.plane(3), 0x20) << "only the odd last pixel takes the colour";
     }
 }
 

@@ -82,29 +82,6 @@ TEST(Ed1Mono, WorkedTwoPixelRun) {
     EXPECT_EQ(m.h.ctx.prevRunEnd, 62u);
 }
 
-TEST(Ed1Mono, RunEndingAtTheWidthIsAccepted) {
-    for (const MonoClass& c : kAllClasses) {
-        Mono m(c, 64);
-        setPrintAndWhite(m);
-        std::vector<uint8_t> out(8, 0);
-        EXPECT_EQ(m.run(std::vector<uint8_t>(64, 1), out.data(), 0, 64, 0, 0), RC_OK) << c.name;
-        for (uint8_t b : out) EXPECT_EQ(b, 0xFF);
-        EXPECT_EQ(m.h.ctx.prevRunEnd, 64u);
-    }
-}
-
-TEST(Ed1Mono, BitOffsetKeepsLeadingBitsAndClearsTrailingOnes) {
-    for (const MonoClass& c : kAllClasses) {
-        Mono m(c, 64);
-        setPrintAndWhite(m);
-        uint8_t out[3] = {0x5A, 0xFF, 0xFF};
-        ASSERT_EQ(m.run({1, 0, 1, 1, 0, 1}, out, 5, 6, 0, 0), RC_OK);
-        EXPECT_EQ(out[0], 0x58 | 0x05) << c.name;  // top 5 bits kept, then dots 1 0 1
-        EXPECT_EQ(out[1], 0xA0) << c.name;         // dots 1 0 1, zeros behind the run
-        EXPECT_EQ(out[2], 0xFF) << c.name;
-    }
-}
-
 
 // Pixel 0 (level 200, dot, err -55) leaves a carry; pixel 1 is white and
 // overwrites its cell: the carry in General and DoubleY, 0 in 1440x720.
@@ -255,17 +232,6 @@ TEST(Ed1Mono, PixelCases) {
                 EXPECT_EQ(m.cell(x), expected[x]) << "column " << x;
             }
         }
-    }
-}
-
-TEST(Ed1Mono, DoubledInputServesTwoPixels) {
-    for (const MonoClass& c : kAllClasses) {
-        Mono m(c, 64, 1);
-        setPrintAndWhite(m);
-        uint8_t out[2] = {0, 0};
-        ASSERT_EQ(m.run({1, 0, 1, 1, 0}, out, 0, 9, 0, 0), RC_OK);
-        EXPECT_EQ(out[0], 0xCF) << c.name;  // 1 1 0 0 1 1 1 1
-        EXPECT_EQ(out[1], 0x00) << c.name;  // 0
     }
 }
 

@@ -141,31 +141,5 @@ TEST(Ed2MonoInput, GeneralReadsOneBytePerPixelWhenHalving) {
     EXPECT_EQ(m.out[0], 0b11001100);
 }
 
-TEST(Ed2MonoInput, DoublingReusesEachByteForTwoPixels) {
-    Mono m(1440, 720, 1);
-    m.setFlatMatrix(1, 1, 0);
-    m.setSplit(7, 0, 0, 255);
-    m.mapGray(7, 7);
-    const std::vector<uint8_t> in = {7, 255, 7};
-    ASSERT_EQ(m.run(in.data(), m.out.data(), 0, 0, 5, 0, 0), RC_OK);
-    EXPECT_EQ(m.out[0], 0b11110000);
-    EXPECT_EQ(m.out[1], 0b11000000);
-}
-
-TEST(Ed2MonoPacking, SixPixelsFromOffsetThree) {
-    Mono m;
-    m.setFlatMatrix(1, 1, 0);
-    m.setSplit(1, 0, 0, 255);
-    m.setSplit(2, 0, 100, 0);
-    m.mapGray(1, 1);
-    m.mapGray(2, 2);
-    m.out = {0xA8, 0xFF, 0xFF, 0x5A};
-    ASSERT_EQ(m.runBytes({1, 255, 2, 1, 255, 2}, 0, 0, 3), RC_OK);
-    EXPECT_EQ(m.out[0], 0xAB) << "top six bits kept, code 3 in the lowest pair";
-    EXPECT_EQ(m.out[1], 0b00101100);
-    EXPECT_EQ(m.out[2], 0b10000000);
-    EXPECT_EQ(m.out[3], 0x5A) << "not touched";
-}
-
 }  // namespace
 }  // namespace inkdot::test

@@ -1,0 +1,150 @@
+// Properties every kernel keeps, checked on each of them through Halftone
+// with the same random tables: where a run writes, what a bit offset does,
+// what doubling means, and who refuses option11.
+#include <gtest/gtest.h>
+
+#include <random>
+#include <vector>
+
+#include "support/hand_context.h"
+
+namespace inkdot::test {
+namespace {
+
+constexpr uint32_t kStride = 24;  // bytes per output plane
+constexpr uint32_t kGuard = 4;    // bytes in front of plane 0 that no run may touch
+constexpr uint8_t kFill = 0xA5;   // what the output holds before a run
+
+// Tables from a fixed seed, inside the ranges the resource protocol gives:
+// amounts and levels 0..255, grid nodes 0..30, a dot-split row per amount.
+void randomTables(HandContext& hc, const KernelSetup& k) {
+    std::mt19937 rng(11);
+    hc.setMatrix(16, 16, permutationMatrix(16, 5));
+    hc.setSpread(56, 22, 11, 4);
+    for (auto& t : hc.tone) t = static_cast<uint16_t>(rng() % 256);
+    for (auto& t : hc.edThreshold) t = static_cast<int16_t>(rng() % 300);
+    for (auto& d : hc.dotValue) d = static_cast<int16_t>(200 + rng() % 100);
+    for (uint32_t v = 0; v < 256; ++v) hc.setGridCell(static_cast<uint8_t>(v), rng() % 31, rng() & 0xFF);
+    for (uint32_t r = 0; r < 256; ++r) {
+        const uint32_t s = rng() % 100, m = rng() % 80, l = rng() % 70;
+        hc.setSplit(static_cast<uint8_t>(r), s, m, l);
+    }
+    if (k.colourMode != 0) {
+        for (auto& c : hc.conversion) c = rng();
+    } else {
+        for (uint32_t i = 0; i < 2 * hc.conversion.size(); ++i) hc.monoCurve()[i] = rng() & 0xFF;
+        hc.monoCurve()[0] = 4;  // the two-bit level spread
+    }
+}
+
+struct Output {
+    std::vector<uint8_t> bytes = std::vector<uint8_t>(kGuard + 4 * kStride, kFill);
+    uint8_t* dst() { return bytes.data() + kGuard; }
+    const uint8_t* plane(unsigned k) const { return bytes.data() + kGuard + k * kStride; }
+};
+
+unsigned pixelAt(const KernelSetup& k, const uint8_t* plane, uint32_t i) {
+    return k.outputBits == 1 ? bitAt(plane, i) : codeAt(plane, i);
+}
+
+// One run of `count` random pixels from column 5 of line 3.
+struct Scenario {
+    KernelSetup setup;
+    HandContext hc;
+    Output out;
+    explicit Scenario(const KernelSetup& k) : setup(k), hc(k.settings()) { randomTables(hc, k); }
+    uint32_t run(const std::vector<uint8_t>& in, uint32_t bitOffset, uint32_t count, uint32_t option11 = 0) {
+        return hc.run(in.data(), out.dst(), kStride, bitOffset, count, 5, 3, option11);
+    }
+};
+
+std::vector<uint8_t> randomPixels(size_t bytes, unsigned seed) {
+    std::mt19937 rng(seed);
+    std::vector<uint8_t> in(bytes);
+    for (auto& b : in) b = static_cast<uint8_t>(rng());
+    return in;
+}
+
+// A run at bit offset b writes the pixels it writes at offset 0, b places
+// further on; keeps the b leading pixels of the first byte; clears the rest
+// of its last byte; and touches nothing else, in front of or behind it.
+TEST(EveryKernel, BitOffsetShiftsTheRunAndNothingOutsideItIsTouched) {
+    constexpr uint32_t kCount = 37;
+    const std::vector<uint8_t> in = randomPixels(8 * kCount, 3);
+    for (const KernelSetup& k : everyKernelSetup()) {
+        const uint32_t perByte = k.outputBits == 1 ? 8 : 4;
+        const unsigned planes = k.colourMode ? 4 : 1;
+        Scenario plain(k);
+        SCOPED_TRACE(chooseKernel(plain.hc.ready()).name);
+        ASSERT_EQ(plain.run(in, 0, kCount), RC_OK);
+        uint32_t dots = 0;  // the tables must print some pixels and leave others
+        for (unsigned p = 0; p < planes; ++p)
+            for (uint32_t i = 0; i < kCount; ++i) dots += pixelAt(k, plain.out.plane(p), i) != 0;
+        ASSERT_GT(dots, 0u);
+        ASSERT_LT(dots, planes * kCount);
+        for (uint32_t b = 1; b < perByte; b += 2) {
+            Scenario shifted(k);
+            ASSERT_EQ(shifted.run(in, b, kCount), RC_OK);
+            for (unsigned l = 0; l < 4; ++l) EXPECT_EQ(shifted.hc.errorLines[l], plain.hc.errorLines[l]) << l;
+            const Output fill;
+            const uint32_t usedBytes = (b + kCount + perByte - 1) / perByte;
+            for (unsigned p = 0; p < 4; ++p) {
+                const uint8_t* s = shifted.out.plane(p);
+                if (p >= planes) {
+                    EXPECT_EQ(std::vector<uint8_t>(s, s + kStride), std::vector<uint8_t>(kStride, kFill)) << p;
+                    continue;
+                }
+                for (uint32_t i = 0; i < b; ++i) ASSERT_EQ(pixelAt(k, s, i), pixelAt(k, fill.plane(0), i));
+                for (uint32_t i = 0; i < kCount; ++i)
+                    ASSERT_EQ(pixelAt(k, s, b + i), pixelAt(k, plain.out.plane(p), i)) << "plane " << p << " pixel " << i;
+                for (uint32_t i = b + kCount; i < usedBytes * perByte; ++i) ASSERT_EQ(pixelAt(k, s, i), 0u);
+                for (uint32_t i = usedBytes; i < kStride; ++i) ASSERT_EQ(s[i], kFill);
+            }
+            for (uint32_t i = 0; i < kGuard; ++i) ASSERT_EQ(shifted.out.bytes[i], kFill);
+        }
+    }
+}
+
+// Doubling (scaleMode 1) is the plain reading of every input pixel twice.
+TEST(EveryKernel, DoublingEqualsEachPixelGivenTwice) {
+    const std::vector<uint8_t> in = randomPixels(4 * 40, 4);
+    for (KernelSetup k : everyKernelSetup()) {
+        const uint32_t pixelBytes = k.colourMode ? 3 : 1;
+        for (uint32_t count : {30u, 31u}) {
+            std::vector<uint8_t> twice;
+            for (uint32_t i = 0; i < count; ++i)
+                twice.insert(twice.end(), in.begin() + (i / 2) * pixelBytes, in.begin() + (i / 2 + 1) * pixelBytes);
+            k.scaleMode = 0;
+            Scenario plain(k);
+            k.scaleMode = 1;
+            Scenario doubled(k);
+            SCOPED_TRACE(testing::Message() << chooseKernel(doubled.hc.ready()).name << ", " << count << " pixels");
+            ASSERT_EQ(plain.run(twice, 0, count), RC_OK);
+            ASSERT_EQ(doubled.run(in, 0, count), RC_OK);
+            EXPECT_EQ(doubled.out.bytes, plain.out.bytes);
+            for (unsigned l = 0; l < 4; ++l) EXPECT_EQ(doubled.hc.errorLines[l], plain.hc.errorLines[l]) << l;
+        }
+    }
+}
+
+// The monochrome kernels refuse option11 and change nothing; the colour
+// kernels ignore it.
+TEST(EveryKernel, OnlyMonochromeKernelsRefuseOption11) {
+    const std::vector<uint8_t> in = randomPixels(8 * 16, 5);
+    for (const KernelSetup& k : everyKernelSetup()) {
+        Scenario s(k);
+        SCOPED_TRACE(chooseKernel(s.hc.ready()).name);
+        s.hc.ctx.prevLineNo = 99;
+        if (k.colourMode != 0) {
+            EXPECT_EQ(s.run(in, 0, 16, 1), RC_OK);
+            continue;
+        }
+        EXPECT_EQ(s.run(in, 0, 16, 1), RC_ARG + 11);
+        EXPECT_EQ(s.out.bytes, Output{}.bytes);
+        EXPECT_EQ(s.hc.ctx.prevLineNo, 99u);
+        EXPECT_EQ(s.hc.errorLines[0], std::vector<int32_t>(s.hc.errorLines[0].size(), 0));
+    }
+}
+
+}  // namespace
+}  // namespace inkdot::test
