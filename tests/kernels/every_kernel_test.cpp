@@ -3,9 +3,11 @@
 // what doubling means, and who refuses option11.
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <random>
 #include <vector>
 
+#include "kernels/kernels.h"
 #include "support/hand_context.h"
 
 namespace inkdot::test {
@@ -143,6 +145,46 @@ TEST(EveryKernel, OnlyMonochromeKernelsRefuseOption11) {
         EXPECT_EQ(s.out.bytes, Output{}.bytes);
         EXPECT_EQ(s.hc.ctx.prevLineNo, 99u);
         EXPECT_EQ(s.hc.errorLines[0], std::vector<int32_t>(s.hc.errorLines[0].size(), 0));
+    }
+}
+
+// The cached-table colour kernels are their plain sisters with the tables
+// copied once per call: over runs on repeated, next and skipped lines, at
+// every offset, with white pixels and 16-bit matrix values, they write the
+// same bytes, error cells and run state. With three-plane output (colourMode
+// 2) the cached kernels write planes 0..2 alike and leave plane 3 alone.
+TEST(EveryKernel, CachedColourKernelsEqualTheirPlainSisters) {
+    const std::pair<HtKernel, HtKernel> sisters[] = {{Ed1ColourGeneral, Ed1ColourGeneralB},
+                                                     {Ed1Colour1440x720, Ed1Colour1440x720B}};
+    const KernelSetup k{.inputFormat = 2, .colourMode = 1};
+    std::mt19937 rng(8);
+    std::vector<uint16_t> matrix(16 * 8);
+    for (auto& m : matrix) m = static_cast<uint16_t>(rng());
+    for (auto [plain, cached] : sisters) {
+        KernelSetup threePlanes = k;
+        threePlanes.colourMode = 2;
+        Scenario a(k), b(k), c(threePlanes);
+        for (Scenario* s : {&a, &b, &c}) s->hc.setMatrix(16, 8, matrix);
+        uint32_t line = 0;
+        for (unsigned r = 0; r < 40; ++r) {
+            line += rng() % 3;
+            const uint32_t startX = rng() % 64, count = rng() % (65 - startX), bitOffset = rng() % 8;
+            std::vector<uint8_t> in = randomPixels(3 * count, r);
+            for (uint32_t i = 0; i < in.size(); i += 15) in[i] = in[i + 1] = in[i + 2] = 255;  // every fifth pixel white
+            HtRun run{in.data(), a.out.dst(), kStride, bitOffset, count, startX, line, 0};
+            ASSERT_EQ(plain(a.hc.ctx, run), RC_OK);
+            run.dst = b.out.dst();
+            ASSERT_EQ(cached(b.hc.ctx, run), RC_OK);
+            run.dst = c.out.dst();
+            ASSERT_EQ(cached(c.hc.ctx, run), RC_OK);
+            ASSERT_EQ(a.out.bytes, b.out.bytes) << "run " << r;
+            const auto plane3 = c.out.bytes.begin() + kGuard + 3 * kStride;
+            ASSERT_TRUE(std::equal(c.out.bytes.begin(), plane3, a.out.bytes.begin()));
+            ASSERT_EQ(std::count(plane3, c.out.bytes.end(), kFill), long{kStride});
+            for (unsigned l = 0; l < 3; ++l) ASSERT_EQ(c.hc.errorLines[l], a.hc.errorLines[l]) << "run " << r;
+            for (unsigned l = 0; l < 4; ++l) ASSERT_EQ(a.hc.errorLines[l], b.hc.errorLines[l]) << "run " << r;
+            ASSERT_EQ(a.hc.ctx.prevRunEnd, b.hc.ctx.prevRunEnd);
+        }
     }
 }
 
