@@ -107,11 +107,17 @@ TEST(EveryKernel, BitOffsetShiftsTheRunAndNothingOutsideItIsTouched) {
     }
 }
 
-// Doubling (scaleMode 1) is the plain reading of every input pixel twice.
+// Doubling (scaleMode 1) is the plain reading of every input pixel twice,
+// for three-byte and ink input alike.
 TEST(EveryKernel, DoublingEqualsEachPixelGivenTwice) {
     const std::vector<uint8_t> in = randomPixels(4 * 40, 4);
+    std::vector<KernelSetup> setups = everyKernelSetup();
     for (KernelSetup k : everyKernelSetup()) {
-        const uint32_t pixelBytes = k.colourMode ? 3 : 1;
+        k.inputFormat = 4;
+        if (k.colourMode != 0) setups.push_back(k);
+    }
+    for (KernelSetup k : setups) {
+        const uint32_t pixelBytes = k.colourMode ? (k.inputFormat == 4 ? 4 : 3) : 1;
         for (uint32_t count : {30u, 31u}) {
             std::vector<uint8_t> twice;
             for (uint32_t i = 0; i < count; ++i)
