@@ -1,10 +1,6 @@
 #include <gtest/gtest.h>
 
-#include <algorithm>
-#include <vector>
-
 #include "kernels/diffusion/continuity.h"
-#include "support/hand_context.h"
 
 namespace inkdot {
 namespace {
@@ -46,35 +42,6 @@ TEST(Continuity, ColumnsClearedByCase) {
         if (c.to != c.from) EXPECT_EQ(r.from, c.from) << c.what;
         EXPECT_EQ(ctx.prevLineNo, c.line) << c.what;
         EXPECT_EQ(ctx.prevRunEnd, c.start + 10) << c.what;
-    }
-}
-
-// Every error-diffusion kernel applies the rule to the lines it diffuses,
-// even for an empty run, and leaves the margins and the other lines alone.
-TEST(Continuity, EveryDiffusionKernelAppliesTheRule) {
-    // Line 2 after creation (line 1 skipped) clears every column; line 15 after a
-    // line 14 that reached the width, from column 20, clears columns 0..19.
-    struct Case { uint32_t previousLine, previousEnd, line, startX, clearedTo; };
-    const Case cases[] = {{0, 0, 2, 0, 64}, {14, 64, 15, 20, 20}};
-    for (const test::KernelSetup& k : test::everyKernelSetup()) {
-        if (k.method != 1) continue;
-        for (const Case& c : cases) {
-            test::HandContext h(k.settings());
-            SCOPED_TRACE(testing::Message() << h.ready().kernel << ", line " << c.line);
-            for (auto& l : h.errorLines) std::fill(l.begin(), l.end(), 7);
-            h.ctx.prevLineNo = c.previousLine;
-            h.ctx.prevRunEnd = c.previousEnd;
-            std::vector<uint8_t> out(64, 0);
-            ASSERT_EQ(h.run(nullptr, out.data(), 16, 0, 0, c.startX, c.line), RC_OK);
-            for (unsigned l = 0; l < 4; ++l) {
-                const bool diffused = l < (k.colourMode ? 3u : 1u);
-                for (int x = -30; x < 94; ++x) {
-                    const bool cleared = diffused && x >= 0 && x < static_cast<int>(c.clearedTo);
-                    ASSERT_EQ(h.line(l)[x], cleared ? 0 : 7) << "line " << l << ", column " << x;
-                }
-            }
-            EXPECT_EQ(h.ctx.prevLineNo, c.line);
-        }
     }
 }
 

@@ -1,6 +1,7 @@
-// Properties every kernel keeps, checked on each of them through Halftone
-// with the same random tables: where a run writes, what a bit offset does,
-// what doubling means, and who refuses option11.
+// Properties every kernel keeps, checked on each of them through Halftone:
+// where a run writes, what a bit offset does, what doubling means, who
+// refuses option11, what an empty run does, how the continuity rule clears
+// the error lines, and that sister kernels agree.
 #include <gtest/gtest.h>
 
 #include <algorithm>
@@ -190,6 +191,59 @@ TEST(EveryKernel, CachedColourKernelsEqualTheirPlainSisters) {
             for (unsigned l = 0; l < 3; ++l) ASSERT_EQ(c.hc.errorLines[l], a.hc.errorLines[l]) << "run " << r;
             for (unsigned l = 0; l < 4; ++l) ASSERT_EQ(a.hc.errorLines[l], b.hc.errorLines[l]) << "run " << r;
             ASSERT_EQ(a.hc.ctx.prevRunEnd, b.hc.ctx.prevRunEnd);
+        }
+    }
+}
+
+// An empty run stores its line and rewrites nothing, but with a bit offset
+// it keeps that many leading pixels of each plane's first byte and clears
+// the rest of that byte.
+TEST(EveryKernel, EmptyRunRewritesOnlyAnOffsetByte) {
+    for (const KernelSetup& k : everyKernelSetup()) {
+        HandContext h(k.settings());
+        SCOPED_TRACE(chooseKernel(h.ready()).name);
+        const unsigned planes = k.colourMode ? 4 : 1;
+        std::vector<uint8_t> out(4 * 16, 0xFF);
+        ASSERT_EQ(h.run(nullptr, out.data(), 16, 0, 0, 4, 6), RC_OK);
+        EXPECT_EQ(out, std::vector<uint8_t>(4 * 16, 0xFF));
+        EXPECT_EQ(h.ctx.prevLineNo, 6u);
+        if (k.method == 1) {
+            EXPECT_EQ(h.ctx.prevRunEnd, 4u);
+        }
+        ASSERT_EQ(h.run(nullptr, out.data(), 16, 2, 0, 4, 7), RC_OK);
+        for (unsigned p = 0; p < 4; ++p) {
+            EXPECT_EQ(out[16 * p], p < planes ? (k.outputBits == 1 ? 0xC0 : 0xF0) : 0xFF) << "plane " << p;
+            EXPECT_EQ(out[16 * p + 1], 0xFF);
+        }
+        EXPECT_EQ(h.ctx.prevLineNo, 7u);
+    }
+}
+
+// Every error-diffusion kernel applies the rule to the lines it diffuses,
+// even for an empty run, and leaves the margins and the other lines alone.
+TEST(EveryKernel, DiffusionKernelsApplyTheContinuityRule) {
+    // Line 2 after creation (line 1 skipped) clears every column; line 15 after a
+    // line 14 that reached the width, from column 20, clears columns 0..19.
+    struct Case { uint32_t previousLine, previousEnd, line, startX, clearedTo; };
+    const Case cases[] = {{0, 0, 2, 0, 64}, {14, 64, 15, 20, 20}};
+    for (const KernelSetup& k : everyKernelSetup()) {
+        if (k.method != 1) continue;
+        for (const Case& c : cases) {
+            HandContext h(k.settings());
+            SCOPED_TRACE(testing::Message() << chooseKernel(h.ready()).name << ", line " << c.line);
+            for (auto& l : h.errorLines) std::fill(l.begin(), l.end(), 7);
+            h.ctx.prevLineNo = c.previousLine;
+            h.ctx.prevRunEnd = c.previousEnd;
+            std::vector<uint8_t> out(64, 0);
+            ASSERT_EQ(h.run(nullptr, out.data(), 16, 0, 0, c.startX, c.line), RC_OK);
+            for (unsigned l = 0; l < 4; ++l) {
+                const bool diffused = l < (k.colourMode ? 3u : 1u);
+                for (int x = -30; x < 94; ++x) {
+                    const bool cleared = diffused && x >= 0 && x < static_cast<int>(c.clearedTo);
+                    ASSERT_EQ(h.line(l)[x], cleared ? 0 : 7) << "line " << l << ", column " << x;
+                }
+            }
+            EXPECT_EQ(h.ctx.prevLineNo, c.line);
         }
     }
 }
