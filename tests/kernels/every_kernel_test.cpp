@@ -136,6 +136,28 @@ TEST(EveryKernel, DoublingEqualsEachPixelGivenTwice) {
     }
 }
 
+// A white run (all bytes 255, or no ink in ink input; for the monochrome
+// kernels only the two-bit diffusion knows white) prints nothing and leaves
+// the error lines at zero, whatever the tables. The count is even: an odd
+// last pixel is looked up, white or not.
+TEST(EveryKernel, WhiteRunPrintsNothingAndLeavesNoError) {
+    std::vector<KernelSetup> setups;
+    for (KernelSetup k : everyKernelSetup()) {
+        if (k.colourMode == 0 && !(k.method == 1 && k.outputBits == 2)) continue;
+        setups.push_back(k);
+        if (k.colourMode != 0) setups.push_back((k.inputFormat = 4, k));
+    }
+    for (const KernelSetup& k : setups) {
+        Scenario s(k);
+        SCOPED_TRACE(testing::Message() << chooseKernel(s.hc.ready()).name << ", input form " << k.inputFormat);
+        const std::vector<uint8_t> white(8 * 36, k.inputFormat == 4 ? 0 : 255);
+        ASSERT_EQ(s.run(white, 0, 36), RC_OK);
+        for (unsigned p = 0; p < (k.colourMode ? 4u : 1u); ++p)
+            for (uint32_t i = 0; i < 36; ++i) ASSERT_EQ(pixelAt(k, s.out.plane(p), i), 0u) << "plane " << p;
+        for (const auto& line : s.hc.errorLines) EXPECT_EQ(line, std::vector<int32_t>(line.size(), 0));
+    }
+}
+
 // The monochrome kernels refuse option11 and change nothing; the colour
 // kernels ignore it.
 TEST(EveryKernel, OnlyMonochromeKernelsRefuseOption11) {
