@@ -57,6 +57,8 @@ const OnePixel kOnePixelCases[] = {
     {"no small amount never prints and diffuses the whole sum (G0)", 4095, {0, 0, 0}, -1000, 3, 32 * 300, {2}, 0x00,
      {{3, 8 * 300}, {4, 8 * 300}}},
     {"white drops the cell and prints nothing", 0, {0, 0, 255}, 128, 4, 5000, {255}, 0x00, {{4, 0}}},
+    {"small 2 between T3 and T2 prints (sum 2 at threshold 2), err -253 spread by G3: 3 at x, x + 1; 1 at x + 4",
+     0, {2, 0, 0}, 2 - 24, 10, 0, {1}, 0x40, {{10, 3 * -253}, {11, 3 * -253}, {14, -253}}},
 };
 
 TEST(Ed2Mono, OnePixelCases) {
