@@ -98,8 +98,7 @@ void runKernel(benchmark::State& state, HtKernel kernel) {
         for (uint32_t l = 0; l < kLines; ++l, ++lineNo) {
             for (uint32_t x = 0; x < kWidth; x += runLength) {
                 const uint32_t count = std::min(runLength, kWidth - x);
-                const HtRun run{lines[l].data() + 3 * x, out.data() + x / 8, stride, x % 8, count, x,
-                                0, lineNo, 0, 0};
+                const HtRun run{lines[l].data() + 3 * x, out.data() + x / 8, stride, x % 8, count, x, lineNo, 0};
                 kernel(hc.ctx, run);
             }
         }

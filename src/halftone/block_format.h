@@ -5,6 +5,8 @@
 
 #include <cstdint>
 
+#include "kernels/grid_node.h"
+
 namespace inkdot::block {
 
 // Request list: u16 ids ended by kEndOfList; positions name the blocks below.
@@ -19,11 +21,11 @@ constexpr unsigned kMatrix1440x720 = 3;
 constexpr unsigned kMatrixDoubleY = 4;
 }  // namespace request_list
 
-// Grid level block: u16 count (32), then the 32 level bytes.
+// Grid level block: u16 count (kGridLevels), then the level bytes.
 namespace grid_levels {
 constexpr unsigned kCountOffset = 0;
 constexpr unsigned kLevelsOffset = 2;
-constexpr unsigned kLevelCount = 32;
+constexpr unsigned kLevelCount = kGridLevels;
 constexpr unsigned kBlockBytes = kLevelsOffset + kLevelCount;
 }  // namespace grid_levels
 

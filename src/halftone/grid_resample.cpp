@@ -8,8 +8,9 @@
 namespace inkdot {
 namespace {
 
-constexpr int32_t kOne = 128;   // a whole cell in 128ths
-constexpr int32_t kHalf = 64;   // rounds the weighted sum to the nearest value
+constexpr int32_t kFractionBits = 7;
+constexpr int32_t kOne = 1 << kFractionBits;  // a whole cell in 128ths
+constexpr int32_t kHalf = kOne / 2;           // rounds the weighted sum to the nearest value
 
 // Where a level sits in the source grid: lower node and fraction in 128ths.
 struct LevelIndex {
@@ -75,7 +76,7 @@ void resampleGrid(const CmLut& source, const CmLut& target, uint32_t* out) {
                 uint32_t packed = 0;
                 for (uint32_t ch = 0; ch < 4; ++ch) {  // four inks per node, ink 0 in the low byte
                     const int32_t sum = w0 * v0[ch] + w1 * v1[ch] + w2 * v2[ch] + w3 * v3[ch];
-                    packed |= static_cast<uint32_t>((sum + kHalf) >> 7) << (8 * ch);
+                    packed |= static_cast<uint32_t>((sum + kHalf) >> kFractionBits) << (8 * ch);
                 }
                 *out++ = packed;
             }

@@ -21,7 +21,7 @@ uint32_t halftone(HtContext* ctx, const uint8_t* src, uint8_t* dst, uint32_t pla
     // An instance that was not fed completely has no kernel and empty tables.
     if (ctx->kernel == nullptr) return RC_DATA;
 
-    HtRun run{src, dst, planeStride, bitOffset, count, startX, reserved8, lineNo, 0, option11};
+    HtRun run{src, dst, planeStride, bitOffset, count, startX, lineNo, option11};
     if (ctx->replicationFactor != 1) {
         const uint32_t target = ctx->scaleMode == INKDOT_SCALE_DOUBLE ? (count + 1) / 2 : count;
         auto* line = slotData<uint8_t>(*ctx, kReplicatedLine);

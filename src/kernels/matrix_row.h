@@ -22,6 +22,17 @@ inline MatrixRow matrixRow(const HtContext& ctx, uint32_t lineNo) {
     return {matrix + (lineNo % ctx.matrixHeight) * ctx.matrixWidth, ctx.matrixWidth - 1};
 }
 
+// Where the two-bit kernels read the matrix besides a pixel's own cell, so
+// that no two readings are correlated: a second value (the jitter of the
+// split row, the level shift) 24 columns to the right in the same row; and
+// for the four colour planes, a row B 24 lines below row A, with per-plane
+// column offsets so that the planes' dots do not line up.
+inline constexpr uint32_t kJitterColumn = 24;
+inline constexpr uint32_t kRowBLineOffset = 24;
+inline constexpr uint32_t kPlane1Column = 16;  // row B
+inline constexpr uint32_t kPlane2Column = 48;  // row A
+inline constexpr uint32_t kPlane3Column = 40;  // row B
+
 // The largest matrix value, matrixCells - 1 kept to 16 bits like the cell
 // count itself (a 65536-cell matrix would read as 0 cells and give 65535).
 inline int32_t maxThreshold(const HtContext& ctx) {

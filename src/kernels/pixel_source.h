@@ -43,4 +43,20 @@ inline void withPixelSource(const HtContext& ctx, const uint8_t* src, uint32_t p
     }
 }
 
+// The same without a template, for a loop that reads the input itself:
+// output pixel i reads at offset(i); halving (where the kernel reduces pairs)
+// steps by a pair and leaves the reduction to the loop.
+struct InputStep {
+    uint32_t shift;   // output index >> shift = input pixel index
+    uint32_t stride;  // bytes from one input pixel (or pair) to the next
+
+    uint32_t offset(uint32_t i) const { return (i >> shift) * stride; }
+};
+
+inline InputStep inputStep(int32_t scaleMode, uint32_t bytesPerPixel, bool reducesPairs) {
+    if (scaleMode == INKDOT_SCALE_DOUBLE) return {1, bytesPerPixel};
+    if (scaleMode == INKDOT_SCALE_HALVE && reducesPairs) return {0, 2 * bytesPerPixel};
+    return {0, bytesPerPixel};
+}
+
 }  // namespace inkdot

@@ -53,26 +53,33 @@ TEST(Dither1Colour, Planes1And2ReadTheMatrixFromTheTop) {
     EXPECT_EQ(bitsOf(out, kStride, 2, 4), "0101");
 }
 
-TEST(Dither1Colour, OddLastPixelPairsPlanes1And2AgainstTheTop) {
+TEST(Dither1Colour, OddLastPixelPairsBothPairs) {
     HandContext hc(colourSetup().settings());
     std::vector<uint16_t> cells(64 * 64, 0);
     // maxT - m at columns 0..5: 99, 100, 149, 150, 0, 4095.
     const uint16_t row0[6] = {3996, 3995, 3946, 3945, 4095, 0};
     std::copy(row0, row0 + 6, cells.begin());
     hc.setMatrix(64, 64, cells);
-    hc.tone[5] = 100;  // c1
-    hc.tone[6] = 50;   // c2
-    singleNode(hc, packInks(0, 5, 6, 0));
+    hc.tone[5] = 100;   // c1
+    hc.tone[6] = 50;    // c2
+    hc.tone[7] = 50;    // c0
+    hc.tone[9] = 3950;  // c3
+    singleNode(hc, packInks(7, 5, 6, 9));
     const std::vector<uint8_t> in(3, 0);
-    std::string plane1, plane2;
+    std::string plane0, plane1, plane2, plane3;
     for (uint32_t x = 0; x < 6; ++x) {
         std::vector<uint8_t> out(4 * kStride);
         ASSERT_EQ(hc.run(in.data(), out.data(), kStride, 0, 1, x, 0), RC_OK);
+        plane0 += bitsOf(out, kStride, 0, 1);
         plane1 += bitsOf(out, kStride, 1, 1);
         plane2 += bitsOf(out, kStride, 2, 1);
+        plane3 += bitsOf(out, kStride, 3, 1);
     }
     EXPECT_EQ(plane1, "100010");
     EXPECT_EQ(plane2, "011000");
+    // Planes 3 and 0 pair against m itself: 3 where 3950 > m, else 0 where 4000 > m.
+    EXPECT_EQ(plane3, "001101");
+    EXPECT_EQ(plane0, "110000");
 }
 
 // A 4 x 4 matrix (maxT 15) and tone 16 for the marked amounts: any plane
@@ -262,19 +269,6 @@ TEST(Threshold1Colour, AllBitsSetIsWhiteOnlyInTheMainPass) {
     std::vector<uint8_t> out(4 * kStride);
     ASSERT_EQ(t.hc.run(in.data(), out.data(), kStride, 0, 3, 0, 0), RC_OK);
     EXPECT_EQ(bitsOf(out, kStride, 2, 3), "001");
-}
-
-TEST(Threshold1Colour, DoublingServesEachPixelTwice) {
-    KernelSetup s = colourSetup();
-    s.method = 0;
-    s.scaleMode = 1;
-    MarkedAmounts t(s);
-    t.mark({70});
-    t.hc.conversion[1] = inkOn(2, 70);
-    const auto in = rgbPixels({{129, 0, 0}, {0, 0, 0}, {129, 0, 0}});
-    std::vector<uint8_t> out(4 * kStride);
-    ASSERT_EQ(t.hc.run(in.data(), out.data(), kStride, 0, 6, 0, 0), RC_OK);
-    EXPECT_EQ(bitsOf(out, kStride, 2, 8), "11001100");
 }
 
 }  // namespace

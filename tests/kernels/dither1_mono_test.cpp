@@ -6,7 +6,6 @@
 #include <utility>
 #include <vector>
 
-#include "kernels/dither/run_checks.h"
 #include "kernels/kernels.h"
 #include "support/hand_context.h"
 
@@ -56,52 +55,6 @@ TEST(Dither1Mono, RunCases) {
         ASSERT_EQ(hc.run(c.in.data(), out.data(), 0, 0, c.count, c.startX, c.lineNo), RC_OK) << c.what;
         EXPECT_EQ(bitsOf(out, 0, 0, static_cast<uint32_t>(c.bits.size())), c.bits) << c.what;
     }
-}
-
-TEST(Dither1Mono, KeepsLeadingBitsAndClearsBehindTheRun) {
-    HandContext hc(monoSetup().settings());
-    hc.setFlatMatrix(1, 1, 0);
-    hc.tone[1] = 1;
-    const std::vector<uint8_t> in = {1, 1, 1, 1, 1, 1, 1};
-    std::vector<uint8_t> out = {0xFF, 0xFF, 0x5A};
-    ASSERT_EQ(hc.run(in.data(), out.data(), 0, 3, 7, 0, 0), RC_OK);
-    EXPECT_EQ(out[0], 0xFF);
-    EXPECT_EQ(out[1], 0xC0);  // two pixels, then zeros behind the run
-    EXPECT_EQ(out[2], 0x5A);  // not touched
-}
-
-TEST(Dither1Mono, Option11IsRefusedAfterTheRunCheckOfHalftone) {
-    HandContext hc(monoSetup().settings());
-    const std::vector<uint8_t> in(64, 0);
-    std::vector<uint8_t> out(8, 0x77);
-    hc.ctx.prevLineNo = 99;
-    EXPECT_EQ(hc.run(in.data(), out.data(), 0, 0, 8, 0, 3, 1), RC_ARG + 11);
-    EXPECT_EQ(hc.run(in.data(), out.data(), 0, 0, 8, 57, 3, 1), RC_ARG + 6);
-    EXPECT_EQ(hc.ctx.prevLineNo, 99u) << "a refused run leaves the state";
-    EXPECT_EQ(out, std::vector<uint8_t>(8, 0x77)) << "and the output";
-    EXPECT_EQ(hc.run(in.data(), out.data(), 0, 0, 8, 56, 3), RC_OK);
-    EXPECT_EQ(hc.ctx.prevLineNo, 3u);
-}
-
-// Called directly, the kernels make their own checks in their own order.
-TEST(DitherRunChecks, OwnChecksInOrderAndWithoutWrap) {
-    HandContext hc(monoSetup().settings());
-    const std::vector<uint8_t> in(64, 0);
-    std::vector<uint8_t> out(8);
-    HtRun run{in.data(), out.data(), 0, 0, 1, 0, 0, 5, 1, 1};
-    EXPECT_EQ(Dither1Mono(hc.ctx, run), RC_ARG + 11);
-    EXPECT_EQ(Dither2Mono(hc.ctx, run), RC_ARG + 11);
-    EXPECT_EQ(Dither2MonoDoubleY(hc.ctx, run), RC_ARG + 11);
-    EXPECT_EQ(Dither1Colour(hc.ctx, run), RC_ARG + 10) << "colour kernels do not look at option11";
-    run.startX = 0xFFFFFFFFu;  // startX + count wraps to 0
-    for (HtKernel k : {Dither1Colour, Dither1ColourHybrid, Threshold1Colour, Dither2Colour, Dither2ColourDoubleY})
-        EXPECT_EQ(k(hc.ctx, run), RC_ARG + 6);
-    run.startX = 63;
-    run.option11 = 0;
-    for (HtKernel k : {Dither1Mono, Dither2Mono, Dither2MonoDoubleY, Dither1Colour, Dither1ColourHybrid,
-                       Threshold1Colour, Dither2Colour, Dither2ColourDoubleY})
-        EXPECT_EQ(k(hc.ctx, run), RC_ARG + 10);
-    EXPECT_EQ(hc.ctx.prevLineNo, 0u);
 }
 
 TEST(Dither1Mono, SplitRunsEqualOneRun) {

@@ -76,17 +76,6 @@ TEST(Dither2Mono, MatrixShiftsTheLevelBeforeTheCurve) {
     EXPECT_EQ(codesOf(out, 0, 0, 5), "01231");
 }
 
-TEST(Dither2Mono, OnePixelAtOffset3FillsTheLowBitsOnly) {
-    HandContext hc(monoSetup(2).settings());
-    splitRows(hc, {1}, {}, {});
-    flatShiftCurve(hc, {{40, 1}});
-    const std::vector<uint8_t> in = {40};
-    std::vector<uint8_t> out = {0xFF, 0xA5};
-    ASSERT_EQ(hc.run(in.data(), out.data(), 0, 3, 1, 5, 0), RC_OK);
-    EXPECT_EQ(out[0], 0xFD);
-    EXPECT_EQ(out[1], 0xA5);
-}
-
 TEST(Dither2Mono, HalvingIsTheDoubleYKernelsOnly) {
     const std::vector<uint8_t> in = {5, 9, 9, 5, 9, 9, 5, 5};
     for (bool dy : {false, true}) {
@@ -99,18 +88,6 @@ TEST(Dither2Mono, HalvingIsTheDoubleYKernelsOnly) {
         ASSERT_EQ(hc.run(in.data(), out.data(), 0, 0, 4, 0, 0), RC_OK);
         EXPECT_EQ(codesOf(out, 0, 0, 4), dy ? "3303" : "3003");
     }
-}
-
-TEST(Dither2Mono, DoublingServesEachByteTwice) {
-    KernelSetup s = monoSetup(2);
-    s.scaleMode = 1;
-    HandContext hc(s.settings());
-    splitRows(hc, {}, {}, {3});
-    flatShiftCurve(hc, {{5, 3}, {9, 0}});
-    const std::vector<uint8_t> in = {5, 9, 5};
-    std::vector<uint8_t> out(2, 0xFF);
-    ASSERT_EQ(hc.run(in.data(), out.data(), 0, 0, 5, 0, 0), RC_OK);
-    EXPECT_EQ(codesOf(out, 0, 0, 8), "33003000");
 }
 
 TEST(Dither2Colour, EachPlaneReadsItsOwnMatrixPlace) {

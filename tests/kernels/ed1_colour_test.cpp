@@ -105,15 +105,6 @@ void setPreviousPixel(Rig& r, int32_t i2, uint8_t l0, uint8_t l1, uint8_t l2, ui
     }
 }
 
-TEST(Ed1Colour, DispatchReachesEveryKernel) {
-    for (const KernelCase& k : kAllCases) {
-        Rig r(k);
-        EXPECT_EQ(r.hc.ready().kernel, k.kernel) << k.name;
-    }
-    Rig ink(kGeneralB, 4);  // ink input always goes to the plain kernels
-    EXPECT_EQ(ink.hc.ready().kernel, &Ed1ColourGeneral);
-}
-
 // The example pixel (40, 50, 60), after a previous pixel with nodes 3, 6, i2
 // or alone; the levels it diffuses show in its cell, and plane 2 prints only
 // where the tone table is marked.
@@ -304,22 +295,6 @@ TEST(Ed1Colour, OddPixelChoosesNodesAtMidMatrixAndDropsFaintLevels) {
     }
 }
 
-TEST(Ed1Colour, DoublingReadsEachPixelTwice) {
-    KernelCase doubling = kGeneralB;
-    doubling.scaleMode = 1;
-    for (const KernelCase& k : {doubling, kGeneral /* halving: one pixel per output pixel */}) {
-        SCOPED_TRACE(k.scaleMode);
-        OddPixel o(k);
-        o.r.palette(1, 0, 0, 0, 100);
-        o.r.hc.tone[100] = 100;
-        o.r.preload(1, 32 * 1000);  // output pixel 1 prints plane 3 if it reads the colour
-        const Pixels input = k.scaleMode == 1 ? Pixels().white().rgb(1, 1, 1).white()
-                                              : Pixels().white().white().rgb(1, 1, 1);
-        ASSERT_EQ(o.r.run(input, 3), RC_OK);
-        EXPECT_EQ(o.r.plane(3), 0x20) << "only the odd last pixel takes the colour";
-    }
-}
-
 // Ink input: the four bytes are the levels, four bytes a pixel, no grid and
 // no averaging; all four zero is white.
 TEST(Ed1Colour, InkInputTakesTheBytesAsLevels) {
@@ -416,21 +391,6 @@ TEST(Ed1Colour, DotValueSignedness) {
     }
 }
 
-TEST(Ed1Colour, PlainKernelsCheckTheRunThemselves) {
-    for (HtKernel kernel : {&Ed1ColourGeneral, &Ed1Colour1440x720, &Ed1ColourDoubleY}) {
-        Rig r(kGeneral);
-        r.preload(0, 5);
-        const std::vector<uint8_t> src(3 * kWidth, 0);
-        HtRun run{src.data(), r.out.data(), kStride, 0, 2, kWidth - 1, 0, 0, 0, 0};
-        EXPECT_EQ(kernel(r.hc.ctx, run), RC_ARG + 6);
-        run.startX = 0;
-        run.reserved10 = 1;
-        EXPECT_EQ(kernel(r.hc.ctx, run), RC_ARG + 10);
-        EXPECT_EQ(r.cell(0, 0), 5);
-        EXPECT_EQ(r.hc.ctx.prevRunEnd, 0u);
-    }
-}
-
 TEST(Ed1Colour, EmptyMatrixIsRefused) {
     for (const KernelCase& k : kAllCases) {
         Rig r(k);
@@ -464,119 +424,6 @@ TEST(Ed1ColourCached, MatrixWiderThan256IsRefusedUntouched) {
     Rig plain(kGeneral);  // the plain kernels read the matrix in place
     plain.hc.setFlatMatrix(512, 1, 0x83);
     EXPECT_EQ(plain.run(Pixels().white().white(), 2), RC_OK);
-}
-
-// Random tables shared by the sister comparisons: the same seed fills the
-// same tables into every context.
-struct RandomSetup {
-    uint32_t seed;
-
-    void fill(HandContext& hc) const {
-        std::mt19937 g(seed);
-        auto pick = [&](int lo, int hi) { return std::uniform_int_distribution<int>(lo, hi)(g); };
-        std::vector<uint16_t> cells(16 * 8);
-        for (uint16_t& c : cells) c = static_cast<uint16_t>(pick(0, 65535));
-        hc.setMatrix(16, 8, cells);
-        hc.setSpread(56, 22, 11, 4);
-        for (int v = 0; v < 256; ++v) {
-            const int weight = pick(0, 255);
-            hc.setGridCell(static_cast<uint8_t>(v), static_cast<uint8_t>(weight == 255 ? pick(0, 31) : pick(0, 30)),
-                           static_cast<uint8_t>(weight));
-            hc.dotValue[v] = static_cast<int16_t>(pick(150, 400));  // below 32768: both readings agree
-            hc.edThreshold[v] = static_cast<int16_t>(pick(-40, 200));
-            hc.tone[v] = static_cast<uint16_t>(pick(0, 140));
-        }
-        // A quarter of the levels are 0, so that planes fall idle and wake up.
-        for (uint32_t& node : hc.conversion) {
-            node = 0;
-            for (int k = 0; k < 4; ++k) node |= static_cast<uint32_t>(pick(0, 3) == 0 ? 0 : pick(1, 255)) << (8 * k);
-        }
-    }
-};
-
-struct RandomRun {
-    std::vector<uint8_t> src;
-    uint32_t count, startX, lineNo, bitOffset;
-};
-
-std::vector<RandomRun> randomRuns(uint32_t seed, int n) {
-    std::mt19937 g(seed);
-    auto pick = [&](uint32_t lo, uint32_t hi) { return std::uniform_int_distribution<uint32_t>(lo, hi)(g); };
-    std::vector<RandomRun> runs;
-    uint32_t line = 0;
-    for (int i = 0; i < n; ++i) {
-        RandomRun r;
-        line += pick(0, 3) == 0 ? 0 : pick(1, 2);  // same line, next line, or a skipped one
-        r.lineNo = line;
-        r.startX = pick(0, kWidth - 1);
-        r.count = pick(0, kWidth - r.startX);
-        r.bitOffset = pick(0, 7);
-        for (uint32_t p = 0; p < kWidth; ++p) {
-            const bool white = pick(0, 7) == 0;
-            for (int b = 0; b < 3; ++b) r.src.push_back(white ? 255 : static_cast<uint8_t>(pick(0, 255)));
-        }
-        runs.push_back(std::move(r));
-    }
-    return runs;
-}
-
-void expectSisters(HtKernel plain, HtKernel cached, int32_t scaleMode, uint32_t colourMode, uint32_t seed) {
-    KernelCase k = kGeneral;
-    k.scaleMode = scaleMode;
-    HandContext a(settingsFor(k, 2, colourMode)), b(settingsFor(k, 2, colourMode));
-    const RandomSetup setup{seed};
-    setup.fill(a);
-    setup.fill(b);
-    std::vector<uint8_t> outA(4 * kStride, 0x33), outB(4 * kStride, 0x33);
-    int runIndex = 0;
-    for (const RandomRun& r : randomRuns(seed, 60)) {
-        SCOPED_TRACE(testing::Message() << "run " << runIndex++ << " count " << r.count << " start " << r.startX);
-        const HtRun runA{r.src.data(), outA.data(), kStride, r.bitOffset, r.count, r.startX, 0, r.lineNo, 0, 0};
-        HtRun runB = runA;
-        runB.dst = outB.data();
-        ASSERT_EQ(plain(a.ctx, runA), RC_OK);
-        ASSERT_EQ(cached(b.ctx, runB), RC_OK);
-        ASSERT_EQ(outA, outB);
-        for (unsigned l = 0; l < 3; ++l) ASSERT_EQ(a.errorLines[l], b.errorLines[l]) << "line " << l;
-        ASSERT_EQ(a.ctx.prevLineNo, b.ctx.prevLineNo);
-        ASSERT_EQ(a.ctx.prevRunEnd, b.ctx.prevRunEnd);
-    }
-}
-
-TEST(Ed1ColourCached, GeneralBEqualsGeneral) {
-    expectSisters(&Ed1ColourGeneral, &Ed1ColourGeneralB, 0, 1, 1);
-    expectSisters(&Ed1ColourGeneral, &Ed1ColourGeneralB, 1, 1, 2);
-}
-
-TEST(Ed1ColourCached, Colour1440x720BEquals1440x720) {
-    expectSisters(&Ed1Colour1440x720, &Ed1Colour1440x720B, 0, 1, 3);
-    expectSisters(&Ed1Colour1440x720, &Ed1Colour1440x720B, 1, 1, 4);
-}
-
-// colourMode 2: plane 3 is diffused but its bytes are never written, first
-// byte included; planes 0..2 and all three error lines match four planes.
-TEST(Ed1ColourCached, ThreePlaneOutputLeavesPlaneThreeAlone) {
-    for (HtKernel cached : {&Ed1ColourGeneralB, &Ed1Colour1440x720B}) {
-        HandContext four(settingsFor(kGeneralB, 2, 1)), three(settingsFor(kGeneralB, 2, 2));
-        const RandomSetup setup{9};
-        setup.fill(four);
-        setup.fill(three);
-        std::vector<uint8_t> outFour(4 * kStride, 0), outThree(4 * kStride, 0xA5);
-        for (const RandomRun& r : randomRuns(10, 20)) {
-            const HtRun runFour{r.src.data(), outFour.data(), kStride, r.bitOffset, r.count, r.startX, 0, r.lineNo, 0, 0};
-            HtRun runThree = runFour;
-            runThree.dst = outThree.data();
-            std::fill(outFour.begin(), outFour.end(), 0);
-            std::copy(outFour.begin(), outFour.begin() + 3 * kStride, outThree.begin());
-            ASSERT_EQ(cached(four.ctx, runFour), RC_OK);
-            ASSERT_EQ(cached(three.ctx, runThree), RC_OK);
-            ASSERT_TRUE(std::equal(outFour.begin(), outFour.begin() + 3 * kStride, outThree.begin()));
-            ASSERT_EQ(std::count(outThree.begin() + 3 * kStride, outThree.end(), 0xA5), long{kStride});
-            for (unsigned l = 0; l < 3; ++l) ASSERT_EQ(four.errorLines[l], three.errorLines[l]);
-        }
-        // The dispatch sends colourMode 2 to the cached kernels too.
-        EXPECT_EQ(three.ready().kernel, &Ed1ColourGeneralB);
-    }
 }
 
 // A flat patch prints each plane about as often as its level asks: the

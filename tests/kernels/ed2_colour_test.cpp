@@ -349,30 +349,5 @@ TEST(Ed2ColourInput, DoubleYRgbTakesTheSmallerChannelBytes) {
     EXPECT_EQ(c.out.code(0, 0), 3u) << "(255, 255, 254) is not white";
 }
 
-TEST(Ed2ColourPacking, SixPixelsFromOffsetThreeInFourPlanes) {
-    Colour c(4);
-    c.largeRow(1);
-    c.mediumRow(2);
-    for (unsigned k = 0; k < 4; ++k) {
-        c.out.bytes[k * Planes::kStride] = 0xA8;
-        c.out.bytes[k * Planes::kStride + 3] = 0x5A;
-    }
-    const std::vector<uint8_t> in =
-        inkPixels({{1, 2, 1, 2}, {0, 0, 0, 0}, {2, 1, 2, 1}, {1, 2, 1, 2}, {0, 0, 0, 0}, {2, 1, 2, 1}});
-    ASSERT_EQ(c.runPixels(in, 6, 0, 0, 3), RC_OK);
-    for (unsigned k : {0u, 2u}) {  // codes 3 0 2 3 0 2
-        EXPECT_EQ(c.out.at(k, 0), 0xAB);
-        EXPECT_EQ(c.out.at(k, 1), 0b00101100);
-        EXPECT_EQ(c.out.at(k, 2), 0b10000000);
-        EXPECT_EQ(c.out.at(k, 3), 0x5A);
-    }
-    for (unsigned k : {1u, 3u}) {  // codes 2 0 3 2 0 3
-        EXPECT_EQ(c.out.at(k, 0), 0xAA);
-        EXPECT_EQ(c.out.at(k, 1), 0b00111000);
-        EXPECT_EQ(c.out.at(k, 2), 0b11000000);
-        EXPECT_EQ(c.out.at(k, 3), 0x5A);
-    }
-}
-
 }  // namespace
 }  // namespace inkdot::test

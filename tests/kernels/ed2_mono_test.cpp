@@ -57,6 +57,8 @@ const OnePixel kOnePixelCases[] = {
     {"no small amount never prints and diffuses the whole sum (G0)", 4095, {0, 0, 0}, -1000, 3, 32 * 300, {2}, 0x00,
      {{3, 8 * 300}, {4, 8 * 300}}},
     {"white drops the cell and prints nothing", 0, {0, 0, 255}, 128, 4, 5000, {255}, 0x00, {{4, 0}}},
+    {"small 2 between T3 and T2 prints (sum 2 at threshold 2), err -253 spread by G3: 3 at x, x + 1; 1 at x + 4",
+     0, {2, 0, 0}, 2 - 24, 10, 0, {1}, 0x40, {{10, 3 * -253}, {11, 3 * -253}, {14, -253}}},
 };
 
 TEST(Ed2Mono, OnePixelCases) {
@@ -139,69 +141,6 @@ TEST(Ed2MonoInput, GeneralReadsOneBytePerPixelWhenHalving) {
     const std::vector<uint8_t> in = {7, 255, 7};
     ASSERT_EQ(m.run(in.data(), m.out.data(), 0, 0, 3, 0, 0), RC_OK);
     EXPECT_EQ(m.out[0], 0b11001100);
-}
-
-TEST(Ed2MonoInput, DoublingReusesEachByteForTwoPixels) {
-    Mono m(1440, 720, 1);
-    m.setFlatMatrix(1, 1, 0);
-    m.setSplit(7, 0, 0, 255);
-    m.mapGray(7, 7);
-    const std::vector<uint8_t> in = {7, 255, 7};
-    ASSERT_EQ(m.run(in.data(), m.out.data(), 0, 0, 5, 0, 0), RC_OK);
-    EXPECT_EQ(m.out[0], 0b11110000);
-    EXPECT_EQ(m.out[1], 0b11000000);
-}
-
-TEST(Ed2MonoPacking, SixPixelsFromOffsetThree) {
-    Mono m;
-    m.setFlatMatrix(1, 1, 0);
-    m.setSplit(1, 0, 0, 255);
-    m.setSplit(2, 0, 100, 0);
-    m.mapGray(1, 1);
-    m.mapGray(2, 2);
-    m.out = {0xA8, 0xFF, 0xFF, 0x5A};
-    ASSERT_EQ(m.runBytes({1, 255, 2, 1, 255, 2}, 0, 0, 3), RC_OK);
-    EXPECT_EQ(m.out[0], 0xAB) << "top six bits kept, code 3 in the lowest pair";
-    EXPECT_EQ(m.out[1], 0b00101100);
-    EXPECT_EQ(m.out[2], 0b10000000);
-    EXPECT_EQ(m.out[3], 0x5A) << "not touched";
-}
-
-// Argument checks, in their order, leave everything untouched.
-struct ArgumentCase {
-    uint32_t startX, count, reserved10, option11;
-    uint32_t expected;
-};
-class Ed2MonoArguments : public ::testing::TestWithParam<ArgumentCase> {};
-
-TEST_P(Ed2MonoArguments, RefusedBeforeAnythingChanges) {
-    const ArgumentCase& a = GetParam();
-    for (HtKernel kernel : {Ed2MonoGeneral, Ed2Mono1440x720, Ed2MonoDoubleY}) {
-        Mono m;
-        m.ctx.prevLineNo = 5;
-        m.ctx.prevRunEnd = 6;
-        m.line(0)[0] = 99;
-        std::vector<uint8_t> in(4, 0);
-        m.out[0] = 0x3C;
-        const HtRun run{in.data(), m.out.data(), 0, 1, a.count, a.startX, 0, 9, a.reserved10, a.option11};
-        EXPECT_EQ(kernel(m.ctx, run), a.expected);
-        EXPECT_EQ(m.ctx.prevLineNo, 5u);
-        EXPECT_EQ(m.ctx.prevRunEnd, 6u);
-        EXPECT_EQ(m.line(0)[0], 99);
-        EXPECT_EQ(m.out[0], 0x3C);
-    }
-}
-
-INSTANTIATE_TEST_SUITE_P(
-    Order, Ed2MonoArguments,
-    ::testing::Values(ArgumentCase{0, 1, 1, 1, RC_ARG + 11}, ArgumentCase{kWidth, 1, 1, 0, RC_ARG + 6},
-                      ArgumentCase{0xFFFFFFFFu, 2, 0, 0, RC_ARG + 6}, ArgumentCase{2, 0xFFFFFFFFu, 0, 0, RC_ARG + 6},
-                      ArgumentCase{0, 1, 1, 0, RC_ARG + 10}));
-
-TEST(Ed2MonoArguments, OptionElevenThroughHalftone) {
-    Mono m;
-    const std::vector<uint8_t> in = {1};
-    EXPECT_EQ(m.run(in.data(), m.out.data(), 0, 0, 1, 0, 0, 1), RC_ARG + 11);
 }
 
 }  // namespace

@@ -3,7 +3,6 @@
 #include <vector>
 
 #include "kernels/packing.h"
-#include "support/hand_context.h"
 
 namespace inkdot {
 namespace {
@@ -38,30 +37,6 @@ TEST(Packing, TwoBitCodesAndPlanes) {
     EXPECT_EQ(out[4], 0xFC | 0x02);
     EXPECT_EQ(out[5], 0b01001110);
     EXPECT_EQ(out[6], 0b01000000);
-}
-
-// An empty run stores its line and rewrites nothing, but with a bit offset
-// it keeps that many leading pixels of each plane's first byte and clears
-// the rest of that byte.
-TEST(Packing, EveryKernelsEmptyRunRewritesOnlyAnOffsetByte) {
-    for (const test::KernelSetup& k : test::everyKernelSetup()) {
-        test::HandContext h(k.settings());
-        SCOPED_TRACE(testing::Message() << h.ready().kernel);
-        const unsigned planes = k.colourMode ? 4 : 1;
-        std::vector<uint8_t> out(4 * 16, 0xFF);
-        ASSERT_EQ(h.run(nullptr, out.data(), 16, 0, 0, 4, 6), RC_OK);
-        EXPECT_EQ(out, std::vector<uint8_t>(4 * 16, 0xFF));
-        EXPECT_EQ(h.ctx.prevLineNo, 6u);
-        if (k.method == 1) {
-            EXPECT_EQ(h.ctx.prevRunEnd, 4u);
-        }
-        ASSERT_EQ(h.run(nullptr, out.data(), 16, 2, 0, 4, 7), RC_OK);
-        for (unsigned p = 0; p < 4; ++p) {
-            EXPECT_EQ(out[16 * p], p < planes ? (k.outputBits == 1 ? 0xC0 : 0xF0) : 0xFF) << "plane " << p;
-            EXPECT_EQ(out[16 * p + 1], 0xFF);
-        }
-        EXPECT_EQ(h.ctx.prevLineNo, 7u);
-    }
 }
 
 }  // namespace

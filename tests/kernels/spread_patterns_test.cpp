@@ -2,7 +2,7 @@
 
 #include <vector>
 
-#include "kernels/ed1/spread_patterns.h"
+#include "kernels/diffusion/spread_patterns.h"
 
 namespace inkdot {
 namespace {

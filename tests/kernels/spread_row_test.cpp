@@ -6,7 +6,7 @@
 #include <vector>
 
 #include "kernels/ed1/ed1_colour_run.h"
-#include "kernels/ed1/spread_patterns.h"
+#include "kernels/diffusion/spread_row.h"
 
 namespace inkdot {
 namespace {

@@ -13,11 +13,10 @@
 #include "kernels/cpu_clones.h"
 #include "kernels/matrix_row.h"
 #include "kernels/paired_threshold.h"
-#include "kernels/dither/run_checks.h"
-#include "kernels/ed1/diffusion_step.h"
-#include "kernels/ed1/pattern_choice.h"
-#include "kernels/ed1/perturbation.h"
-#include "kernels/ed1/spread_patterns.h"
+#include "kernels/diffusion/diffusion_step.h"
+#include "kernels/diffusion/pattern_choice.h"
+#include "kernels/diffusion/perturbation.h"
+#include "kernels/diffusion/spread_patterns.h"
 #include "kernels/force_inline.h"
 #include "kernels/kernels.h"
 #include "kernels/packing.h"
@@ -157,21 +156,18 @@ GridInput<kDitherGrid> gridInput(const HtContext& ctx, const HtRun& run) {
 }  // namespace
 
 uint32_t Dither1Colour(HtContext& ctx, const HtRun& run) {
-    if (const uint32_t rc = checkDitherRun(ctx, run, Option11::Ignored)) return rc;
     ctx.prevLineNo = run.lineNo;
     colourRun(ctx, run, gridInput(ctx, run), MatrixPlane1{});
     return RC_OK;
 }
 
 uint32_t Dither1ColourHybrid(HtContext& ctx, const HtRun& run) {
-    if (const uint32_t rc = checkDitherRun(ctx, run, Option11::Ignored)) return rc;
     ctx.prevLineNo = run.lineNo;
     colourRun(ctx, run, gridInput(ctx, run), DiffusedPlane1(ctx));
     return RC_OK;
 }
 
 uint32_t Threshold1Colour(HtContext& ctx, const HtRun& run) {
-    if (const uint32_t rc = checkDitherRun(ctx, run, Option11::Ignored)) return rc;
     ctx.prevLineNo = run.lineNo;
     colourRun(ctx, run, ThresholdInput(ctx), MatrixPlane1{});
     return RC_OK;

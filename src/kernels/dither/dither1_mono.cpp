@@ -5,7 +5,6 @@
 #include "halftone/ht_context.h"
 #include "kernels/cpu_clones.h"
 #include "kernels/matrix_row.h"
-#include "kernels/dither/run_checks.h"
 #include "kernels/kernels.h"
 #include "kernels/packing.h"
 #include "kernels/pixel_source.h"
@@ -56,7 +55,7 @@ INKDOT_CPU_CLONES void ditherRun(const HtContext& ctx, const HtRun& run, const S
 }  // namespace
 
 uint32_t Dither1Mono(HtContext& ctx, const HtRun& run) {
-    if (const uint32_t rc = checkDitherRun(ctx, run, Option11::MustBeZero)) return rc;
+    if (const uint32_t rc = refuseOption11(run)) return rc;
     ctx.prevLineNo = run.lineNo;
 
     const auto* tone = slotData<uint16_t>(ctx, kToneTable);

@@ -11,21 +11,12 @@
 #include "kernels/force_inline.h"
 #include "kernels/largest_code.h"
 #include "kernels/matrix_row.h"
-#include "kernels/dither/run_checks.h"
 #include "kernels/dither/three_size_code.h"
 #include "kernels/kernels.h"
 #include "kernels/packing.h"
 
 namespace inkdot {
 namespace {
-
-// The four planes read four different places of the matrix: row B lies 24
-// lines below row A, and the columns are offset per plane, so the planes'
-// dots do not line up.
-inline constexpr uint32_t kRowBLineOffset = 24;
-inline constexpr uint32_t kPlane1Column = 16;  // row B
-inline constexpr uint32_t kPlane2Column = 48;  // row A
-inline constexpr uint32_t kPlane3Column = 40;  // row B
 
 struct PlaneThresholds {
     MatrixRow rowA;
@@ -90,7 +81,6 @@ INKDOT_CPU_CLONES void ditherRun(const HtContext& ctx, const HtRun& run, Input i
 }
 
 uint32_t dither2Colour(HtContext& ctx, const HtRun& run, bool halvingOffered) {
-    if (const uint32_t rc = checkDitherRun(ctx, run, Option11::Ignored)) return rc;
     ctx.prevLineNo = run.lineNo;
     const GridInput<kDitherGrid> grid(ctx, NodeMatrix{matrixRow(ctx, run.lineNo)});
     withPixelSource(ctx, run.src, colourPixelBytes(ctx.inputFormat), halvingOffered, [&](const auto& in) {

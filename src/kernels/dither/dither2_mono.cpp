@@ -7,7 +7,6 @@
 #include "halftone/ht_context.h"
 #include "kernels/cpu_clones.h"
 #include "kernels/matrix_row.h"
-#include "kernels/dither/run_checks.h"
 #include "kernels/dither/three_size_code.h"
 #include "kernels/kernels.h"
 #include "kernels/level_shift.h"
@@ -18,9 +17,6 @@ namespace inkdot {
 namespace {
 
 inline constexpr uint32_t kGrayPixelBytes = 1;
-// The level shift reads the matrix 24 columns to the right of the threshold,
-// so that shift and threshold are not correlated.
-inline constexpr uint32_t kShiftColumnOffset = 24;
 
 // Two stages over a chunk of pixels: the split row of each pixel (the
 // level shift and the curve), then the dot codes and the packing.
@@ -40,7 +36,7 @@ INKDOT_CPU_CLONES void ditherRun(const HtContext& ctx, const HtRun& run, const S
         const uint32_t n = std::min(kChunk, run.count - first);
         const uint32_t x0 = run.startX + first;
         for (uint32_t i = 0; i < n; ++i) {
-            const uint32_t shift = levelShift(row(x0 + i + kShiftColumnOffset));
+            const uint32_t shift = levelShift(row(x0 + i + kJitterColumn));
             // The curve holds ink amounts of the black table (0..255): one split row each.
             amounts[i] = static_cast<uint8_t>(curve[shift + in.byte(first + i, 0) + 1]);
         }
@@ -51,7 +47,7 @@ INKDOT_CPU_CLONES void ditherRun(const HtContext& ctx, const HtRun& run, const S
 }
 
 uint32_t dither2Mono(HtContext& ctx, const HtRun& run, bool halvingOffered) {
-    if (const uint32_t rc = checkDitherRun(ctx, run, Option11::MustBeZero)) return rc;
+    if (const uint32_t rc = refuseOption11(run)) return rc;
     ctx.prevLineNo = run.lineNo;
     withPixelSource(ctx, run.src, kGrayPixelBytes, halvingOffered, [&](const auto& in) { ditherRun(ctx, run, in); });
     return RC_OK;

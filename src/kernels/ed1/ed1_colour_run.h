@@ -19,13 +19,13 @@
 #include "inkdot/inkdot.h"
 #include "kernels/colour_input/colour_input.h"
 #include "kernels/ed1/activity_history.h"
-#include "kernels/ed1/continuity.h"
-#include "kernels/ed1/diffusion_step.h"
+#include "kernels/diffusion/continuity.h"
+#include "kernels/diffusion/diffusion_step.h"
 #include "kernels/ed1/ed1_colour_odd_pixel.h"
-#include "kernels/ed1/pattern_choice.h"
-#include "kernels/ed1/pattern_table.h"
-#include "kernels/ed1/perturbation.h"
-#include "kernels/ed1/spread_patterns.h"
+#include "kernels/diffusion/pattern_choice.h"
+#include "kernels/diffusion/pattern_table.h"
+#include "kernels/diffusion/perturbation.h"
+#include "kernels/diffusion/spread_patterns.h"
 #include "kernels/force_inline.h"
 #include "kernels/matrix_row.h"
 #include "kernels/packing.h"
@@ -67,13 +67,7 @@ struct DoubleYColourFamily {
     }
 };
 
-// The pattern a colour pixel spreads with (odd cells take the a forms).
-template <class Family, unsigned Plane>
-Pattern colourPattern(int32_t level, bool dot, bool odd, const SpreadThresholds& t) {
-    return Family::kTable.band[Family::template band<Plane>(level, dot, odd, t)].column[patternColumn(dot, odd)];
-}
-
-// Spreads err with that pattern.
+// Spreads err with the pattern of a colour pixel (odd cells take the a forms).
 template <class Family, unsigned Plane>
 INKDOT_FORCE_INLINE void spreadColour(int32_t level, bool dot, bool odd, const SpreadThresholds& t, int32_t* cell,
                                       int32_t err, int32_t& carry) {
@@ -171,10 +165,6 @@ INKDOT_FLATTEN void diffuseColourRun(HtContext& ctx, const HtRun& run, Input inp
 template <class Family, class Tables, unsigned Planes>
 uint32_t runColour(HtContext& ctx, const HtRun& run) {
     static_assert(Planes == 3 || Planes == 4);
-    if constexpr (Tables::kChecksRunArguments) {
-        if (run.count > ctx.width || run.startX > ctx.width - run.count) return RC_ARG + 6;
-        if (run.reserved10 != 0) return RC_ARG + 10;
-    }
     // An empty matrix has no row to read; a cached row has room for 256 columns.
     if (ctx.matrixWidth == 0 || ctx.matrixHeight == 0 || ctx.matrixWidth > Tables::kMaxMatrixWidth)
         return RC_DATA;

@@ -11,7 +11,7 @@
 
 #include "halftone/ht_context.h"
 #include "halftone/kernel.h"
-#include "kernels/ed1/perturbation.h"
+#include "kernels/diffusion/perturbation.h"
 #include "kernels/matrix_row.h"
 
 namespace inkdot {
@@ -19,7 +19,6 @@ namespace inkdot {
 // Tables read in place.
 class DirectColourTables {
 public:
-    static constexpr bool kChecksRunArguments = true;  // no Halftone in front when called directly
     static constexpr uint32_t kMaxMatrixWidth = 0xFFFFFFFF;  // the matrix is read where it lies
 
     DirectColourTables(const HtContext& ctx, uint32_t lineNo)
@@ -53,7 +52,6 @@ private:
 // matrix row of masked values, so the matrix may be at most 256 cells wide.
 class CachedColourTables {
 public:
-    static constexpr bool kChecksRunArguments = false;  // Halftone has checked the run
     static constexpr uint32_t kMaxMatrixWidth = 256;
 
     CachedColourTables(const HtContext& ctx, uint32_t lineNo)

@@ -7,11 +7,11 @@
 
 #include "halftone/ht_context.h"
 #include "inkdot/inkdot.h"
-#include "kernels/ed1/continuity.h"
-#include "kernels/ed1/diffusion_step.h"
-#include "kernels/ed1/pattern_choice.h"
-#include "kernels/ed1/perturbation.h"
-#include "kernels/ed1/spread_patterns.h"
+#include "kernels/diffusion/continuity.h"
+#include "kernels/diffusion/diffusion_step.h"
+#include "kernels/diffusion/pattern_choice.h"
+#include "kernels/diffusion/perturbation.h"
+#include "kernels/diffusion/spread_patterns.h"
 #include "kernels/kernels.h"
 #include "kernels/matrix_row.h"
 #include "kernels/packing.h"
@@ -105,11 +105,7 @@ template <class Family, InputStep Step>
 
 template <class Family>
 uint32_t ed1Mono(HtContext& ctx, const HtRun& run) {
-    if (run.option11 != 0) return RC_ARG + 11;
-    // The run must end at or before the line's end; a sum that wraps past
-    // 32 bits cannot describe a run inside the line either.
-    if (run.count > ctx.width || run.startX > ctx.width - run.count) return RC_ARG + 6;
-    if (run.reserved10 != 0) return RC_ARG + 10;
+    if (const uint32_t rc = refuseOption11(run)) return rc;
 
     applyContinuity(ctx, run, 1);
     switch (ctx.scaleMode) {

@@ -11,11 +11,11 @@
 #include "halftone/ht_context.h"
 #include "inkdot/inkdot.h"
 #include "kernels/colour_input/colour_input.h"
-#include "kernels/ed1/continuity.h"
-#include "kernels/ed1/diffusion_step.h"
-#include "kernels/ed1/error_cell.h"
-#include "kernels/ed1/perturbation.h"
-#include "kernels/ed1/spread_patterns.h"
+#include "kernels/diffusion/continuity.h"
+#include "kernels/diffusion/diffusion_step.h"
+#include "kernels/diffusion/error_cell.h"
+#include "kernels/diffusion/perturbation.h"
+#include "kernels/diffusion/spread_patterns.h"
 #include "kernels/ed2/dot_size.h"
 #include "kernels/ed2/ed2_pattern_choice.h"
 #include "kernels/ed2/matrix_scale.h"
@@ -26,15 +26,6 @@
 
 namespace inkdot {
 namespace {
-
-// Where each plane reads the matrix: row A is lineNo, row B lineNo + 24;
-// columns are shifted so the four planes (and the jitter value mP) do not
-// fall on the same cell.
-constexpr uint32_t kRowBOffset = 24;
-constexpr uint32_t kJitterColumn = 24;  // mP, row A
-constexpr uint32_t kPlane1Column = 16;  // row B
-constexpr uint32_t kPlane2Column = 48;  // row A
-constexpr uint32_t kPlane3Column = 40;  // row B
 
 // The small-dot history: a plane keeps diffusing while it has seen small-dot
 // ink at this pixel or one of the four non-white pixels before it. Bit 4 is
@@ -108,7 +99,7 @@ INKDOT_FLATTEN void colourRun(HtContext& ctx, const HtRun& run, Input input, con
     gatherSplitRows(ctx, rows);
     const uint32_t scaleShift = matrixScaleShift(ctx.matrixCells);
     const uint16_t* rowA = matrixRow(ctx, run.lineNo).cells;
-    const uint16_t* rowB = matrixRow(ctx, run.lineNo + kRowBOffset).cells;
+    const uint16_t* rowB = matrixRow(ctx, run.lineNo + kRowBLineOffset).cells;
     const uint32_t columnMask = ctx.matrixWidth - 1;
     const ed2::SmallThresholds bands = ed2::smallThresholds(ctx);
     DiffusedPlane plane0{errorLine(ctx, 0)}, plane1{errorLine(ctx, 1)}, plane3{errorLine(ctx, 2)};

@@ -5,27 +5,23 @@
 
 #include "halftone/ht_context.h"
 #include "inkdot/inkdot.h"
-#include "kernels/ed1/continuity.h"
-#include "kernels/ed1/diffusion_step.h"
-#include "kernels/ed1/error_cell.h"
-#include "kernels/ed1/perturbation.h"
-#include "kernels/ed1/spread_patterns.h"
+#include "kernels/diffusion/continuity.h"
+#include "kernels/diffusion/diffusion_step.h"
+#include "kernels/diffusion/error_cell.h"
+#include "kernels/diffusion/perturbation.h"
+#include "kernels/diffusion/spread_patterns.h"
 #include "kernels/ed2/dot_size.h"
 #include "kernels/ed2/ed2_pattern_choice.h"
-#include "kernels/ed2/input_step.h"
 #include "kernels/kernels.h"
 #include "kernels/level_shift.h"
 #include "kernels/matrix_row.h"
 #include "kernels/packing.h"
+#include "kernels/pixel_source.h"
 
 namespace inkdot {
 namespace {
 
 constexpr uint8_t kWhiteByte = 255;
-
-// The jitter of the split-row look-up reads the matrix 24 columns to the
-// right of the decision value, so the two are not correlated.
-constexpr uint32_t kJitterColumnOffset = 24;
 
 // The padded curve: entry 0 is the level spread W, entry 1 + j + v the ink
 // amount of input v shifted by j - W/2. The resource protocol makes W >= 1;
@@ -47,10 +43,7 @@ struct PaddedCurve {
 
 template <class Family, bool ReducesPairs>
 uint32_t ed2Mono(HtContext& ctx, const HtRun& run) {
-    if (run.option11 != 0) return RC_ARG + 11;
-    // startX + count beyond the line, also when the 32-bit sum would wrap.
-    if (run.count > ctx.width || run.startX > ctx.width - run.count) return RC_ARG + 6;
-    if (run.reserved10 != 0) return RC_ARG + 10;
+    if (const uint32_t rc = refuseOption11(run)) return rc;
 
     applyContinuity(ctx, run, 1);
 
@@ -79,7 +72,7 @@ uint32_t ed2Mono(HtContext& ctx, const HtRun& run) {
         }
 
         const uint32_t m = rowA[x & columnMask];
-        const uint32_t r = curve.splitRow(rowA[(x + kJitterColumnOffset) & columnMask], v);
+        const uint32_t r = curve.splitRow(rowA[(x + kJitterColumn) & columnMask], v);
         const int32_t small = split[3 * r], medium = split[3 * r + 1], large = split[3 * r + 2];
         const int32_t sum = readCellTruncate(*cell) + small + medium + large;
 

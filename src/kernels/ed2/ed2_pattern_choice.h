@@ -9,8 +9,7 @@
 #include <cstdint>
 
 #include "halftone/ht_context.h"
-#include "kernels/ed1/pattern_table.h"
-#include "kernels/ed1/spread_patterns.h"
+#include "kernels/diffusion/pattern_table.h"
 #include "kernels/force_inline.h"
 
 namespace inkdot::ed2 {
@@ -41,6 +40,38 @@ inline unsigned smallBand(const SmallDotPixel& p, const SmallThresholds& t) {
     return 3;
 }
 
+inline constexpr unsigned kSmallBands = 4;
+
+// The rules, written on the band like the one-bit rules (pattern_choice.h),
+// and the tables built from them.
+
+// Heavy or above t1: G1; no dot: G0; then G2, G3, G4 by band, a or b form by parity.
+constexpr Pattern generalRule(unsigned band, bool dot, bool aForm) {
+    if (band == 0) return Pattern::G1;
+    if (!dot) return Pattern::G0;
+    if (band == 1) return aForm ? Pattern::G2a : Pattern::G2b;
+    if (band == 2) return Pattern::G3;
+    return aForm ? Pattern::G4a : Pattern::G4b;
+}
+
+// No dot comes first: H0, a or b form by parity; then H1, H2, H3 by the
+// small band (the lowest two both H3).
+constexpr Pattern rule1440x720(unsigned band, bool dot, bool aForm) {
+    if (!dot) return aForm ? Pattern::H0a : Pattern::H0b;
+    constexpr Pattern kByBand[kSmallBands] = {Pattern::H1, Pattern::H2, Pattern::H3, Pattern::H3};
+    return kByBand[band];
+}
+
+// Y1 and Y2 whether a dot printed or not; below t2 no dot gives Y0, a dot
+// Y3 or G3. No parity forms.
+constexpr Pattern doubleYRule(unsigned band, bool dot, bool /*aForm*/) {
+    if (band == 0) return Pattern::Y1;
+    if (band == 1) return Pattern::Y2;
+    if (!dot) return Pattern::Y0;
+    if (band == 2) return Pattern::Y3;
+    return Pattern::G3;
+}
+
 // Each family's choice is a pattern table: the band picks a row (smallBand,
 // unless the family has its own), the dot decision and the matrix parity a
 // column. The kernels spread through the table (spreadChosen), which
@@ -48,48 +79,25 @@ inline unsigned smallBand(const SmallDotPixel& p, const SmallThresholds& t) {
 template <class Family>
 struct TableChoice {
     static unsigned band(const SmallDotPixel& p, const SmallThresholds& t) { return smallBand(p, t); }
-    static Pattern choose(const SmallDotPixel& p, const SmallThresholds& t) {
-        return Family::kTable.band[Family::band(p, t)].column[patternColumn(p.dot, p.aForm)];
-    }
     static INKDOT_FORCE_INLINE void spreadChosen(const SmallDotPixel& p, const SmallThresholds& t, int32_t* cell,
                                                  int32_t err, int32_t& carry) {
         spreadByTable<Family::kTable>(Family::band(p, t), patternColumn(p.dot, p.aForm), cell, err, carry);
     }
 };
 
-// Heavy or above t1: G1; no dot: G0; then G2, G3, G4 by band, a or b form by parity.
 struct GeneralFamily : TableChoice<GeneralFamily> {
-    static constexpr PatternTable<4> kTable{{
-        {{Pattern::G1, Pattern::G1, Pattern::G1, Pattern::G1}},
-        {{Pattern::G0, Pattern::G0, Pattern::G2a, Pattern::G2b}},
-        {{Pattern::G0, Pattern::G0, Pattern::G3, Pattern::G3}},
-        {{Pattern::G0, Pattern::G0, Pattern::G4a, Pattern::G4b}},
-    }};
+    static constexpr auto kTable = bandTable<kSmallBands>(generalRule);
 };
 
-// No dot comes first: H0, a or b form by parity, in a band of its own (so
-// that a pixel without a dot does not pay for the wider patterns of a dot);
-// then H1, H2, H3 by the small band (the lowest two both H3).
+// The pixels without a dot have a band of their own, so that they do not pay
+// for the wider patterns of a dot.
 struct Family1440x720 : TableChoice<Family1440x720> {
-    static constexpr PatternTable<5> kTable{{
-        {{Pattern::H0a, Pattern::H0b, Pattern::H0a, Pattern::H0b}},
-        {{Pattern::H1, Pattern::H1, Pattern::H1, Pattern::H1}},
-        {{Pattern::H2, Pattern::H2, Pattern::H2, Pattern::H2}},
-        {{Pattern::H3, Pattern::H3, Pattern::H3, Pattern::H3}},
-        {{Pattern::H3, Pattern::H3, Pattern::H3, Pattern::H3}},
-    }};
+    static constexpr auto kTable = noDotFirstTable<kSmallBands>(rule1440x720);
     static unsigned band(const SmallDotPixel& p, const SmallThresholds& t) { return p.dot ? 1 + smallBand(p, t) : 0; }
 };
 
-// Y1 and Y2 whether a dot printed or not; below t2 no dot gives Y0, a dot
-// Y3 or G3. No parity forms.
 struct DoubleYFamily : TableChoice<DoubleYFamily> {
-    static constexpr PatternTable<4> kTable{{
-        {{Pattern::Y1, Pattern::Y1, Pattern::Y1, Pattern::Y1}},
-        {{Pattern::Y2, Pattern::Y2, Pattern::Y2, Pattern::Y2}},
-        {{Pattern::Y0, Pattern::Y0, Pattern::Y3, Pattern::Y3}},
-        {{Pattern::Y0, Pattern::Y0, Pattern::G3, Pattern::G3}},
-    }};
+    static constexpr auto kTable = bandTable<kSmallBands>(doubleYRule);
 };
 
 }  // namespace inkdot::ed2

@@ -15,7 +15,7 @@
 #include <iterator>
 #include <utility>
 
-#include "kernels/ed1/spread_patterns.h"
+#include "kernels/diffusion/spread_row.h"
 #include "kernels/force_inline.h"
 
 namespace inkdot {

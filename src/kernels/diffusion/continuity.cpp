@@ -1,4 +1,4 @@
-#include "kernels/ed1/continuity.h"
+#include "kernels/diffusion/continuity.h"
 
 #include <algorithm>
 

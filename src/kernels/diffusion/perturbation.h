@@ -20,7 +20,7 @@ constexpr int32_t perturbationOf(uint32_t q) {
 // occur; they are filled so that any byte is a safe index.
 inline constexpr std::array<int32_t, 256> kPerturbationTable = [] {
     std::array<int32_t, 256> table{};
-    for (uint32_t i = 0; i < 256; ++i) table[i] = i < 8 ? 24 : i <= 128 ? 20 : i <= 247 ? -20 : -24;
+    for (uint32_t i = 0; i < 256; ++i) table[i] = perturbationOf(i);
     return table;
 }();
 

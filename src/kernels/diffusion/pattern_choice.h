@@ -8,7 +8,7 @@
 #include <cstdint>
 
 #include "halftone/ht_context.h"
-#include "kernels/ed1/spread_patterns.h"
+#include "kernels/diffusion/spread_patterns.h"
 
 namespace inkdot {
 

@@ -5,7 +5,7 @@
 
 #include <cstdint>
 
-#include "kernels/ed1/error_cell.h"
+#include "kernels/diffusion/error_cell.h"
 
 namespace inkdot {
 
