@@ -4,6 +4,7 @@
 // fails with a "pack.txt:LINE: reason" message or gives blocks that make a
 // pack which reads back.
 #include <algorithm>
+#include <cctype>
 #include <cstdint>
 #include <cstdlib>
 #include <string>
@@ -24,11 +25,11 @@ constexpr long kDefaultSide = 64;
 constexpr long kMaxMatrixSide = 16;
 constexpr long kMaxMatrixCells = 1024;
 
-// The largest value a line gives `key` (not "cell-width="), or the default side.
+// The largest value a line gives `key` at the start of a token, or the default side.
 long side(std::string_view line, std::string_view key) {
     long largest = -1;
     for (size_t at = line.find(key); at != std::string_view::npos; at = line.find(key, at + 1)) {
-        if (at > 0 && line[at - 1] == '-') continue;
+        if (at > 0 && !std::isspace(static_cast<unsigned char>(line[at - 1]))) continue;
         const std::string digits(line.substr(at + key.size(), 8));
         char* end = nullptr;
         const long v = std::strtol(digits.c_str(), &end, 10);
