@@ -232,9 +232,9 @@ PageEnd printPage(cups_raster_t* in, cups_raster_t* out, const cups_page_header2
 // False): a raster maker then writes each page once with NumCopies, and the
 // filter, standing for the printer, makes them. A raster that reaches the
 // filter straight from the job carries the count only on the command line.
-// Either way a page is never multiplied twice.
-int pageCopies(const cups_page_header2_t& header, int jobCopies) {
-    return header.NumCopies > 1 ? static_cast<int>(std::min(header.NumCopies, 9999u)) : jobCopies;
+// Either way a page is never multiplied twice, nor more than `limit` times.
+int pageCopies(const cups_page_header2_t& header, int jobCopies, int limit) {
+    return header.NumCopies > 1 ? static_cast<int>(std::min<unsigned>(header.NumCopies, limit)) : jobCopies;
 }
 
 }  // namespace
@@ -250,9 +250,9 @@ bool parseFilterArgs(int argc, const char* const* argv, FilterArgs& out, std::st
     a.title = argv[3];
     char* end = nullptr;
     const long copies = std::strtol(argv[4], &end, 10);
-    // The scheduler never asks for more than its MaxCopies (9999 by default).
-    if (*argv[4] == '\0' || *end != '\0' || copies < 1 || copies > 9999) {
-        error = std::string("The number of copies must be from 1 to 9999, not '") + argv[4] + "'";
+    const int maxCopies = FilterLimits{}.copies;
+    if (*argv[4] == '\0' || *end != '\0' || copies < 1 || copies > maxCopies) {
+        error = "The number of copies must be from 1 to " + std::to_string(maxCopies) + ", not '" + argv[4] + "'";
         return false;
     }
     a.copies = static_cast<int>(copies);
@@ -282,16 +282,21 @@ int runRasterFilter(const FilterArgs& args, int inFd, int outFd, std::FILE* log)
         }
         inFd = fileFd.fd;
     }
-    RasterInput input(inFd);
+    RasterInput input(inFd, args.limits.lineBytes);
     RasterStream in(input.open());
     if (!in) {
         report(log, "ERROR: The input is not a CUPS raster stream");
         return kExitFailed;
     }
-    std::unique_ptr<BlockSource> pack = openDefaultPack(error);
-    if (!pack) {
-        report(log, "ERROR: The built-in resource pack cannot be read: %s", error.c_str());
-        return kExitFailed;
+    std::unique_ptr<BlockSource> builtIn;
+    const BlockSource* pack = args.pack;
+    if (pack == nullptr) {
+        builtIn = openDefaultPack(error);
+        if (!builtIn) {
+            report(log, "ERROR: The built-in resource pack cannot be read: %s", error.c_str());
+            return kExitFailed;
+        }
+        pack = builtIn.get();
     }
     RasterStream out(cupsRasterOpen(outFd, CUPS_RASTER_WRITE_COMPRESSED));
     if (!out) {
@@ -308,6 +313,13 @@ int runRasterFilter(const FilterArgs& args, int inFd, int outFd, std::FILE* log)
             report(log, "ERROR: Page %d: %s", pageNo, error.c_str());
             return kExitFailed;
         }
+        // The first header of a stream is checked as it arrives; later ones
+        // of a compressed stream come from the library's own buffer.
+        if (header.cupsBytesPerLine > args.limits.lineBytes || plan.height > args.limits.pageLines) {
+            report(log, "ERROR: Page %d: %u lines of %u bytes, more than the %u lines of %u bytes the filter takes",
+                   pageNo, plan.height, header.cupsBytesPerLine, args.limits.pageLines, args.limits.lineBytes);
+            return kExitFailed;
+        }
         report(log, "INFO: Printing page %d", pageNo);
         report(log, "DEBUG: Page %d: %u x %u at %s dpi, %s, %s quality: %s, %u bit%s, %s", pageNo, header.cupsWidth,
                header.cupsHeight, resolutionName(plan.halftone.resolution), plan.colour.mono ? "gray" : "colour",
@@ -315,7 +327,8 @@ int runRasterFilter(const FilterArgs& args, int inFd, int outFd, std::FILE* log)
                plan.halftone.outputBits == 1 ? "" : "s", plan.order == PlaneOrder::Planar ? "planar" : "banded");
         PageEnd end = PageEnd::Failed;
         try {
-            end = printPage(in.get(), out.get(), header, plan, *pack, pageNo, pageCopies(header, args.copies), log);
+            const int copies = pageCopies(header, args.copies, args.limits.copies);
+            end = printPage(in.get(), out.get(), header, plan, *pack, pageNo, copies, log);
         } catch (const std::bad_alloc&) {
             report(log, "ERROR: Page %d: out of memory", pageNo);
         }
