@@ -91,6 +91,12 @@ struct JobFiles : CmSettings {
     }
 };
 
+// An empty block's start: not null, with nothing behind it that the sanitizer lets a read reach.
+inline const uint8_t* start(const Bytes& block) {
+    static const uint8_t* const empty = new uint8_t[0];
+    return block.empty() ? empty : block.data();
+}
+
 // Drives one job. The first failing call stops it (a driver deletes a failed instance).
 struct Job {
     JobConfig config;
@@ -138,7 +144,7 @@ struct Job {
             if (files.cmBlocks.count(next) == 0) return fail(0xDEAD, "CmSetResource asks for an unknown block", phase);
             Bytes block = files.cmBlocks.at(next);
             if (!sized && files.isText[next]) block.push_back(0);
-            const uint32_t rc = sized ? CmSetResourceSized(cm, block.data(), static_cast<uint32_t>(block.size()), &next)
+            const uint32_t rc = sized ? CmSetResourceSized(cm, start(block), static_cast<uint32_t>(block.size()), &next)
                                       : CmSetResource(cm, block.data(), &next);
             if (rc != RC_OK) return fail(rc, "CmSetResource " + std::to_string(phase), phase);
             if (next == INKDOT_NO_MORE_BLOCKS) return true;
@@ -158,7 +164,7 @@ struct Job {
             htAsked.push_back(next);
             if (files.htBlocks.count(next) == 0) return fail(0xDEAD, "HalftoneSetResource asks for an unknown block", phase);
             const Bytes& block = files.htBlocks.at(next);
-            const uint32_t rc = sized ? HalftoneSetResourceSized(ht, block.data(), static_cast<uint32_t>(block.size()), &next)
+            const uint32_t rc = sized ? HalftoneSetResourceSized(ht, start(block), static_cast<uint32_t>(block.size()), &next)
                                       : HalftoneSetResource(ht, block.data(), &next);
             if (rc != RC_OK) return fail(rc, "HalftoneSetResource " + std::to_string(phase), phase);
             if (next == INKDOT_NO_MORE_BLOCKS) return true;
