@@ -139,16 +139,14 @@ TEST(IndexSearch, AllSevenKeysMustMatchAndTheLastMatchWins) {
     };
     EXPECT_EQ(search(test::matchingIndex(321, 45)), 321);
     EXPECT_EQ(ctx->matchTableId, 45u);
-    const std::function<void(test::IndexEntry&)> misses[] = {
-        [](test::IndexEntry& r) { r.name1 = "L2"; },    [](test::IndexEntry& r) { r.name3 = "M2"; },
-        [](test::IndexEntry& r) { r.name2 = "Plain"; }, [](test::IndexEntry& r) { r.key8 = "7"; },
-        [](test::IndexEntry& r) { r.key5 = "4"; },      [](test::IndexEntry& r) { r.key6 = "0"; },
-        [](test::IndexEntry& r) { r.key9 = "-9"; },     [](test::IndexEntry& r) { r.blockNo = "-5"; },
-    };
-    for (size_t i = 0; i < std::size(misses); ++i) {
+    using E = test::IndexEntry;  // each key changed in turn, and a negative block
+    const std::pair<std::string E::*, const char*> misses[] = {
+        {&E::name1, "L2"}, {&E::name3, "M2"}, {&E::name2, "Plain"}, {&E::key8, "7"},
+        {&E::key5, "4"},   {&E::key6, "0"},   {&E::key9, "-9"},     {&E::blockNo, "-5"}};
+    for (const auto& [field, value] : misses) {
         IndexTextWriter w = test::matchingIndex(321, 45);
-        misses[i](w.records[0]);
-        EXPECT_EQ(search(w), 0) << "change " << i;
+        w.records[0].*field = value;
+        EXPECT_EQ(search(w), 0) << value;
     }
     IndexTextWriter w = test::matchingIndex(100, 5);
     w.add(200, 0, "L1", "Photo", 5, 6, "M3", 8, 9);
