@@ -27,10 +27,6 @@ struct Grid {
                     for (uint32_t c = 0; c < channels; ++c) data.push_back(value(i0, i1, i2, c));
         lut.lutData = data.data();
     }
-    const uint8_t* node(uint32_t i0, uint32_t i1, uint32_t i2) const {
-        const uint32_t n = lut.gridCount[0];
-        return data.data() + ((i0 * n + i1) * n + i2) * lut.channels;
-    }
 };
 
 TEST(Interpolate, WorkedTetrahedra) {
