@@ -21,7 +21,7 @@ using test::kJobTableBlock;
 
 // A job on the default 3 x 3 x 3 table (black mode 0), without a channel-weight record.
 struct CmJob : test::Job {
-    CmJob() : Job(test::jobConfig("colour management", 1, 1, 1)) { files.putTable(ColourTableWriter{}); }
+    CmJob() : Job(test::jobConfig("colour management", 1, 1, 1), false) { files.putTable(ColourTableWriter{}); }
     // Byte c of node i (lutData order) as written and as the CmLut holds it.
     uint8_t written(size_t i, size_t c = 0) const {
         return files.cmBlocks.at(kJobTableBlock)[files.table.nodeDataOffset() + i * files.table.channels + c];

@@ -109,6 +109,11 @@ TEST(IndexText, BrokenTextsGiveNoRecords) {
         {"13 names in list 3", [&](IndexTextWriter& w) { grow(w.list3, 13); return w.text(); }},
         {"101 records", [](IndexTextWriter& w) { for (int i = 0; i < 100; ++i) w.add(i + 2, 1, "L1", "Photo", 5, 6, "M3", 8, 9); return w.text(); }},
         {"no end of the record list", [](IndexTextWriter& w) { w.endMarker = false; return w.text(); }},
+        {"the rest behind a NUL", [](IndexTextWriter& w) {  // the NUL ends the text, also inside a line
+             w.endMarker = false;
+             const std::string t = w.text();
+             return t.substr(0, t.find("L0")) + '\0' + t.substr(t.find("L0")) + "//\r\n";
+         }},
         {"no marker", [](IndexTextWriter&) { return std::string("no marker at all"); }},
         {"empty", [](IndexTextWriter&) { return std::string(); }},
         {"marker alone", [](IndexTextWriter&) { return std::string("//"); }},
