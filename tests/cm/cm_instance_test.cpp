@@ -1,7 +1,5 @@
 #include <gtest/gtest.h>
 
-#include <cstring>
-
 #include "cm/cm_context.h"
 #include "inkdot/inkdot.h"
 #include "support/memory_watch.h"
@@ -9,42 +7,29 @@
 namespace inkdot {
 namespace {
 
-struct Settings {
-    CmSettings1 s1{};
-    CmSettings2 s2{};
-    Settings() { s2.selectA = 1; s2.pixelFormat = 1; }
-};
-
-CmContext* create(const Settings& s, uint32_t* first = nullptr) {
-    uint32_t firstBlock = 77;
-    CmContext* ctx = nullptr;
-    EXPECT_EQ(CmNew(&s.s1, &s.s2, 0xDEAD, &firstBlock, &ctx), RC_OK);
-    EXPECT_EQ(firstBlock, 0u);
-    if (first) *first = firstBlock;
-    return ctx;
-}
-
 TEST(CmInstance, DerivedKeys) {
-    test::MemoryWatch watch;
-    struct Case { uint32_t selectA, processMode, processLevel, pixelFormat; uint32_t wantA, wantLevel; int16_t wantC; };
-    const Case cases[] = {
-        {0, 0, 7, 1, 3, 2, 4},   // selectA 0 means 3 and forces processLevel 2
-        {0, 4, 7, 1, 3, 0, 0},   // processMode 4 clears both
-        {1, 1, 0, 1, 1, 0, 4},   // processMode 1 gives 4 whatever processLevel holds
-        {1, 1, 9, 0, 1, 9, 4},   // ... also with pixelFormat 0
-        {1, 0, 3, 0, 1, 3, 0},   // pixelFormat 0 gives 0
-        {1, 2, 3, 1, 1, 3, 3},   // otherwise the low 16 bits of processLevel
+    const struct { uint32_t selectA, processMode, processLevel, pixelFormat, wantA, wantLevel; int16_t wantC; } cases[] = {
+        {0, 0, 7, 1, 3, 2, 4},  // selectA 0 means 3 and forces processLevel 2
+        {0, 4, 7, 1, 3, 0, 0},  // processMode 4 clears both
+        {1, 1, 0, 1, 1, 0, 4},  // processMode 1 gives 4 whatever processLevel holds
+        {1, 1, 9, 0, 1, 9, 4},  // ... also with pixelFormat 0
+        {1, 0, 3, 0, 1, 3, 0},  // pixelFormat 0 gives 0
+        {1, 2, 3, 1, 1, 3, 3},  // otherwise the low 16 bits of processLevel
         {1, 2, 0x10005, 1, 1, 0x10005, 5},
         {1, 2, 2, 1, 1, 2, 4},
     };
-    for (const Case& c : cases) {
-        Settings s;
-        s.s2.selectA = c.selectA;
-        s.s1.processMode = c.processMode;
-        s.s1.processLevel = c.processLevel;
-        s.s2.pixelFormat = c.pixelFormat;
-        CmContext* ctx = create(s);
-        ASSERT_NE(ctx, nullptr);
+    for (const auto& c : cases) {
+        test::MemoryWatch watch;
+        CmSettings1 s1{};
+        CmSettings2 s2{};
+        s2.selectA = c.selectA;
+        s1.processMode = c.processMode;
+        s1.processLevel = c.processLevel;
+        s2.pixelFormat = c.pixelFormat;
+        uint32_t first = 77;
+        CmContext* ctx = nullptr;
+        ASSERT_EQ(CmNew(&s1, &s2, 0xDEAD, &first, &ctx), RC_OK);
+        EXPECT_EQ(first, 0u);
         EXPECT_EQ(ctx->settings2.selectA, c.wantA);
         EXPECT_EQ(ctx->settings1.processLevel, c.wantLevel);
         EXPECT_EQ(ctx->selectC, c.wantC) << c.processMode << " " << c.processLevel;

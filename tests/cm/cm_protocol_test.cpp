@@ -1,31 +1,86 @@
+// The colour-management protocol driven whole: the blocks it asks for, the
+// grid the colour table leaves (phase 2) and the channel tables (phases 3 to 6).
 #include <gtest/gtest.h>
 
 #include <algorithm>
 #include <cstring>
-#include <map>
-#include <string>
+#include <functional>
 #include <vector>
 
-#include "cm/cm_context.h"
 #include "cm/ink_scale.h"
-#include "support/cm_fixture.h"
-#include "support/colour_table_writer.h"
-#include "support/index_text_writer.h"
+#include "robustness/pipeline.h"
 #include "support/memory_watch.h"
 
 namespace inkdot {
 namespace {
 
 using test::ColourTableWriter;
-using test::IndexTextWriter;
+using test::JobFiles;
+using test::kJobCorrectionBlock;
+using test::kJobTableBlock;
 
-constexpr uint32_t kTableBlock = 100;
-constexpr uint32_t kCorrectionBlock = 4321;
-constexpr uint32_t kEnd = INKDOT_NO_MORE_BLOCKS;
+// A job on the default 3 x 3 x 3 table (black mode 0), without a channel-weight record.
+struct CmJob : test::Job {
+    CmJob() : Job(test::jobConfig("colour management", 1, 1, 1), false) { files.putTable(ColourTableWriter{}); }
+    // Byte c of node i (lutData order) as written and as the CmLut holds it.
+    uint8_t written(size_t i, size_t c = 0) const {
+        return files.cmBlocks.at(kJobTableBlock)[files.table.nodeDataOffset() + i * files.table.channels + c];
+    }
+    uint8_t node(size_t i, size_t c = 0) const { return lut().lutData[i * lut().channels + c]; }
+    size_t bytes() const { return size_t{lut().gridCount[0]} * lut().gridCount[0] * lut().gridCount[0] * lut().channels; }
+    bool gridAsRead() const {
+        return std::memcmp(lut().lutData, &files.cmBlocks.at(kJobTableBlock)[files.table.nodeDataOffset()], bytes()) == 0;
+    }
+};
+
+TEST(CmProtocol, TwoCallsWithoutChannelWeights) {
+    test::MemoryWatch watch;
+    CmJob job;
+    ASSERT_TRUE(job.runColour());
+    EXPECT_EQ(job.cmAsked, (std::vector<uint32_t>{0, kJobTableBlock}));
+    EXPECT_EQ(job.lut().tableBlockNo, kJobTableBlock);
+    EXPECT_EQ(job.lut().modelId, 317u);
+    EXPECT_EQ(job.cm->loader, nullptr);
+    EXPECT_TRUE(job.gridAsRead());  // neutral settings, processLevel other than 2
+    const int16_t layout[4] = {4, 1, 2, 3};
+    EXPECT_EQ(std::memcmp(job.cm->pixelLayout, layout, sizeof layout), 0);
+    uint32_t next = 5;  // after the end every call is out of order
+    EXPECT_EQ(CmSetResource(job.cm, job.files.cmBlocks[980].data(), &next), RC_DATA);
+    EXPECT_EQ(CmSetResource(job.cm, job.files.cmBlocks[980].data(), &next), RC_DATA);
+    // A fresh instance refuses null blocks and stays waiting for its index.
+    CmJob nulls;
+    ASSERT_TRUE(nulls.runColour(0));
+    EXPECT_EQ(CmSetResource(nulls.cm, nullptr, &next), RC_DATA);
+    EXPECT_EQ(CmSetResource(nulls.cm, nullptr, &next), RC_DATA);
+}
+
+TEST(CmProtocol, InvalidChannelWeightRecordsEndAfterTheTable) {
+    const auto rec = [](std::vector<uint8_t> w, size_t at = 0, uint8_t value = 0) {
+        std::vector<uint8_t> r = test::channelWeightRecord(1, w);
+        if (at != 0) r[at < r.size() ? at : r.size() - 1] = value;
+        return r;
+    };
+    const struct { const char* what; std::function<void(JobFiles&)> change; } cases[] = {
+        {"weight 29", [&](JobFiles& f) { f.useWeights(rec({50, 29, 50, 50})); }},
+        {"weight 71", [&](JobFiles& f) { f.useWeights(rec({50, 50, 50, 71})); }},
+        {"not CW:", [&](JobFiles& f) { f.useWeights(rec({50, 50, 50, 50}, 1, 'X')); }},
+        {"no FE FF", [&](JobFiles& f) { f.useWeights(rec({50, 50, 50, 50}, 99, 0xFE)); }},
+        {"no chunk 512", [](JobFiles& f) { f.dir.add(1, nullptr); f.s1.chunkDir = f.dir.get(); }},
+        {"empty directory", [](JobFiles& f) { f.s1.chunkDir = f.dir.get(); }},
+    };
+    for (const auto& c : cases) {
+        test::MemoryWatch watch;
+        CmJob job;
+        c.change(job.files);
+        EXPECT_TRUE(job.runColour()) << c.what;
+        EXPECT_EQ(job.cmAsked.size(), 2u) << c.what;
+        EXPECT_EQ(job.cm->loader, nullptr) << c.what;
+    }
+}
 
 // Routing block 980: records {key, rows...}, each ended by 0xFE, then 0xFF.
-std::vector<uint8_t> routing(const std::vector<std::vector<uint8_t>>& records) {
-    std::vector<uint8_t> out;
+test::Bytes routing(const std::vector<test::Bytes>& records) {
+    test::Bytes out;
     for (const auto& r : records) {
         out.insert(out.end(), r.begin(), r.end());
         out.push_back(0xFE);
@@ -34,358 +89,130 @@ std::vector<uint8_t> routing(const std::vector<std::vector<uint8_t>>& records) {
     return out;
 }
 
-// 21 correction tables: table d adds d (limited to 255).
-std::vector<uint8_t> correctionTables() {
-    std::vector<uint8_t> out(21 * 256);
-    for (int d = 0; d < 21; ++d)
-        for (int x = 0; x < 256; ++x) out[d * 256 + x] = static_cast<uint8_t>(std::min(255, x + d));
-    return out;
-}
-
-// Everything a driver hands over for one job, and a driver loop.
-struct Job {
-    test::CmSettings settings;
-    ColourTableWriter table;
-    std::vector<uint8_t> weights = test::channelWeightRecord(7, {50, 50, 50, 50});
-    test::ChunkDir dir;
-    bool withWeights = true;
-    std::vector<uint8_t> routingBlock = routing({});
-    std::vector<uint8_t> baseBlock = {50, 50, 50, 50};
-    IndexTextWriter tableIndex;  // block 900
-    std::vector<uint8_t> tables = correctionTables();
-
-    std::map<uint32_t, std::vector<uint8_t>> blocks;
-    std::vector<uint32_t> asked;
-    CmContext* ctx = nullptr;
-
-    Job() {
-        tableIndex.add(static_cast<int32_t>(kCorrectionBlock), 1, "L1", "Photo", 5, 6, "M0", 8, 9);
-    }
-
-    // Creates the instance and the blocks; the index names the instance's own selectC.
-    uint32_t start() {
-        if (withWeights) dir.add(512, weights.data());
-        settings.s1.chunkDir = dir.get();
-        uint32_t first = 99;
-        const uint32_t rc = CmNew(&settings.s1, &settings.s2, 0, &first, &ctx);
-        if (rc != RC_OK) return rc;
-        IndexTextWriter index;
-        index.add(static_cast<int32_t>(kTableBlock), 317, "L" + std::to_string(ctx->settings2.selectA), "Photo", 5, 6,
-                  "M" + std::to_string(ctx->selectC), 8, 9);
-        const std::string text = index.text();
-        blocks[0] = std::vector<uint8_t>(text.begin(), text.end() + 1);
-        blocks[kTableBlock] = table.build();
-        blocks[980] = routingBlock;
-        blocks[990] = baseBlock;
-        const std::string second = tableIndex.text();
-        blocks[900] = std::vector<uint8_t>(second.begin(), second.end() + 1);
-        blocks[kCorrectionBlock] = tables;
-        return RC_OK;
-    }
-
-    // Runs the protocol to its end or its first failure; returns that code.
-    uint32_t run() {
+TEST(CmProtocol, CorrectionTablesFollowTheWeightsAndTheRouting) {
+    // Channel c takes table d = (requested - base + 20) / 2 limited to 0..20,
+    // unless every channel is within 2 of its base (then all take 10); a
+    // routing record with key 7 moves channel c's table to row rows[c]. The
+    // tables add 3 d, so every node byte must come back as min(255, b + 3 d).
+    const std::vector<uint8_t> fifty{50, 50, 50, 50}, mixed{70, 30, 50, 54};  // mixed: 20, 0, 10, 12
+    test::Bytes long20{7, 1, 0, 2, 3}, long21;
+    long20.resize(20, 9);
+    long21 = long20;
+    long21.push_back(9);
+    const struct Case {
+        const char* what;
+        std::vector<uint8_t> requested, base;
+        std::vector<test::Bytes> records;
+        int table[4];
+        uint32_t rc = RC_OK;
+        bool indexMatches = true;
+    } cases[] = {
+        {"differences 5, 0, -5, 1", {55, 50, 45, 50}, {50, 50, 50, 49}, {}, {12, 10, 7, 10}},
+        {"all within 2", {52, 48, 50, 31}, {50, 50, 50, 33}, {}, {10, 10, 10, 10}},
+        {"one 3 away", {52, 48, 53, 50}, fifty, {}, {11, 9, 11, 10}},
+        {"30 against 70 and back", {70, 30, 50, 50}, {30, 70, 50, 50}, {}, {20, 0, 10, 10}},
+        {"-21 and -23 give 0", {30, 30, 47, 50}, {51, 53, 50, 50}, {}, {0, 0, 8, 10}},
+        {"no routing records", mixed, fifty, {}, {20, 0, 10, 12}},
+        {"swap 0 and 1", mixed, fifty, {{7, 1, 0, 2, 3}}, {0, 20, 10, 12}},
+        {"other key ignored", mixed, fifty, {{6, 1, 0, 2, 3}}, {20, 0, 10, 12}},
+        {"last match wins", mixed, fifty, {{7, 1, 0, 2, 3}, {7, 0, 1, 3, 2}}, {20, 0, 12, 10}},
+        {"row 4 ignored", mixed, fifty, {{7, 1, 0, 2, 3}, {7, 4, 1, 2, 3}}, {0, 20, 10, 12}},
+        {"short record ignored", mixed, fifty, {{7, 3, 2, 1}}, {20, 0, 10, 12}},
+        {"20-byte record", mixed, fifty, {long20}, {0, 20, 10, 12}},
+        {"21-byte record", mixed, fifty, {long21}, {0, 0, 0, 0}, RC_DATA},
+        {"table index without a match", mixed, fifty, {}, {0, 0, 0, 0}, RC_DATA, false},
+    };
+    for (const Case& c : cases) {
+        test::MemoryWatch watch;
+        CmJob job;
+        job.files.useWeights(test::channelWeightRecord(7, c.requested));
+        job.files.cmBlocks[990] = c.base;
+        job.files.cmBlocks[980] = routing(c.records);
+        if (!c.indexMatches) job.files.putIndex(900, kJobCorrectionBlock, 1, 1, 3);  // searched with selectC 0
+        EXPECT_EQ(job.runColour() ? RC_OK : job.failedRc, c.rc) << c.what;
+        EXPECT_EQ(job.cm->loader, nullptr) << c.what;
+        for (size_t i = 0; i < job.bytes() / 4; ++i)
+            for (int ch = 0; ch < 4; ++ch)
+                ASSERT_EQ(job.node(i, ch), std::min(255, job.written(i, ch) + 3 * c.table[ch])) << c.what << " node " << i;
         uint32_t next = 0;
-        for (int call = 0; call < 10; ++call) {
-            asked.push_back(next);
-            auto it = blocks.find(next);
-            if (it == blocks.end()) return 0xDEAD;
-            const uint32_t rc = CmSetResource(ctx, it->second.data(), &next);
-            if (rc != RC_OK) return rc;
-            if (next == kEnd) return RC_OK;
-        }
-        return 0xBEEF;
-    }
-
-    uint32_t startAndRun() {
-        const uint32_t rc = start();
-        return rc != RC_OK ? rc : run();
-    }
-
-    const CmLut& lut() const { return *CmGetLut(ctx); }
-    const uint8_t* tableNode(uint32_t i0, uint32_t i1, uint32_t i2) const {
-        const uint32_t n = table.gridCount[0];
-        return blocks.at(kTableBlock).data() + table.nodeDataOffset() + ((i0 * n + i1) * n + i2) * table.channels;
-    }
-    const uint8_t* lutNode(uint32_t i0, uint32_t i1, uint32_t i2) const {
-        const uint32_t n = lut().gridCount[0];
-        return lut().lutData + ((i0 * n + i1) * n + i2) * lut().channels;
-    }
-    size_t nodeBytes() const {
-        const uint32_t n = lut().gridCount[0];
-        return static_cast<size_t>(n) * n * n * lut().channels;
-    }
-    bool gridAsRead() const {
-        return std::memcmp(lut().lutData, tableNode(0, 0, 0), nodeBytes()) == 0;
-    }
-    ~Job() {
-        if (ctx != nullptr) CmDelete(ctx);
-    }
-};
-
-// The two-call protocol ------------------------------------------------------
-
-TEST(CmProtocol, TwoCallsWithoutChannelWeights) {
-    test::MemoryWatch watch;
-    Job job;
-    job.withWeights = false;
-    ASSERT_EQ(job.startAndRun(), RC_OK);
-    EXPECT_EQ(job.asked, (std::vector<uint32_t>{0, kTableBlock}));
-    EXPECT_EQ(job.lut().tableBlockNo, kTableBlock);
-    EXPECT_EQ(job.lut().modelId, 317u);
-    EXPECT_EQ(job.ctx->loader, nullptr);
-    // Neutral settings and a processLevel other than 2: the grid is as read.
-    EXPECT_TRUE(job.gridAsRead());
-    const int16_t layout[4] = {4, 1, 2, 3};
-    EXPECT_EQ(std::memcmp(job.ctx->pixelLayout, layout, sizeof layout), 0);
-    // After the end every call is out of order.
-    uint32_t next = 5;
-    EXPECT_EQ(CmSetResource(job.ctx, job.blocks[980].data(), &next), RC_DATA);
-    EXPECT_EQ(CmSetResource(job.ctx, job.blocks[980].data(), &next), RC_DATA);
-}
-
-TEST(CmProtocol, InvalidChannelWeightRecordsEndAfterPhaseTwo) {
-    struct Case { const char* what; std::vector<uint8_t> record; bool present; bool emptyDir; };
-    auto rec = [](std::vector<uint8_t> w) { return test::channelWeightRecord(1, w); };
-    std::vector<uint8_t> badTag = rec({50, 50, 50, 50});
-    badTag[1] = 'X';
-    std::vector<uint8_t> badEnd = rec({50, 50, 50, 50});
-    badEnd.back() = 0xFE;
-    const Case cases[] = {
-        {"weight 29", rec({50, 29, 50, 50}), true, false},
-        {"weight 71", rec({50, 50, 50, 71}), true, false},
-        {"not CW:", badTag, true, false},
-        {"no FE FF", badEnd, true, false},
-        {"no chunk 512", rec({50, 50, 50, 50}), false, false},
-        {"count 0", rec({50, 50, 50, 50}), true, true},
-    };
-    for (const Case& c : cases) {
-        test::MemoryWatch watch;
-        Job job;
-        job.weights = c.record;
-        job.withWeights = c.present;
-        if (!c.present) job.dir.add(1, nullptr);  // some other chunk
-        ASSERT_EQ(job.start(), RC_OK);
-        if (c.emptyDir) job.dir.count = 0;
-        EXPECT_EQ(job.run(), RC_OK) << c.what;
-        EXPECT_EQ(job.asked.size(), 2u) << c.what;
-        EXPECT_EQ(job.ctx->loader, nullptr) << c.what;
-    }
-    test::MemoryWatch watch;
-    Job weightsAtLimits;
-    weightsAtLimits.weights = rec({30, 70, 30, 70});
-    EXPECT_EQ(weightsAtLimits.startAndRun(), RC_OK);
-    EXPECT_EQ(weightsAtLimits.asked.size(), 6u);
-}
-
-// The six-call protocol -------------------------------------------------------
-
-TEST(CmProtocol, SixCallsApplyTheCorrectionTables) {
-    test::MemoryWatch watch;
-    Job job;
-    job.weights = test::channelWeightRecord(7, {55, 50, 45, 50});
-    job.baseBlock = {50, 50, 50, 49};
-    ASSERT_EQ(job.startAndRun(), RC_OK);
-    EXPECT_EQ(job.asked, (std::vector<uint32_t>{0, kTableBlock, 980, 990, 900, kCorrectionBlock}));
-    EXPECT_EQ(job.ctx->loader, nullptr);
-    EXPECT_EQ(job.ctx->selectC, 0);  // the table index is searched with selectC 0
-    // d = (requested - base + 20) / 2: 12, 10, 7 (15 / 2), 10 (21 / 2).
-    const int add[4] = {12, 10, 7, 10};
-    const uint32_t n = job.lut().gridCount[0];
-    for (uint32_t i = 0; i < n * n * n; ++i)
-        for (uint32_t c = 0; c < 4; ++c) {
-            const int original = job.tableNode(0, 0, 0)[i * 4 + c];
-            ASSERT_EQ(job.lut().lutData[i * 4 + c], std::min(255, original + add[c])) << i << " " << c;
-        }
-    // The black table was built before the tables were applied.
-    const int blackOfGray255 = job.tableNode(n - 1, n - 1, n - 1)[3];
-    EXPECT_EQ(job.lut().grayTable[255], blackOfGray255);
-}
-
-// A job whose every node holds 100 in every ink, so that lutData[c] - 100
-// names the correction table channel c took.
-void flatNodes(Job& job) {
-    job.table.node = [](uint8_t, uint8_t, uint8_t, uint8_t* inks) { inks[0] = inks[1] = inks[2] = inks[3] = 100; };
-    job.table.neutralList = {100, 100, 100};
-}
-
-TEST(CmProtocol, CorrectionTableFollowsTheWeightDifference) {
-    const struct { std::vector<uint8_t> requested, base; int table[4]; } cases[] = {
-        // All within 2 of their base: every channel takes table 10.
-        {{52, 48, 50, 31}, {50, 50, 50, 33}, {10, 10, 10, 10}},
-        // One channel 3 away: the others keep their own differences.
-        {{52, 48, 53, 50}, {50, 50, 50, 50}, {11, 9, 11, 10}},
-        // 70 against 30 gives 30, limited to 20; 30 against 70 gives 0.
-        {{70, 30, 50, 50}, {30, 70, 50, 50}, {20, 0, 10, 10}},
-        // -21 + 20 = -1 truncates to 0; -23 + 20 = -3 gives -1, limited to 0.
-        {{30, 30, 47, 50}, {51, 53, 50, 50}, {0, 0, 8, 10}},
-    };
-    for (const auto& c : cases) {
-        test::MemoryWatch watch;
-        Job job;
-        job.weights = test::channelWeightRecord(7, c.requested);
-        job.baseBlock = c.base;
-        flatNodes(job);
-        ASSERT_EQ(job.startAndRun(), RC_OK);
-        for (uint32_t ch = 0; ch < 4; ++ch) EXPECT_EQ(job.lut().lutData[ch], 100 + c.table[ch]) << "channel " << ch;
-    }
-}
-
-TEST(CmProtocol, RoutingRecordsMoveTablesBetweenRows) {
-    struct Case { const char* what; std::vector<std::vector<uint8_t>> records; int add[4]; uint32_t rc; };
-    // Requested 70/30/50/54 against base 50: tables 20, 0, 10, 12 for channels 0..3.
-    const Case cases[] = {
-        {"no records", {}, {20, 0, 10, 12}, RC_OK},
-        {"swap 0 and 1", {{7, 1, 0, 2, 3}}, {0, 20, 10, 12}, RC_OK},
-        {"other key ignored", {{6, 1, 0, 2, 3}}, {20, 0, 10, 12}, RC_OK},
-        {"last match wins", {{7, 1, 0, 2, 3}, {7, 0, 1, 3, 2}}, {20, 0, 12, 10}, RC_OK},
-        // Rows outside the four channels, or too few rows: the record is ignored.
-        {"row 4 ignored", {{7, 1, 0, 2, 3}, {7, 4, 1, 2, 3}}, {0, 20, 10, 12}, RC_OK},
-        {"short record ignored", {{7, 3, 2, 1}}, {20, 0, 10, 12}, RC_OK},
-        {"20-byte record", {{7, 1, 0, 2, 3, 9, 9, 9, 9, 9, 9, 9, 9, 9, 9, 9, 9, 9, 9, 9}}, {0, 20, 10, 12}, RC_OK},
-        {"21-byte record", {{7, 1, 0, 2, 3, 9, 9, 9, 9, 9, 9, 9, 9, 9, 9, 9, 9, 9, 9, 9, 9}}, {0, 0, 0, 0}, RC_DATA},
-    };
-    for (const Case& c : cases) {
-        test::MemoryWatch watch;
-        Job job;
-        job.weights = test::channelWeightRecord(7, {70, 30, 50, 54});
-        job.routingBlock = routing(c.records);
-        flatNodes(job);
-        EXPECT_EQ(job.startAndRun(), c.rc) << c.what;
-        EXPECT_EQ(job.ctx->loader, nullptr) << c.what;
-        for (uint32_t ch = 0; ch < 4; ++ch) EXPECT_EQ(job.lut().lutData[ch], 100 + c.add[ch]) << c.what << " channel " << ch;
         if (c.rc != RC_OK) {
-            uint32_t next = 0;
-            EXPECT_EQ(CmSetResource(job.ctx, job.blocks[990].data(), &next), RC_DATA) << "no loader left";
+            EXPECT_EQ(CmSetResource(job.cm, job.files.cmBlocks[990].data(), &next), RC_DATA) << "no loader left";
+            continue;
         }
+        EXPECT_EQ(job.cmAsked, (std::vector<uint32_t>{0, kJobTableBlock, 980, 990, 900, kJobCorrectionBlock}));
+        EXPECT_EQ(job.cm->selectC, 0);
+        EXPECT_EQ(job.lut().grayTable[255], job.written(26, 3)) << "black table built before the tables";
     }
-}
-
-TEST(CmProtocol, TableIndexWithoutMatchFails) {
-    test::MemoryWatch watch;
-    Job job;
-    job.tableIndex.records[0].name3 = "M3";  // the block-900 search runs with selectC 0
-    EXPECT_EQ(job.startAndRun(), RC_DATA);
-    EXPECT_EQ(job.asked.back(), 900u);
-    EXPECT_EQ(job.ctx->loader, nullptr);
-    EXPECT_TRUE(job.gridAsRead());  // as phase 2 left it
 }
 
 TEST(CmProtocol, DeleteInTheMiddleReleasesTheLoader) {
-    for (size_t calls = 2; calls <= 5; ++calls) {
+    for (uint32_t calls = 2; calls <= 5; ++calls) {
         test::MemoryWatch watch;
-        Job job;
-        ASSERT_EQ(job.start(), RC_OK);
-        uint32_t next = 0;
-        for (size_t i = 0; i < calls; ++i) ASSERT_EQ(CmSetResource(job.ctx, job.blocks[next].data(), &next), RC_OK);
-        EXPECT_NE(job.ctx->loader, nullptr);
-        CmDelete(job.ctx);
-        job.ctx = nullptr;
+        CmJob job;
+        job.files.useWeights(test::channelWeightRecord(7, {50, 50, 50, 50}));
+        ASSERT_TRUE(job.runColour(calls));
+        EXPECT_NE(job.cm->loader, nullptr);
+        job.release();
     }
-}
-
-TEST(CmProtocol, NullBlocksAndFailedPhaseTwoLeaveNothingToContinue) {
-    test::MemoryWatch watch;
-    Job nulls;
-    ASSERT_EQ(nulls.start(), RC_OK);
-    uint32_t next = 77;
-    EXPECT_EQ(CmSetResource(nulls.ctx, nullptr, &next), RC_DATA);
-    EXPECT_EQ(CmSetResource(nulls.ctx, nullptr, &next), RC_DATA);
-    Job job;
-    job.settings.s1.brightness = 51;
-    EXPECT_EQ(job.startAndRun(), RC_ARG + 1);
-    EXPECT_EQ(job.asked.size(), 2u);
-    next = 77;
-    EXPECT_EQ(CmSetResource(job.ctx, job.blocks[980].data(), &next), RC_DATA);
-    EXPECT_EQ(next, 77u);
 }
 
 // Phase 2: rebuild, ink scaling, black table ---------------------------------
 
-TEST(CmRebuild, EndNodesKeepTheirLevelsThroughTheCurves) {
+TEST(CmRebuild, CurvesMoveInnerNodesOnly) {
     test::MemoryWatch watch;
-    Job job;
-    job.withWeights = false;
-    job.settings.s1.offsetR = 50;
-    job.settings.s1.offsetG = -50;
-    ASSERT_EQ(job.startAndRun(), RC_OK);
-    EXPECT_EQ(std::memcmp(job.lutNode(0, 0, 0), job.tableNode(0, 0, 0), 4), 0);
-    EXPECT_EQ(std::memcmp(job.lutNode(2, 2, 2), job.tableNode(2, 2, 2), 4), 0);
-    // (0, 0, 1): red 0 -> 50, green stays 0 (0 - 50 limited), blue 127 unchanged.
-    // Default separation: cyan = 255 - 50 interpolated on the red axis (cell 0..127).
-    const uint8_t* moved = job.lutNode(0, 0, 1);
-    EXPECT_LT(moved[0], job.tableNode(0, 0, 1)[0]);
-    EXPECT_EQ(moved[1], 255);
-    EXPECT_EQ(moved[2], job.tableNode(0, 0, 1)[2]);
+    CmJob job;
+    job.files.s1.offsetR = 50;
+    job.files.s1.offsetG = -50;
+    ASSERT_TRUE(job.runColour());
+    for (int c = 0; c < 4; ++c) EXPECT_EQ(job.node(0, c), job.written(0, c)) << "the end nodes keep their levels";
+    for (int c = 0; c < 4; ++c) EXPECT_EQ(job.node(26, c), job.written(26, c));
+    // Node (0, 0, 1): red 0 -> 50 moves cyan down along the red axis, green
+    // stays 0 (0 - 50 limited), blue 127 unchanged.
+    EXPECT_LT(job.node(1, 0), job.written(1, 0));
+    EXPECT_EQ(job.node(1, 1), 255);
+    EXPECT_EQ(job.node(1, 2), job.written(1, 2));
 }
 
 TEST(CmRebuild, ColourAdjustmentsInTheAdjustingMode) {
     test::MemoryWatch watch;
-    Job job;
-    job.withWeights = false;
-    job.settings.s1.processLevel = 2;
-    job.settings.s1.processMode = 0;
-    job.table.gridCount[0] = job.table.gridCount[1] = job.table.gridCount[2] = 2;
-    job.table.adjustHue[0] = 10;
-    ASSERT_EQ(job.startAndRun(), RC_OK);
-    // Node (1, 0, 0) is red (255, 0, 0): c, m, y = 0, 255, 255; cyan is the
-    // minimum with gap 255: e = (2550 + 50) / 100 = 26, magenta 229, so the
-    // node colour becomes (255, 26, 0). Interpolated: V100 (0, 255, 255, 0)
-    // weight 229, V110 (0, 0, 255, 0) weight 26, over 255.
+    CmJob job;
+    job.files.s1.processLevel = 2;
+    job.files.s1.processMode = 0;
+    job.files.putIndex(0, kJobTableBlock, 317, 1, 4);  // processLevel 2 gives selectC 4
+    ColourTableWriter w;
+    w.gridCount[0] = w.gridCount[1] = w.gridCount[2] = 2;
+    w.adjustHue[0] = 10;
+    job.files.putTable(w);
+    ASSERT_TRUE(job.runColour()) << job.failedAt;
+    // Node (1, 0, 0) is red: c, m, y = 0, 255, 255; cyan is the minimum with
+    // gap 255: e = (2550 + 50) / 100 = 26, so the colour becomes (255, 26, 0),
+    // interpolated from V100 (0, 255, 255, 0) x 229 and V110 (0, 0, 255, 0) x 26.
     const uint8_t want[4] = {0, 229, 255, 0};
-    EXPECT_EQ(std::memcmp(job.lutNode(1, 0, 0), want, 4), 0);
-    // Node (0, 1, 1) is cyan: c, m, y = 255, 0, 0 has two equal minima and no
-    // dominant percentage for cyan, so it stays as read.
-    EXPECT_EQ(std::memcmp(job.lutNode(0, 1, 1), job.tableNode(0, 1, 1), 4), 0);
-}
-
-TEST(CmRebuild, SaturationOffsetJoinsInTheAdjustingMode) {
-    struct Case { int32_t saturation; int8_t offset; uint32_t processLevel; uint32_t rc; };
-    const Case cases[] = {
-        {40, 20, 2, RC_OK},        // 60 limited to 50
-        {-50, -1, 2, RC_ARG + 1},  // limited only from above
-        {-50, -1, 3, RC_OK},       // not the adjusting mode: the offset does not join
-        {50, 0, 2, RC_OK},
-    };
-    for (const Case& c : cases) {
-        test::MemoryWatch watch;
-        Job job;
-        job.withWeights = false;
-        job.settings.s1.saturation = c.saturation;
-        job.settings.s1.processLevel = c.processLevel;
-        job.settings.s1.processMode = 0;
-        job.settings.s2.pixelFormat = 1;
-        job.table.saturationOffset = c.offset;
-        EXPECT_EQ(job.startAndRun(), c.rc) << c.saturation << " + " << int(c.offset);
-    }
+    for (int c = 0; c < 4; ++c) EXPECT_EQ(job.node(4, c), want[c]);
+    // Node (0, 1, 1), cyan, has two equal minima: as read.
+    for (int c = 0; c < 4; ++c) EXPECT_EQ(job.node(3, c), job.written(3, c));
 }
 
 TEST(CmRebuild, WholeTableInkScalingByModel) {
-    struct Case { int32_t model; int32_t gate; uint32_t selectA; bool scaled; };
-    const Case cases[] = {
+    const struct { int32_t model, gate; uint32_t selectA; bool scaled; } cases[] = {
         {299, 1, 3, false}, {300, 1, 3, true}, {399, 1, 3, true}, {400, 1, 3, false},
         {350, 2, 3, false}, {350, -5, 3, true}, {350, 1, 1, false},
     };
-    for (const Case& c : cases) {
+    for (const auto& c : cases) {
         test::MemoryWatch watch;
-        Job job;
-        job.withWeights = false;
-        job.settings.s2.inkScaleGate = c.gate;
-        job.settings.s2.selectA = c.selectA;
-        job.table.inkParam[0] = 160;
-        job.table.inkParam[1] = 130;
-        ASSERT_EQ(job.start(), RC_OK);
-        IndexTextWriter index;
-        index.add(static_cast<int32_t>(kTableBlock), c.model, "L" + std::to_string(c.selectA), "Photo", 5, 6,
-                  "M" + std::to_string(job.ctx->selectC), 8, 9);
-        const std::string text = index.text();
-        job.blocks[0] = std::vector<uint8_t>(text.begin(), text.end() + 1);
-        ASSERT_EQ(job.run(), RC_OK);
+        CmJob job;
+        job.files.s2.inkScaleGate = c.gate;
+        job.files.s2.selectA = c.selectA;
+        job.files.putIndex(0, kJobTableBlock, c.model, c.selectA, 3);
+        ColourTableWriter w;
+        w.inkParam[0] = 160;
+        w.inkParam[1] = 130;
+        job.files.putTable(w);
+        ASSERT_TRUE(job.runColour()) << c.model;
         EXPECT_EQ(job.lut().modelId, static_cast<uint32_t>(c.model));
-        const uint8_t* original = job.tableNode(0, 0, 0);
-        for (size_t i = 0; i < job.nodeBytes(); ++i) {
-            const uint8_t want = c.scaled ? inkScale(original[i], 160, 130) : original[i];
-            ASSERT_EQ(job.lut().lutData[i], want) << "model " << c.model << " byte " << i;
+        for (size_t i = 0; i < job.bytes(); ++i) {
+            const uint8_t b = job.written(i / 4, i % 4);
+            ASSERT_EQ(job.node(i / 4, i % 4), c.scaled ? inkScale(b, 160, 130) : b) << "model " << c.model << " byte " << i;
         }
     }
 }
@@ -393,28 +220,22 @@ TEST(CmRebuild, WholeTableInkScalingByModel) {
 TEST(CmRebuild, BlackTableRules) {
     for (uint8_t blackMode : {0, 1}) {
         test::MemoryWatch watch;
-        Job job;
-        job.withWeights = false;
-        job.table.blackMode = blackMode;
+        CmJob job;
+        ColourTableWriter w;
+        w.blackMode = blackMode;
         // Black is 255 at black input and 0 at white, linear on the diagonal.
-        job.table.node = [](uint8_t r, uint8_t g, uint8_t b, uint8_t* inks) {
+        w.node = [](uint8_t r, uint8_t g, uint8_t b, uint8_t* inks) {
             inks[0] = inks[1] = inks[2] = 0;
             inks[3] = static_cast<uint8_t>(255 - (r + g + b) / 3);
         };
-        job.table.neutralList = {255, 128, 0};  // used by black mode 1
-        ASSERT_EQ(job.startAndRun(), RC_OK);
+        w.neutralList = {255, 128, 0};  // used by black mode 1
+        job.files.putTable(w);
+        ASSERT_TRUE(job.runColour());
         const uint8_t* gray = job.lut().grayTable;
-        if (blackMode == 0) {
-            EXPECT_EQ(gray[0], 254);  // 255 below level 255 becomes 254
-            EXPECT_EQ(gray[1], 254);  // (255 x 126 + 128 x 1) / 127 = 254
-            EXPECT_EQ(gray[255], 0);
-            EXPECT_EQ(gray[200], 55);
-        } else {
-            EXPECT_EQ(gray[0], 255);
-            EXPECT_EQ(gray[254], 1);  // (128 x 1 + 0 x 126) / 127 = 1
-            EXPECT_EQ(gray[255], 0);  // level 255 keeps its 0
-            EXPECT_EQ(gray[253], 2);
-        }
+        // Mode 0: 255 below level 255 becomes 254; gray[1] = (255 x 126 + 128 x 1) / 127.
+        // Mode 1: level 255 keeps its 0; gray[254] = (128 x 1 + 0 x 126) / 127.
+        const int want[2][4][2] = {{{0, 254}, {1, 254}, {200, 55}, {255, 0}}, {{0, 255}, {253, 2}, {254, 1}, {255, 0}}};
+        for (const auto& [v, g] : want[blackMode]) EXPECT_EQ(gray[v], g) << "mode " << int(blackMode) << " at " << v;
         for (int v = 0; v < 255; ++v) EXPECT_NE(gray[v], blackMode == 0 ? 255 : 0) << v;
     }
 }

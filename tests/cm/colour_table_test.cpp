@@ -5,7 +5,6 @@
 
 #include "cm/cm_context.h"
 #include "cm/colour_table.h"
-#include "cm/ink_scale.h"
 #include "support/cm_fixture.h"
 #include "support/colour_table_writer.h"
 #include "support/memory_watch.h"
@@ -16,50 +15,33 @@ namespace {
 using test::ColourTableWriter;
 
 // A table read into a fresh instance of its own, deleted with the result.
-struct FreshRead {
+struct Read {
     test::MemoryWatch watch;
     CmContext* ctx;
+    ColourTableWriter w;
     std::vector<uint8_t> bytes;
     uint32_t rc;
-    FreshRead(const test::CmSettings& s, const ColourTableWriter& w)
-        : ctx(test::newInstance(s)), bytes(w.build()), rc(readColourTable(ctx, bytes.data())) {}
-    ~FreshRead() { CmDelete(ctx); }
+    Read(const ColourTableWriter& writer, const test::CmSettings& s = {}, uint32_t tableId = 0)
+        : ctx(test::newInstance(s)), w(writer), bytes(w.build()) {
+        ctx->matchTableId = tableId;
+        rc = readColourTable(ctx, bytes.data());
+    }
+    ~Read() { CmDelete(ctx); }
     const CmLut& lut() const { return *ctx->lut; }
-    const uint8_t* written(size_t at) const { return bytes.data() + at; }
+    // Byte c of node i (lutData order) as written and as read.
+    uint8_t written(size_t i, size_t c) const { return bytes[w.nodeDataOffset() + i * w.channels + c]; }
+    uint8_t node(size_t i, size_t c) const { return lut().lutData[i * lut().channels + c]; }
 };
 
-class ColourTableRead : public ::testing::Test {
-protected:
-    test::MemoryWatch watch;
-    test::CmSettings settings;
-    CmContext* ctx = nullptr;
-    std::vector<uint8_t> block;
-
-    void TearDown() override {
-        if (ctx != nullptr) CmDelete(ctx);
-    }
-    uint32_t read(const ColourTableWriter& w) {
-        if (ctx == nullptr) ctx = test::newInstance(settings);
-        block = w.build();
-        return readColourTable(ctx, block.data());
-    }
-    const CmLut& lut() const { return *ctx->lut; }
-    const uint8_t* node(const ColourTableWriter& w, uint32_t i0, uint32_t i1, uint32_t i2) const {
-        const uint32_t n = w.gridCount[0];
-        return block.data() + w.nodeDataOffset() + ((i0 * n + i1) * n + i2) * w.channels;
-    }
-    const uint8_t* lutNode(uint32_t i0, uint32_t i1, uint32_t i2) const {
-        const uint32_t n = lut().gridCount[0];
-        return lut().lutData + ((i0 * n + i1) * n + i2) * lut().channels;
-    }
-};
-
-TEST_F(ColourTableRead, HeaderFieldsAndNodes) {
-    ctx = test::newInstance(settings);
-    ctx->matchBlockNo = 4242;
-    ctx->matchTableId = 317;
+ColourTableWriter grid(int n, int channels = 4) {
     ColourTableWriter w;
-    w.gridCount[0] = w.gridCount[1] = w.gridCount[2] = 4;
+    w.gridCount[0] = w.gridCount[1] = w.gridCount[2] = static_cast<uint8_t>(n);
+    w.channels = static_cast<uint8_t>(channels);
+    return w;
+}
+
+TEST(ColourTableRead, HeaderFieldsAndNodes) {
+    ColourTableWriter w = grid(4);
     w.tableMode = 50;
     w.blackMode = 2;  // reported as 1
     w.adjustDominant[0] = 200;
@@ -73,151 +55,111 @@ TEST_F(ColourTableRead, HeaderFieldsAndNodes) {
     w.levels[0] = {0, 10, 20, 255};
     w.levels[1] = {0, 100, 200, 255};
     w.levels[2] = {0, 1, 2, 255};
-    ASSERT_EQ(read(w), RC_OK);
-    EXPECT_EQ(lut().tableBlockNo, 4242u);
-    EXPECT_EQ(lut().modelId, 317u);
-    EXPECT_EQ(ctx->tableMode, 50);
-    EXPECT_EQ(lut().blackMode, 1u);
-    EXPECT_EQ(ctx->adjustDominant[0], 200);
-    EXPECT_EQ(ctx->adjustHue[1], -5);
-    EXPECT_EQ(ctx->saturationOffset, -20);
-    EXPECT_EQ(ctx->adjustMinimum[2], -128);
-    for (int i = 0; i < 5; ++i) EXPECT_EQ(lut().inkParam[i], ink[i]);
-    EXPECT_EQ(lut().auxParam[0], 17);
-    EXPECT_EQ(lut().auxParam[3], -300);
-    EXPECT_EQ(lut().channels, 4u);
-    for (int a = 0; a < 3; ++a) {
-        EXPECT_EQ(lut().gridCount[a], 4u);
-        EXPECT_EQ(std::memcmp(lut().grid[a], w.levels[a].data(), 4), 0);
-        EXPECT_EQ(lut().grid[a][4], 0);
-    }
-    EXPECT_EQ(lut().extraData, nullptr);
-    EXPECT_EQ(lut().extraDataBlock, nullptr);
-    // neutralSetting 50 with pixelFormat 1 and processMode 2: neutralMode 0;
-    // black mode 1 then replaces the neutral nodes (checked below), the rest is copied.
-    EXPECT_EQ(lut().neutralMode, 0u);
-    EXPECT_EQ(std::memcmp(lutNode(1, 2, 3), node(w, 1, 2, 3), 4), 0);
-    EXPECT_EQ(std::memcmp(lutNode(3, 0, 0), node(w, 3, 0, 0), 4), 0);
-}
-
-TEST_F(ColourTableRead, DataAreaIsCopied) {
-    ColourTableWriter w;
     w.extraData = {9, 8, 7, 6, 5};
-    ASSERT_EQ(read(w), RC_OK);
-    ASSERT_NE(lut().extraData, nullptr);
-    EXPECT_EQ(lut().extraDataBlock, lut().extraData);
-    EXPECT_EQ(std::memcmp(lut().extraData, w.extraData.data(), 5), 0);
+    const Read r(w, {}, 317);
+    ASSERT_EQ(r.rc, RC_OK);
+    EXPECT_EQ(r.lut().modelId, 317u);
+    EXPECT_EQ(std::vector<int>({r.ctx->tableMode, r.ctx->adjustDominant[0], r.ctx->adjustHue[1], r.ctx->saturationOffset,
+                                r.ctx->adjustMinimum[2], r.lut().auxParam[0], r.lut().auxParam[3]}),
+              std::vector<int>({50, 200, -5, -20, -128, 17, -300}));
+    EXPECT_EQ(r.lut().blackMode, 1u);
+    for (int i = 0; i < 5; ++i) EXPECT_EQ(r.lut().inkParam[i], ink[i]);
+    EXPECT_EQ(r.lut().channels, 4u);
+    for (int a = 0; a < 3; ++a) {
+        EXPECT_EQ(r.lut().gridCount[a], 4u);
+        EXPECT_EQ(std::memcmp(r.lut().grid[a], w.levels[a].data(), 4), 0);
+        EXPECT_EQ(r.lut().grid[a][4], 0);
+    }
+    ASSERT_NE(r.lut().extraData, nullptr);
+    EXPECT_EQ(r.lut().extraDataBlock, r.lut().extraData);
+    EXPECT_EQ(std::memcmp(r.lut().extraData, w.extraData.data(), 5), 0);
+    // neutralMode 0 (neutralSetting 50, pixelFormat 1, processMode 2); black
+    // mode 1 replaces the neutral nodes (below), the rest is copied.
+    EXPECT_EQ(r.lut().neutralMode, 0u);
+    for (size_t i : {size_t{27}, size_t{48}})  // nodes (1, 2, 3) and (3, 0, 0)
+        for (int c = 0; c < 4; ++c) EXPECT_EQ(r.node(i, c), r.written(i, c));
 }
 
-TEST_F(ColourTableRead, UnsupportedGridsAreRefusedBeforeAnyAllocation) {
-    struct Case { const char* what; ColourTableWriter w; };
-    std::vector<Case> cases;
-    auto with = [&](const char* what, auto change) {
-        ColourTableWriter w;
-        w.extraData = {1, 2, 3};
-        change(w);
-        cases.push_back({what, w});
+TEST(ColourTableRead, GridLimits) {
+    struct Case { const char* what; ColourTableWriter w; uint32_t rc; };
+    std::vector<Case> cases = {
+        {"48 points, 4 channels", grid(48), RC_OK}, {"16 points, 12 channels", grid(16, 12), RC_OK},
+        {"2 points, 1 channel", grid(2, 1), RC_OK}, {"one point", grid(1), RC_DATA},
+        {"49 points", grid(49, 3), RC_DATA},        {"no channels", grid(3, 0), RC_DATA},
+        {"13 channels", grid(3, 13), RC_DATA},      {"row of 204 bytes", grid(17, 12), RC_DATA},
+        {"unequal counts", grid(3), RC_DATA},       {"not starting at 0", grid(3), RC_DATA},
+        {"not ending at 255", grid(3), RC_DATA},    {"not rising strictly", grid(4), RC_DATA},
     };
-    with("unequal counts", [](ColourTableWriter& w) { w.gridCount[2] = 4; });
-    with("one point", [](ColourTableWriter& w) { w.gridCount[0] = w.gridCount[1] = w.gridCount[2] = 1; });
-    with("49 points", [](ColourTableWriter& w) { w.gridCount[0] = w.gridCount[1] = w.gridCount[2] = 49; w.channels = 3; });
-    with("no channels", [](ColourTableWriter& w) { w.channels = 0; });
-    with("13 channels", [](ColourTableWriter& w) { w.channels = 13; });
-    with("row of 204 bytes", [](ColourTableWriter& w) { w.gridCount[0] = w.gridCount[1] = w.gridCount[2] = 17; w.channels = 12; });
-    with("not starting at 0", [](ColourTableWriter& w) { w.levels[1] = {1, 128, 255}; });
-    with("not ending at 255", [](ColourTableWriter& w) { w.levels[2] = {0, 128, 254}; });
-    with("not rising strictly", [](ColourTableWriter& w) {
-        w.gridCount[0] = w.gridCount[1] = w.gridCount[2] = 4;
-        w.levels[0] = {0, 128, 128, 255};
-    });
+    cases[8].w.gridCount[2] = 4;
+    cases[9].w.levels[1] = {1, 128, 255};
+    cases[10].w.levels[2] = {0, 128, 254};
+    cases[11].w.levels[0] = {0, 128, 128, 255};
     for (Case& c : cases) {
-        FreshRead r(settings, c.w);
-        EXPECT_EQ(r.rc, RC_DATA) << c.what;
-        EXPECT_EQ(r.watch.seam().allocs, 2u) << c.what << ": only the instance's own blocks";
+        c.w.extraData = {1, 2, 3};
+        Read r(c.w);
+        EXPECT_EQ(r.rc, c.rc) << c.what;
+        if (c.rc == RC_OK) continue;
+        EXPECT_EQ(r.watch.seam().allocs, 2u) << c.what << ": refused before any allocation of its own";
         EXPECT_EQ(r.lut().gridCount[0], 0u) << c.what;
         EXPECT_EQ(r.lut().lutData, nullptr) << c.what;
     }
 }
 
-TEST_F(ColourTableRead, LargestSupportedGrids) {
-    for (auto [n, channels] : {std::pair{48, 4}, std::pair{16, 12}, std::pair{2, 1}}) {
-        ColourTableWriter w;
-        w.gridCount[0] = w.gridCount[1] = w.gridCount[2] = static_cast<uint8_t>(n);
-        w.channels = static_cast<uint8_t>(channels);
-        EXPECT_EQ(FreshRead(settings, w).rc, RC_OK) << n << "x" << channels;
-    }
-}
-
-TEST_F(ColourTableRead, NeutralModeDerivation) {
-    struct Case { uint32_t pixelFormat, neutralSetting, processMode, want; };
-    const Case cases[] = {
+TEST(ColourTableRead, NeutralModeDerivation) {
+    const struct { uint32_t pixelFormat, neutralSetting, processMode, want; } cases[] = {
         {0, 49, 2, 0}, {1, 50, 0, 0}, {1, 49, 0, 1}, {7, 51, 2, 1}, {0, 50, 1, 1}, {1, 50, 1, 1},
     };
-    for (const Case& c : cases) {
+    for (const auto& c : cases) {
         test::CmSettings s;
         s.s2.pixelFormat = c.pixelFormat;
         s.s1.neutralSetting = c.neutralSetting;
         s.s1.processMode = c.processMode;
-        const FreshRead r(s, ColourTableWriter{});
+        const Read r(grid(3), s);
         ASSERT_EQ(r.rc, RC_OK);
         EXPECT_EQ(r.lut().neutralMode, c.want) << c.pixelFormat << " " << c.neutralSetting << " " << c.processMode;
     }
 }
 
-TEST_F(ColourTableRead, NeutralAxisFromTheNeutralList) {
+TEST(ColourTableRead, NeutralAxisFromTheNeutralLists) {
+    // Black modes 1 to 3 put the neutral list value v into node (i, i, i):
+    // black v, and c, m, y v too when selectA is 2, else 0. Black mode 3 with
+    // blackScaling scales black: inkScale(128, 150, 100) = 114.
     for (uint32_t selectA : {2u, 1u}) {
         for (uint8_t blackMode : {0, 1, 2, 3}) {
-            test::CmSettings s;
-            s.s2.selectA = selectA;
-            ColourTableWriter w;
-            w.blackMode = blackMode;
-            w.neutralList = {31, 32, 33};
-            const FreshRead r(s, w);
-            ASSERT_EQ(r.rc, RC_OK);
-            for (uint32_t i = 0; i < 3; ++i) {
-                const uint8_t* got = r.lut().lutData + i * 13 * 4;  // node (i, i, i)
-                if (blackMode == 0) {
-                    EXPECT_EQ(std::memcmp(got, r.written(w.nodeDataOffset() + i * 13 * 4), 4), 0);
-                    continue;
+            for (uint32_t scaling : {0u, 1u}) {
+                test::CmSettings s;
+                s.s2.selectA = selectA;
+                s.s2.blackScaling = scaling;
+                ColourTableWriter w = grid(3);
+                w.blackMode = blackMode;
+                w.inkParam[0] = 150;
+                w.neutralList = {0, 128, 255};
+                const Read r(w, s);
+                ASSERT_EQ(r.rc, RC_OK);
+                for (int i = 0; i < 3; ++i) {
+                    const int v = w.neutralList[i], black = scaling && blackMode == 3 && i == 1 ? 114 : v;
+                    for (int c = 0; c < 4; ++c) {
+                        const int want = blackMode == 0 ? r.written(13 * i, c) : c == 3 ? black : selectA == 2 ? v : 0;
+                        EXPECT_EQ(r.node(13 * i, c), want) << selectA << " " << int(blackMode) << " " << scaling;
+                    }
                 }
-                for (int c = 0; c < 3; ++c) EXPECT_EQ(got[c], selectA == 2 ? 31 + i : 0) << selectA << " " << int(blackMode);
-                EXPECT_EQ(got[3], 31 + i);
+                for (int c = 0; c < 4; ++c) EXPECT_EQ(r.node(1, c), r.written(1, c)) << "(0, 0, 1) untouched";
             }
-            EXPECT_EQ(std::memcmp(r.lut().lutData + 4, r.written(w.nodeDataOffset() + 4), 4), 0);  // (0,0,1) untouched
         }
     }
-}
-
-TEST_F(ColourTableRead, BlackScalingOfTheNeutralAxis) {
-    for (uint32_t scaling : {0u, 1u}) {
+    // neutralMode 1 and table mode 50: the neutral node list (10 i + c) instead.
+    for (uint8_t tableMode : {50, 49}) {
         test::CmSettings s;
-        s.s2.blackScaling = scaling;
-        ColourTableWriter w;
-        w.blackMode = 3;
-        w.inkParam[0] = 150;
-        w.neutralList = {0, 128, 255};
-        const FreshRead r(s, w);
+        s.s1.processLevel = 2;
+        s.s1.processMode = 0;
+        s.s1.neutralSetting = 40;
+        ColourTableWriter w = grid(3);
+        w.tableMode = tableMode;
+        const Read r(w, s);
         ASSERT_EQ(r.rc, RC_OK);
-        const uint8_t want[3] = {0, static_cast<uint8_t>(scaling ? 114 : 128), 255};  // inkScale(128, 150, 100) = 114
-        for (uint32_t i = 0; i < 3; ++i) EXPECT_EQ(r.lut().lutData[i * 13 * 4 + 3], want[i]);
+        for (int i = 0; i < 3; ++i)
+            for (int c = 0; c < 4; ++c) EXPECT_EQ(r.node(13 * i, c), tableMode == 50 ? 10 * i + c : r.written(13 * i, c));
     }
-}
-
-TEST_F(ColourTableRead, NeutralAxisFromTheNeutralNodeList) {
-    settings.s1.processLevel = 2;
-    settings.s1.processMode = 0;
-    settings.s1.neutralSetting = 40;  // neutralMode 1
-    ColourTableWriter w;
-    w.tableMode = 50;
-    ASSERT_EQ(read(w), RC_OK);
-    for (uint32_t i = 0; i < 3; ++i)
-        for (uint32_t c = 0; c < 4; ++c) EXPECT_EQ(lutNode(i, i, i)[c], 10 * i + c);
-
-    w.tableMode = 49;  // any other table mode keeps the nodes
-    CmDelete(ctx);
-    ctx = nullptr;
-    ASSERT_EQ(read(w), RC_OK);
-    EXPECT_EQ(std::memcmp(lutNode(1, 1, 1), node(w, 1, 1, 1), 4), 0);
 }
 
 }  // namespace

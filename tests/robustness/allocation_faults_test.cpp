@@ -22,8 +22,10 @@ using test::jobConfig;
 
 JobConfig with(JobConfig c, const std::function<void(HtSettings&)>& change) {
     change(c.ht);
+    c.lines = 3;
     return c;
 }
+const auto same = [](HtSettings&) {};
 
 // Channel tables with and without; monochrome and colour; one and two bits;
 // diffusion (shared and separate error lines), dither, hybrid dither, fixed
@@ -33,18 +35,13 @@ const JobConfig kConfigs[] = {
          [](HtSettings& s) { s.resolutionX = 1440; }),
     with(jobConfig("colour, two-bit diffusion, replication", 1, 1, 2), [](HtSettings& s) { s.scaleMode = 2; }),
     with(jobConfig("colour, channel tables, one-bit hybrid dither", 3, 1, 1, true), [](HtSettings& s) { s.ditherMode = 0; }),
-    jobConfig("colour, fixed threshold", 0, 1, 1),
-    jobConfig("colour, two-bit dither", 3, 1, 2, true),
-    jobConfig("mono, channel tables, one-bit diffusion", 1, 0, 1, true),
-    jobConfig("mono, one-bit dither", 3, 0, 1),
+    with(jobConfig("colour, fixed threshold", 0, 1, 1), same),
+    with(jobConfig("colour, two-bit dither", 3, 1, 2, true), same),
+    with(jobConfig("mono, channel tables, one-bit diffusion", 1, 0, 1, true), same),
+    with(jobConfig("mono, one-bit dither", 3, 0, 1), same),
     with(jobConfig("mono, two-bit diffusion, replication", 1, 0, 2), [](HtSettings& s) { s.scaleMode = 3; }),
-    jobConfig("mono, two-bit dither", 3, 0, 2),
+    with(jobConfig("mono, two-bit dither", 3, 0, 2), same),
 };
-
-JobConfig shortJob(JobConfig c) {
-    c.lines = 3;
-    return c;
-}
 
 struct Reference {
     uint32_t allocs = 0;
@@ -55,7 +52,7 @@ struct Reference {
 Reference referenceRun(const JobConfig& config) {
     Reference ref;
     test::MemoryWatch watch;
-    Job job(shortJob(config));
+    Job job(config);
     EXPECT_TRUE(job.runColour()) << config.name << ": " << job.failedAt;
     EXPECT_TRUE(job.runHalftone()) << config.name << ": " << job.failedAt << " " << job.failedRc;
     const uint32_t allocsBeforeLines = watch.seam().allocs;
@@ -66,7 +63,7 @@ Reference referenceRun(const JobConfig& config) {
     EXPECT_EQ(ref.allocs, ref.locks) << "every block is locked once";
 
     // The same job without the channel-weight record stops after phase 2.
-    JobConfig plain = shortJob(config);
+    JobConfig plain = config;
     plain.channelTables = false;
     Job before(plain);
     EXPECT_TRUE(before.runColour());
@@ -131,7 +128,7 @@ TEST(AllocationFaults, EverySiteOfWholeJobs) {
                 test::MemoryWatch watch;
                 (lockFaults ? watch.seam().failLockAt : watch.seam().failAllocAt) = at;
                 {
-                    Job job(shortJob(config));
+                    Job job(config);
                     EXPECT_FALSE(job.runAll()) << what;
                     EXPECT_EQ(job.failedRc, expectedCode(job, lockFaults != 0)) << what << " at " << job.failedAt;
                     EXPECT_EQ(watch.seam().messages, lockFaults ? 0u : 1u) << what;
@@ -145,22 +142,7 @@ TEST(AllocationFaults, EverySiteOfWholeJobs) {
             }
         }
     }
-    // Reported in the test's output: the number of failures injected.
     RecordProperty("injected", static_cast<int>(injected));
-    std::printf("[ sites    ] %u allocation and lock failures injected\n", injected);
-}
-
-TEST(AllocationFaults, TheMessageNamesTheRequestedSize) {
-    // The context record of a halftone instance is the first block HalftoneNew takes.
-    test::MemoryWatch watch;
-    test::MonoLut lut([](int v) { return v; });
-    const HtSettings s = test::htSettings(1, 0, 1);
-    HtContext* ctx = nullptr;
-    uint32_t model = 0;
-    watch.seam().failAllocAt = 1;
-    EXPECT_EQ(HalftoneNew(&s, &lut.lut, 0, &model, &ctx), RC_MEM_ALLOC);
-    EXPECT_EQ(std::string(watch.seam().lastMessage), "size = " + std::to_string(sizeof(HtContext)));
-    EXPECT_EQ(model, lut.lut.modelId);
 }
 
 }  // namespace

@@ -1,7 +1,7 @@
 // A whole print job as a driver runs it: the colour-management protocol from
 // writer-built blocks, a halftone instance fed from the CmLut, and raster
-// lines through Halftone. The robustness tests run it whole, with sized or
-// unsized calls, with faults injected, and on several threads at once.
+// lines through Halftone. The colour-management and robustness tests run it
+// whole or in part, sized or unsized, with faults injected, on several threads.
 #pragma once
 
 #include <gtest/gtest.h>
@@ -22,7 +22,6 @@ namespace inkdot::test {
 inline constexpr uint32_t kJobTableBlock = 100;
 inline constexpr uint32_t kJobCorrectionBlock = 4321;
 
-// One configuration of a job.
 struct JobConfig {
     const char* name;
     HtSettings ht;
@@ -32,45 +31,35 @@ struct JobConfig {
 
 inline JobConfig jobConfig(const char* name, uint32_t method, uint32_t colourMode, uint32_t outputBits,
                            bool channelTables = false, uint32_t width = 96) {
-    JobConfig c{name, htSettings(method, colourMode, outputBits, width), channelTables};
-    return c;
+    return JobConfig{name, htSettings(method, colourMode, outputBits, width), channelTables};
 }
 
 // Every block a driver holds for a job, by number (colour management) or id
-// (halftone). Index texts are kept without a terminator: the sized calls are
-// given their exact length, and the unsized calls get a copy with a NUL.
+// (halftone). Index texts are kept without a terminator: the sized calls get
+// their exact length, the unsized calls a copy with a NUL.
 struct JobFiles : CmSettings {
     std::vector<uint8_t> weights;
     ChunkDir dir;
+    ColourTableWriter table;
     std::map<uint32_t, Bytes> cmBlocks;
     std::map<uint32_t, Bytes> htBlocks;
-    std::map<uint32_t, bool> isText;  // colour-management blocks that are index texts
+    std::map<uint32_t, bool> isText;
 
     explicit JobFiles(const JobConfig& config) {
-        if (config.channelTables) {
-            weights = channelWeightRecord(7, {56, 44, 50, 61});
-            dir.add(512, weights.data());
-            s1.chunkDir = dir.get();
-        }
-
-        putText(0, matchingIndex(static_cast<int32_t>(kJobTableBlock), 317).text());
-
-        ColourTableWriter table;
-        table.gridCount[0] = table.gridCount[1] = table.gridCount[2] = 5;
-        table.inkParam[0] = 250;  // ink parameters the one-bit halftone tables accept
-        table.inkParam[1] = 100;
-        table.blackMode = 1;
-        table.extraData = dotSplitDescriptor(kDotSplitId);
-        cmBlocks[kJobTableBlock] = table.build();
-
+        if (config.channelTables) useWeights(channelWeightRecord(7, {56, 44, 50, 61}));
+        putIndex(0, kJobTableBlock, 317, 1, 3);
+        ColourTableWriter t;
+        t.gridCount[0] = t.gridCount[1] = t.gridCount[2] = 5;
+        t.inkParam[0] = 250;  // ink parameters the one-bit halftone tables accept
+        t.blackMode = 1;
+        t.extraData = dotSplitDescriptor(kDotSplitId);
+        putTable(t);
         cmBlocks[980] = {7, 1, 0, 3, 2, 0xFE, 9, 0, 0, 0, 0, 0xFE, 0xFF};  // key 7 swaps rows 0/1 and 2/3
         cmBlocks[990] = {50, 50, 50, 50};
-        IndexTextWriter tableIndex;
-        tableIndex.add(static_cast<int32_t>(kJobCorrectionBlock), 1, "L1", "Photo", 5, 6, "M0", 8, 9);
-        putText(900, tableIndex.text());
-        Bytes tables(21 * 256);
+        putIndex(900, kJobCorrectionBlock, 1, 1, 0);  // searched with selectC 0
+        Bytes tables(21 * 256);  // table d adds 3 d, limited to 255
         for (int d = 0; d < 21; ++d)
-            for (int x = 0; x < 256; ++x) tables[d * 256 + x] = static_cast<uint8_t>(std::min(255, x + 3 * (d - 10) + 30));
+            for (int x = 0; x < 256; ++x) tables[d * 256 + x] = static_cast<uint8_t>(std::min(255, x + 3 * d));
         cmBlocks[kJobCorrectionBlock] = tables;
 
         HtBlocks ht;
@@ -80,14 +69,35 @@ struct JobFiles : CmSettings {
         htBlocks[kDotSplitId] = ht.dotSplit;
     }
 
+    void useWeights(std::vector<uint8_t> record) {
+        weights = std::move(record);
+        dir = ChunkDir{};
+        dir.add(512, weights.data());
+        s1.chunkDir = dir.get();
+    }
+    void putTable(const ColourTableWriter& w) {
+        table = w;
+        cmBlocks[kJobTableBlock] = w.build();
+    }
+    // An index whose one record matches CmSettings with the given selectA and selectC.
+    void putIndex(uint32_t number, int32_t block, int32_t tableId, uint32_t selectA, int selectC) {
+        IndexTextWriter w;
+        w.add(block, tableId, "L" + std::to_string(selectA), "Photo", 5, 6, "M" + std::to_string(selectC), 8, 9);
+        putText(number, w.text());
+    }
     void putText(uint32_t number, const std::string& text) {
         cmBlocks[number] = Bytes(text.begin(), text.end());
         isText[number] = true;
     }
 };
 
-// Drives one job. Every call's code is kept; the first failing call stops
-// the job (a driver deletes a failed instance).
+// An empty block's start: not null, with nothing behind it that the sanitizer lets a read reach.
+inline const uint8_t* start(const Bytes& block) {
+    static const uint8_t* const empty = new uint8_t[0];
+    return block.empty() ? empty : block.data();
+}
+
+// Drives one job. The first failing call stops it (a driver deletes a failed instance).
 struct Job {
     JobConfig config;
     JobFiles files;
@@ -99,7 +109,7 @@ struct Job {
     uint32_t failedRc = RC_OK;
     std::string failedAt;  // "CmNew", "CmSetResource 2", ... for messages
     uint32_t failedPhase = 0;
-    Bytes output;            // the planes of every Halftone call, in order
+    Bytes output;  // the planes of every Halftone call, in order
     std::vector<uint32_t> halftoneCodes;
 
     explicit Job(const JobConfig& c, bool useSized = true) : config(c), files(c), sized(useSized) {}
@@ -113,18 +123,7 @@ struct Job {
         ht = nullptr;
         cm = nullptr;
     }
-
-    uint32_t cmSet(uint32_t number, uint32_t* next) {
-        Bytes block = files.cmBlocks.at(number);
-        if (!sized && files.isText[number]) block.push_back(0);
-        return sized ? CmSetResourceSized(cm, block.data(), static_cast<uint32_t>(block.size()), next)
-                     : CmSetResource(cm, block.data(), next);
-    }
-    uint32_t htSet(uint32_t id, uint32_t* next) {
-        const Bytes& block = files.htBlocks.at(id);
-        return sized ? HalftoneSetResourceSized(ht, block.data(), static_cast<uint32_t>(block.size()), next)
-                     : HalftoneSetResource(ht, block.data(), next);
-    }
+    const CmLut& lut() const { return *CmGetLut(cm); }
 
     bool fail(uint32_t rc, const std::string& where, uint32_t phase = 0) {
         failedRc = rc;
@@ -133,22 +132,24 @@ struct Job {
         return false;
     }
 
-    // Colour management to its end; false at the first failing call.
-    bool runColour() {
+    // Colour management to its end, or `calls` resource calls; false at the first failing call.
+    bool runColour(uint32_t calls = 8) {
         uint32_t next = 0xDEAD;
         if (const uint32_t rc = CmNew(&files.s1, &files.s2, 0, &next, &cm); rc != RC_OK) {
             cm = nullptr;
             return fail(rc, "CmNew");
         }
-        for (uint32_t phase = 1; phase <= 8; ++phase) {
+        for (uint32_t phase = 1; phase <= calls; ++phase) {
             cmAsked.push_back(next);
             if (files.cmBlocks.count(next) == 0) return fail(0xDEAD, "CmSetResource asks for an unknown block", phase);
-            if (const uint32_t rc = cmSet(next, &next); rc != RC_OK) {
-                return fail(rc, "CmSetResource " + std::to_string(phase), phase);
-            }
+            Bytes block = files.cmBlocks.at(next);
+            if (!sized && files.isText[next]) block.push_back(0);
+            const uint32_t rc = sized ? CmSetResourceSized(cm, start(block), static_cast<uint32_t>(block.size()), &next)
+                                      : CmSetResource(cm, block.data(), &next);
+            if (rc != RC_OK) return fail(rc, "CmSetResource " + std::to_string(phase), phase);
             if (next == INKDOT_NO_MORE_BLOCKS) return true;
         }
-        return fail(0xBEEF, "CmSetResource never ends");
+        return calls < 8 || fail(0xBEEF, "CmSetResource never ends");
     }
 
     // The halftone instance from the CmLut, fed to its end.
@@ -162,34 +163,29 @@ struct Job {
         for (uint32_t phase = 1; phase <= 4; ++phase) {
             htAsked.push_back(next);
             if (files.htBlocks.count(next) == 0) return fail(0xDEAD, "HalftoneSetResource asks for an unknown block", phase);
-            if (const uint32_t rc = htSet(next, &next); rc != RC_OK) {
-                return fail(rc, "HalftoneSetResource " + std::to_string(phase), phase);
-            }
+            const Bytes& block = files.htBlocks.at(next);
+            const uint32_t rc = sized ? HalftoneSetResourceSized(ht, start(block), static_cast<uint32_t>(block.size()), &next)
+                                      : HalftoneSetResource(ht, block.data(), &next);
+            if (rc != RC_OK) return fail(rc, "HalftoneSetResource " + std::to_string(phase), phase);
             if (next == INKDOT_NO_MORE_BLOCKS) return true;
         }
         return fail(0xBEEF, "HalftoneSetResource never ends");
     }
 
-    // Input pixel i of line y: a deterministic mix of ramps and noise.
-    static uint8_t sample(uint32_t y, uint32_t i, uint32_t channel) {
-        uint32_t h = (y * 131u + i * 29u + channel * 71u) * 2654435761u;
-        return static_cast<uint8_t>((i * 255u / 95u + (h >> 27) + channel * 40u + y * 3u) & 0xFF);
-    }
-
-    // Every line as two runs (the split moves from line to line), planes appended to `output`.
+    // Every line as two runs, the second starting inside the byte the first
+    // ended in (the split moves from line to line); planes appended to `output`.
     void runLines() {
-        const uint32_t width = config.ht.width;
-        const uint32_t bpp = bytesPerPixel(config.ht.inputFormat);
-        const uint32_t planes = config.ht.colourMode == 0 ? 1 : 4;
-        const uint32_t bits = config.ht.outputBits == 2 ? 2 : 1;
-        const uint32_t stride = (width * bits + 7) / 8 + 1;
+        const uint32_t width = config.ht.width, bpp = bytesPerPixel(config.ht.inputFormat);
+        const uint32_t planes = config.ht.colourMode == 0 ? 1 : 4, bits = config.ht.outputBits == 2 ? 2 : 1;
+        const uint32_t stride = (width * bits + 7) / 8 + 1, pixelsPerByte = 8 / bits;
         for (uint32_t y = 0; y < config.lines; ++y) {
             Bytes src(static_cast<size_t>(width) * bpp * 2);
-            for (uint32_t i = 0; i < src.size(); ++i) src[i] = sample(y, i / bpp, i % bpp);
+            for (uint32_t i = 0; i < src.size(); ++i) {  // ramps and noise
+                const uint32_t p = i / bpp, c = i % bpp, h = (y * 131u + p * 29u + c * 71u) * 2654435761u;
+                src[i] = static_cast<uint8_t>((p * 255u / 95u + (h >> 27) + c * 40u + y * 3u) & 0xFF);
+            }
             Bytes dst(static_cast<size_t>(stride) * planes, 0);
             const uint32_t split = (width / 3 + y * 8) % width;
-            const uint32_t pixelsPerByte = 8 / bits;
-            // The second run starts inside the byte the first ended in.
             halftoneCodes.push_back(Halftone(ht, src.data(), dst.data(), stride, 0, split, 0, 0, y, 0, 0));
             halftoneCodes.push_back(Halftone(ht, src.data() + split * bpp, dst.data() + split / pixelsPerByte, stride,
                                              split % pixelsPerByte, width - split, split, 0, y, 0, 0));

@@ -3,6 +3,7 @@
 // an optional data area appended at the end.
 #pragma once
 
+#include <algorithm>
 #include <cstdint>
 #include <functional>
 #include <vector>
@@ -31,14 +32,9 @@ struct ColourTableWriter {
 
     static std::function<void(uint8_t, uint8_t, uint8_t, uint8_t*)> defaultNode(uint8_t channels) {
         return [channels](uint8_t r, uint8_t g, uint8_t b, uint8_t* inks) {
-            const uint8_t c = 255 - r, m = 255 - g, y = 255 - b;
-            uint8_t k = c < m ? c : m;
-            k = k < y ? k : y;
-            for (uint8_t i = 0; i < channels; ++i) inks[i] = 0;
-            if (channels > 0) inks[0] = c;
-            if (channels > 1) inks[1] = m;
-            if (channels > 2) inks[2] = y;
-            if (channels > 3) inks[channels - 1] = static_cast<uint8_t>(k / 2);
+            const uint8_t cmy[3] = {uint8_t(255 - r), uint8_t(255 - g), uint8_t(255 - b)};
+            for (uint8_t i = 0; i < channels; ++i) inks[i] = i < 3 ? cmy[i] : 0;
+            if (channels > 3) inks[channels - 1] = static_cast<uint8_t>(std::min({cmy[0], cmy[1], cmy[2]}) / 2);
         };
     }
 

@@ -9,23 +9,9 @@
 
 namespace inkdot::test {
 
+// One record's tokens as text, so tests can write odd values; `trailing`: extra tokens after the ninth.
 struct IndexEntry {
-    std::string blockNo;  // tokens as text, so tests can write odd values
-    std::string tableId;
-    std::string name1;
-    std::string name2;
-    std::string key5;
-    std::string key6;
-    std::string name3;
-    std::string key8;
-    std::string key9;
-    std::string trailing;  // extra tokens after the ninth
-
-    IndexEntry(int32_t block, int32_t table, std::string n1, std::string n2, int32_t k5, int32_t k6,
-               std::string n3, int32_t k8, int32_t k9)
-        : blockNo(std::to_string(block)), tableId(std::to_string(table)), name1(std::move(n1)),
-          name2(std::move(n2)), key5(std::to_string(k5)), key6(std::to_string(k6)), name3(std::move(n3)),
-          key8(std::to_string(k8)), key9(std::to_string(k9)) {}
+    std::string blockNo, tableId, name1, name2, key5, key6, name3, key8, key9, trailing;
 };
 
 struct IndexTextWriter {
@@ -43,7 +29,9 @@ struct IndexTextWriter {
 
     IndexEntry& add(int32_t block, int32_t table, std::string n1, std::string n2, int32_t k5, int32_t k6,
                     std::string n3, int32_t k8, int32_t k9) {
-        records.emplace_back(block, table, std::move(n1), std::move(n2), k5, k6, std::move(n3), k8, k9);
+        using std::to_string;
+        records.push_back({to_string(block), to_string(table), std::move(n1), std::move(n2), to_string(k5),
+                           to_string(k6), std::move(n3), to_string(k8), to_string(k9), ""});
         return records.back();
     }
 
