@@ -70,17 +70,6 @@ TEST(Pack, DamagedPacksAreRefusedWithAClearReason) {
     }
 }
 
-TEST(DefaultPack, OpensAndHoldsTheBlocksTheDriverStartsFrom) {
-    Pack pack;
-    std::string error;
-    ASSERT_TRUE(pack.open(defaultPackBytes(), error)) << error;
-    const PackEntry* list = pack.find(1000);  // the request list
-    ASSERT_TRUE(pack.find(0) && pack.find(900) && list) << "the colour and channel correction indexes";
-    // Every id of the request list names a block of the pack.
-    for (size_t i = 0; readU16le(list->bytes, i) != 65535; i += 2)
-        EXPECT_NE(pack.find(readU16le(list->bytes, i)), nullptr) << "request list position " << i / 2;
-}
-
 TEST(ResourceCompiler, ReportsMistakesWithFileAndLine) {
     const std::pair<const char*, const char*> cases[] = {
         {"# comment\n\n5 grid-levels colour=1\n", "pack.txt:3: unknown setting 'colour'"},
