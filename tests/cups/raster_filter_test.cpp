@@ -1,6 +1,7 @@
-// rastertoinkdot in-process: raster pages in, halftoned pages out, and what
-// it says about input it cannot print. (Copies, both colour orders and whole
-// charts go through a real print queue in scripts/test-cups.sh.)
+// rastertoinkdot in-process: the settings of its pages, its progress, and
+// what it says about input it cannot print. (Gray and colour charts, copies
+// and both colour orders, checked against the engine's own halftoning, go
+// through a real print queue in scripts/test-cups.sh.)
 #include "cups/raster_filter.h"
 
 #include <gtest/gtest.h>
@@ -24,25 +25,6 @@ protected:
     MemoryWatch memory;
     TempDir dir;
 };
-
-TEST_F(CupsRasterFilter, GrayPagesBecomeBlackPagesWhoseInkFollowsTone) {
-    std::vector<InputPage> pages;
-    for (uint8_t level : {255, 192, 128, 64, 0}) pages.push_back(flatPage(inputHeader(200, 40, CUPS_CSPACE_W), {level}));
-    const FilterRun r = run(input(pages));
-    ASSERT_EQ(r.status, 0) << r.log;
-    ASSERT_EQ(r.pages.size(), 5u);
-    EXPECT_EQ(r.pages[0].planes[0].dots, 0u) << "white takes no ink";
-    for (size_t p = 0; p < r.pages.size(); ++p) {
-        const cups_page_header2_t& h = r.pages[p].header;
-        // Normal quality at 720x720: two-bit dither.
-        EXPECT_EQ(std::vector<unsigned>({h.cupsColorSpace, h.cupsNumColors, h.cupsBitsPerColor, h.cupsWidth, h.cupsHeight}),
-                  std::vector<unsigned>({CUPS_CSPACE_K, 1, 2, 200, 40}));
-        if (p > 0) {
-            EXPECT_GT(r.pages[p].coverage(0), r.pages[p - 1].coverage(0)) << "page " << p + 1;
-        }
-    }
-    EXPECT_GT(r.pages[4].coverage(0), 0.9) << "black is (nearly) full ink";
-}
 
 TEST_F(CupsRasterFilter, QualityResolutionAndThePpdSetTheOutput) {
     dir.write("queue.ppd", "*DefaultInkdotQuality: Draft\n*DefaultInkdotOrder: Planar\n");

@@ -62,14 +62,14 @@ TEST(PrintOptions, MapToColourAndHalftoneSettings) {
                           {kPrintOptions, kPrintOptionCount}, args, error) &&
                 parsePrintOptions(args, o, error))
         << error;
-    EXPECT_EQ(o.input + " " + o.outputDir + " " + o.packFile + " " + std::to_string(o.previewWidth), "in.tif out p.pack 640");
-    EXPECT_EQ(o.halftone.method, Method::Dither);
-    EXPECT_EQ(o.halftone.outputBits, 2u);
-    EXPECT_EQ(o.halftone.resolution, Resolution::R1440x720);
-    EXPECT_EQ(o.halftone.hscale, HScale::x2) << "automatic scaling doubles columns at 1440x720";
     const ColourSettings& c = o.colour;
-    EXPECT_EQ(std::vector<int>({c.mono, c.brightness, c.contrast, c.saturation, c.gamma, c.offsetR, c.offsetG, c.offsetB}),
-              std::vector<int>({1, -50, 50, 7, 220, 0, -3, 0}));
+    const HalftoneSetup& h = o.halftone;
+    // Automatic scaling doubles columns at 1440x720.
+    EXPECT_EQ(std::vector<int>({c.mono, c.brightness, c.contrast, c.saturation, c.gamma, c.offsetR, c.offsetG, c.offsetB,
+                                int(h.method), int(h.outputBits), int(h.resolution), int(h.hscale), int(o.previewWidth)}),
+              std::vector<int>({1, -50, 50, 7, 220, 0, -3, 0, int(Method::Dither), 2, int(Resolution::R1440x720),
+                                int(HScale::x2), 640}));
+    EXPECT_EQ(o.input + " " + o.outputDir + " " + o.packFile, "in.tif out p.pack");
     EXPECT_EQ(c.inkWeights, (std::array<uint8_t, 4>{30, 40, 60, 70}));
     // Automatic scaling keeps image pixels square on paper.
     for (Resolution r : {Resolution::R720x720, Resolution::R1440x720, Resolution::R360x720, Resolution::R720x360})

@@ -12,32 +12,31 @@ namespace inkdot {
 namespace {
 
 TEST(JobCApi, PrintsWhatTheCppLayerPrintsWithTheSameSettings) {
-    struct Mapping {
+    InkdotJobSettings defaults;
+    InkdotJobSettingsInit(&defaults);
+    defaults.inputWidth = 40;
+    const struct {
         InkdotJobSettings c;
         ColourSettings colour;  // what the C settings mean in the C++ layer
         HalftoneSetup setup;
+    } mappings[] = {
+        // The defaults: one-bit colour error diffusion at 720 x 720, gamma 1.5.
+        {defaults, {}, {Method::ErrorDiffusion, 1, Resolution::R720x720, HScale::x1, 40}},
+        // Mono two-bit dither at 1440 x 720, doubled, every adjustment moved.
+        {{INKDOT_JOB_DITHER, 2, INKDOT_RES_1440X720, INKDOT_HSCALE_2, 1, 10, -20, 30, 220, 5, -5, 15, 0, {50, 50, 50, 50}, 33},
+         {true, 10, -20, 30, 220, 5, -5, 15, std::nullopt},
+         {Method::Dither, 2, Resolution::R1440x720, HScale::x2, 33}},
+        // Colour threshold at 360 x 720, halved, with ink weights.
+        {{INKDOT_JOB_THRESHOLD, 1, INKDOT_RES_360X720, INKDOT_HSCALE_HALF, 0, 0, 0, 0, 150, 0, 0, 0, 1, {40, 60, 45, 70}, 64},
+         {.inkWeights = std::array<uint8_t, 4>{40, 60, 45, 70}},
+         {Method::Threshold, 1, Resolution::R360x720, HScale::Half, 64}},
     };
-    std::vector<Mapping> mappings(3);
-    for (Mapping& m : mappings) InkdotJobSettingsInit(&m.c);
-    // The defaults: one-bit colour error diffusion at 720 x 720, gamma 1.5.
-    mappings[0].c.inputWidth = 40;
-    mappings[0].setup = {Method::ErrorDiffusion, 1, Resolution::R720x720, HScale::x1, 40};
-    // Mono two-bit dither at 1440 x 720, doubled, every adjustment moved.
-    mappings[1] = {{INKDOT_JOB_DITHER, 2, INKDOT_RES_1440X720, INKDOT_HSCALE_2, 1, 10, -20, 30, 220, 5, -5, 15, 0,
-                    {50, 50, 50, 50}, 33},
-                   {true, 10, -20, 30, 220, 5, -5, 15, std::nullopt},
-                   {Method::Dither, 2, Resolution::R1440x720, HScale::x2, 33}};
-    // Colour threshold at 360 x 720, halved, with ink weights.
-    mappings[2] = {{INKDOT_JOB_THRESHOLD, 1, INKDOT_RES_360X720, INKDOT_HSCALE_HALF, 0, 0, 0, 0, 150, 0, 0, 0, 1,
-                    {40, 60, 45, 70}, 64},
-                   {.inkWeights = std::array<uint8_t, 4>{40, 60, 45, 70}},
-                   {Method::Threshold, 1, Resolution::R360x720, HScale::Half, 64}};
     char error[200] = "";
     InkdotPack* pack = InkdotPackOpenDefault(error, sizeof error);
     ASSERT_TRUE(pack) << error;
     std::string why;
     const auto source = openDefaultPack(why);
-    for (const Mapping& m : mappings) {
+    for (const auto& m : mappings) {
         InkdotJob* job = InkdotJobOpen(pack, &m.c, error, sizeof error);
         const auto reference = Job::open(m.colour, m.setup, *source, why);
         ASSERT_TRUE(job && reference) << error << why;

@@ -5,6 +5,7 @@
 
 #include <signal.h>
 #include <sys/stat.h>
+#include <fcntl.h>
 #include <sys/wait.h>
 
 #include <cerrno>
@@ -163,14 +164,11 @@ TEST(OutputPaths, AreReplacedWrittenThroughOrRefused) {
     reader.join();
     EXPECT_EQ(through, png);
     // "-": standard output, here redirected into a file.
-    const int saved = dup(STDOUT_FILENO);
-    FILE* file = std::fopen(dir.file("stdout.png").c_str(), "wb");
-    dup2(fileno(file), STDOUT_FILENO);
-    const std::string status = chart("-");
+    const int saved = dup(STDOUT_FILENO), file = open(dir.file("stdout.png").c_str(), O_WRONLY | O_CREAT, 0644);
+    dup2(file, STDOUT_FILENO);
+    EXPECT_EQ(chart("-"), "ok");
     dup2(saved, STDOUT_FILENO);
-    close(saved);
-    std::fclose(file);
-    EXPECT_EQ(status, "ok");
+    close(saved), close(file);
     EXPECT_EQ(test::readBytes(dir.file("stdout.png")), png);
 
     std::filesystem::create_directories(dir.path() / "out");
