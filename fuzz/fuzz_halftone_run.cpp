@@ -26,6 +26,10 @@ const Resolution kClasses[5] = {{720, 720}, {1440, 720}, {360, 720}, {720, 360},
 const uint32_t kMethods[4] = {0, 1, 2, 3};
 const int32_t kScales[6] = {0, 1, -1, 2, 3, 4};
 const uint32_t kColourFormats[3] = {3, 4, 5};
+// Lines of up to 256 pixels and 32 runs an input keep an input short; the
+// runs' edges, offsets and replication all occur well within them.
+constexpr uint32_t kMaxWidth = 256;
+constexpr int kMaxRuns = 32;
 
 // Input pixels the kernel reads for a run of `count` output pixels.
 uint32_t inputPixels(const HtContext& ctx, uint32_t count) {
@@ -53,7 +57,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     s.ditherMode = choice & 128 ? 0 : 1;
     s.inputFormat = colour ? kColourFormats[((more >> 2) & 3) % 3] : 0;
     s.scaleMode = kScales[((more >> 4) & 7) % 6];
-    s.width = 1 + in.u16() % 1024;
+    s.width = 1 + in.u16() % kMaxWidth;
 
     static test::ColourLut colourLut(test::evenLevels(5), [](int r, int g, int b) {
         return test::ColourLut::Node{uint8_t(255 - r), uint8_t(255 - g), uint8_t(255 - b), uint8_t((255 - (r + g + b) / 3) / 2)};
@@ -62,7 +66,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     HtContext* ctx = nullptr;
     uint32_t model = 0;
     if (HalftoneNew(&s, colour ? &colourLut.lut : &monoLut.lut, 0, &model, &ctx) != RC_OK) __builtin_trap();
-    const test::HtBlocks blocks;
+    static const test::HtBlocks blocks;  // built once: it does not depend on the input
     const test::Bytes* order[] = {&blocks.requestList, &blocks.gridLevels, &blocks.matrix, &blocks.dotSplit};
     uint32_t next = 0;
     uint32_t rc = RC_OK;
@@ -75,7 +79,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
         const uint32_t bpp = bytesPerPixel(s.inputFormat);
         const uint32_t pixelsPerByte = 8 / outputBits;
         const uint32_t planes = colour ? 4 : 1;
-        for (int call = 0; call < 64 && !in.empty(); ++call) {
+        for (int call = 0; call < kMaxRuns && !in.empty(); ++call) {
             const uint32_t count = in.u16() % (s.width + 2);  // one more than fits, now and then
             const uint32_t startX = in.u16() % (s.width + 1);
             const uint32_t bitOffset = in.u8() % pixelsPerByte;

@@ -15,10 +15,10 @@ namespace {
 using namespace inkdot;
 using namespace inkdot::fuzz;
 
-// Bounds that keep a run short: lines of up to 256 pixels (wide enough for
+// Bounds that keep a run short: lines of up to 128 pixels (wide enough for
 // every kernel's edges and the replication) and blocks of up to 8 KB
 // (matrices up to 64 x 64 with their levels).
-constexpr uint32_t kMaxWidth = 256;
+constexpr uint32_t kMaxWidth = 128;
 constexpr size_t kMaxBlockBytes = 8192;
 
 const uint32_t kResolutions[8] = {720, 1440, 360, 300, 600, 2880, 180, 720};

@@ -102,14 +102,19 @@ struct HeldPage {
     std::vector<std::vector<uint8_t>> runs;
 
     // One halftoned line: planar, plane k's lines follow one another; banded,
-    // a line holds every plane's bytes in turn, as the job writes them.
-    void add(const uint8_t* line, unsigned planes, size_t planeBytes) {
+    // a line holds every plane's bytes in turn, as the job writes them. This
+    // may run on the pipeline's second thread, so an allocation failure is
+    // caught here: false when the line cannot be held.
+    bool add(const uint8_t* line, unsigned planes, size_t planeBytes) try {
         if (runs.size() == 1) {
             runs[0].insert(runs[0].end(), line, line + planes * planeBytes);
-            return;
+            return true;
         }
         for (unsigned k = 0; k < planes; ++k)
             runs[k].insert(runs[k].end(), line + k * planeBytes, line + (k + 1) * planeBytes);
+        return true;
+    } catch (const std::bad_alloc&) {
+        return false;
     }
 
     bool write(cups_raster_t* out, cups_page_header2_t& header, int copies) const {
@@ -123,6 +128,33 @@ struct HeldPage {
         return true;
     }
 };
+
+// Reads input lines first .. first + count - 1 of a page of `height` lines;
+// false on a cancel (no reason) or a stream that ends early (the reason).
+bool readPageLines(cups_raster_t* in, uint32_t lineBytes, uint32_t height, uint8_t* lines, uint32_t first,
+                   uint32_t count, std::string& why) {
+    for (uint32_t i = 0; i < count; ++i) {
+        if (cancelRequested()) return false;
+        if (cupsRasterReadPixels(in, lines + size_t{i} * lineBytes, lineBytes) != lineBytes) {
+            // A cancelled job's upstream filter stops too: an early end is
+            // then the cancel, not a broken stream.
+            if (cancelRequested()) return false;
+            why = "the page ends after " + std::to_string(first + i) + " of " + std::to_string(height) +
+                  " lines: the raster stream is truncated";
+            return false;
+        }
+    }
+    return true;
+}
+
+// The page in progress when a job is cancelled is finished blank, so what
+// was written stays a whole raster page and the printer can eject the sheet.
+bool finishBlank(cups_raster_t* out, uint64_t lineBytes, uint32_t lines) {
+    const std::vector<uint8_t> blank(lineBytes, 0);
+    for (uint32_t y = 0; y < lines; ++y)
+        if (!writeLine(out, blank.data(), lineBytes)) return false;
+    return true;
+}
 
 // One page: halftones every line and writes it `copies` times. A page is
 // held whole when it is written planar or more than once; otherwise each
@@ -156,36 +188,19 @@ PageEnd printPage(cups_raster_t* in, cups_raster_t* out, const cups_page_header2
     }
 
     const uint64_t bandBytes = uint64_t{planeBytes} * planes;
-    std::vector<uint8_t> band(bandBytes);
     Progress progress(log, plan.height);
     bool cancelled = false;
     uint32_t y = 0;  // lines written or held
     // Reading, halftoning and writing overlap band by band on a second core.
     tools::BandStages stages;
     stages.read = [&](uint8_t* lines, uint32_t first, uint32_t count, std::string& why) {
-        for (uint32_t i = 0; i < count; ++i) {
-            if (cancelRequested()) return false;
-            if (cupsRasterReadPixels(in, lines + size_t{i} * header.cupsBytesPerLine, header.cupsBytesPerLine) !=
-                header.cupsBytesPerLine) {
-                // A cancelled job's upstream filter stops too: an early end is
-                // then the cancel, not a broken stream.
-                if (cancelRequested()) return false;
-                why = "the page ends after " + std::to_string(first + i) + " of " + std::to_string(plan.height) +
-                      " lines: the raster stream is truncated";
-                return false;
-            }
-        }
-        return true;
+        return readPageLines(in, header.cupsBytesPerLine, plan.height, lines, first, count, why);
     };
     stages.write = [&](const uint8_t* lines, uint32_t, uint32_t count, std::string& why) {
         for (uint32_t i = 0; i < count; ++i, ++y) {
             const uint8_t* line = lines + size_t{i} * bandBytes;
             if (held) {
-                // This stage may run on the pipeline's second thread, so an
-                // allocation failure is caught here.
-                try {
-                    page.add(line, planes, planeBytes);
-                } catch (const std::bad_alloc&) {
+                if (!page.add(line, planes, planeBytes)) {
                     why = "no memory to hold line " + std::to_string(y + 1) + " of the " +
                           std::to_string(pageBytes >> 20) + " MB page";
                     return false;
@@ -208,15 +223,8 @@ PageEnd printPage(cups_raster_t* in, cups_raster_t* out, const cups_page_header2
     }
 
     if (cancelled) {
-        // The page in progress is finished blank, so what was written stays a
-        // whole raster page and the printer can eject the sheet.
         report(log, "INFO: Job cancelled on page %d after %u of %u lines", pageNo, y, plan.height);
-        if (!held) {
-            std::fill(band.begin(), band.end(), 0);
-            for (; y < plan.height; ++y)
-                if (!writeLine(out, band.data(), bandBytes)) return PageEnd::Failed;
-            return PageEnd::Cancelled;
-        }
+        if (!held) return finishBlank(out, bandBytes, plan.height - y) ? PageEnd::Cancelled : PageEnd::Failed;
         for (std::vector<uint8_t>& run : page.runs) run.resize(pageBytes / page.runs.size(), 0);  // the rest blank
         copies = 1;
     }
@@ -232,9 +240,58 @@ PageEnd printPage(cups_raster_t* in, cups_raster_t* out, const cups_page_header2
 // False): a raster maker then writes each page once with NumCopies, and the
 // filter, standing for the printer, makes them. A raster that reaches the
 // filter straight from the job carries the count only on the command line.
-// Either way a page is never multiplied twice.
-int pageCopies(const cups_page_header2_t& header, int jobCopies) {
-    return header.NumCopies > 1 ? static_cast<int>(std::min(header.NumCopies, 9999u)) : jobCopies;
+// Either way a page is never multiplied twice, nor more than `limit` times.
+int pageCopies(const cups_page_header2_t& header, int jobCopies, int limit) {
+    return header.NumCopies > 1 ? static_cast<int>(std::min<unsigned>(header.NumCopies, limit)) : jobCopies;
+}
+
+// Plans page `pageNo` from its header and announces it; false, reported, for
+// a page the filter cannot print.
+bool planAndAnnounce(const cups_page_header2_t& header, const FilterSettings& settings, const FilterLimits& limits,
+                     int pageNo, PagePlan& plan, std::FILE* log) {
+    std::string error;
+    if (!planPage(header, settings, plan, error)) {
+        report(log, "ERROR: Page %d: %s", pageNo, error.c_str());
+        return false;
+    }
+    // The first header of a stream is checked as it arrives; later ones
+    // of a compressed stream come from the library's own buffer.
+    if (header.cupsBytesPerLine > limits.lineBytes || plan.height > limits.pageLines) {
+        report(log, "ERROR: Page %d: %u lines of %u bytes, more than the %u lines of %u bytes the filter takes", pageNo,
+               plan.height, header.cupsBytesPerLine, limits.pageLines, limits.lineBytes);
+        return false;
+    }
+    report(log, "INFO: Printing page %d", pageNo);
+    report(log, "DEBUG: Page %d: %u x %u at %s dpi, %s, %s quality: %s, %u bit%s, %s", pageNo, header.cupsWidth,
+           header.cupsHeight, resolutionName(plan.halftone.resolution), plan.colour.mono ? "gray" : "colour",
+           qualityName(settings.quality), methodName(plan.halftone.method), plan.halftone.outputBits,
+           plan.halftone.outputBits == 1 ? "" : "s", plan.order == PlaneOrder::Planar ? "planar" : "banded");
+    return true;
+}
+
+// The exit status once no further page header comes after `pages` pages: a
+// cancel, a clean end, or a header that is cut or malformed.
+int streamEnd(RasterInput& input, int pages, std::FILE* log) {
+    if (cancelRequested()) {
+        report(log, "INFO: Job cancelled after %d page%s", pages, pages == 1 ? "" : "s");
+        return kExitDone;
+    }
+    std::string why;
+    switch (input.whyNoHeader(why)) {
+        case RasterInput::NoHeader::End: break;
+        case RasterInput::NoHeader::Truncated:
+            report(log, "ERROR: The raster stream ends inside the header of page %d: it is truncated", pages + 1);
+            return kExitFailed;
+        case RasterInput::NoHeader::Malformed:
+            report(log, "ERROR: Page %d: the page header is malformed: %s", pages + 1, why.c_str());
+            return kExitFailed;
+    }
+    if (pages == 0) {
+        report(log, "ERROR: The raster stream holds no pages");
+        return kExitFailed;
+    }
+    report(log, "INFO: Printed %d page%s", pages, pages == 1 ? "" : "s");
+    return kExitDone;
 }
 
 }  // namespace
@@ -250,9 +307,9 @@ bool parseFilterArgs(int argc, const char* const* argv, FilterArgs& out, std::st
     a.title = argv[3];
     char* end = nullptr;
     const long copies = std::strtol(argv[4], &end, 10);
-    // The scheduler never asks for more than its MaxCopies (9999 by default).
-    if (*argv[4] == '\0' || *end != '\0' || copies < 1 || copies > 9999) {
-        error = std::string("The number of copies must be from 1 to 9999, not '") + argv[4] + "'";
+    const int maxCopies = FilterLimits{}.copies;
+    if (*argv[4] == '\0' || *end != '\0' || copies < 1 || copies > maxCopies) {
+        error = "The number of copies must be from 1 to " + std::to_string(maxCopies) + ", not '" + argv[4] + "'";
         return false;
     }
     a.copies = static_cast<int>(copies);
@@ -282,16 +339,21 @@ int runRasterFilter(const FilterArgs& args, int inFd, int outFd, std::FILE* log)
         }
         inFd = fileFd.fd;
     }
-    RasterInput input(inFd);
+    RasterInput input(inFd, args.limits.lineBytes);
     RasterStream in(input.open());
     if (!in) {
         report(log, "ERROR: The input is not a CUPS raster stream");
         return kExitFailed;
     }
-    std::unique_ptr<BlockSource> pack = openDefaultPack(error);
-    if (!pack) {
-        report(log, "ERROR: The built-in resource pack cannot be read: %s", error.c_str());
-        return kExitFailed;
+    std::unique_ptr<BlockSource> builtIn;
+    const BlockSource* pack = args.pack;
+    if (pack == nullptr) {
+        builtIn = openDefaultPack(error);
+        if (!builtIn) {
+            report(log, "ERROR: The built-in resource pack cannot be read: %s", error.c_str());
+            return kExitFailed;
+        }
+        pack = builtIn.get();
     }
     RasterStream out(cupsRasterOpen(outFd, CUPS_RASTER_WRITE_COMPRESSED));
     if (!out) {
@@ -304,18 +366,11 @@ int runRasterFilter(const FilterArgs& args, int inFd, int outFd, std::FILE* log)
     for (input.startHeader(); !cancelRequested() && cupsRasterReadHeader2(in.get(), &header); input.startHeader()) {
         ++pageNo;
         PagePlan plan;
-        if (!planPage(header, settings, plan, error)) {
-            report(log, "ERROR: Page %d: %s", pageNo, error.c_str());
-            return kExitFailed;
-        }
-        report(log, "INFO: Printing page %d", pageNo);
-        report(log, "DEBUG: Page %d: %u x %u at %s dpi, %s, %s quality: %s, %u bit%s, %s", pageNo, header.cupsWidth,
-               header.cupsHeight, resolutionName(plan.halftone.resolution), plan.colour.mono ? "gray" : "colour",
-               qualityName(settings.quality), methodName(plan.halftone.method), plan.halftone.outputBits,
-               plan.halftone.outputBits == 1 ? "" : "s", plan.order == PlaneOrder::Planar ? "planar" : "banded");
+        if (!planAndAnnounce(header, settings, args.limits, pageNo, plan, log)) return kExitFailed;
         PageEnd end = PageEnd::Failed;
         try {
-            end = printPage(in.get(), out.get(), header, plan, *pack, pageNo, pageCopies(header, args.copies), log);
+            const int copies = pageCopies(header, args.copies, args.limits.copies);
+            end = printPage(in.get(), out.get(), header, plan, *pack, pageNo, copies, log);
         } catch (const std::bad_alloc&) {
             report(log, "ERROR: Page %d: out of memory", pageNo);
         }
@@ -325,26 +380,7 @@ int runRasterFilter(const FilterArgs& args, int inFd, int outFd, std::FILE* log)
             case PageEnd::Failed: return kExitFailed;
         }
     }
-    if (cancelRequested()) {
-        report(log, "INFO: Job cancelled after %d page%s", pageNo, pageNo == 1 ? "" : "s");
-        return kExitDone;
-    }
-    std::string why;
-    switch (input.whyNoHeader(why)) {
-        case RasterInput::NoHeader::End: break;
-        case RasterInput::NoHeader::Truncated:
-            report(log, "ERROR: The raster stream ends inside the header of page %d: it is truncated", pageNo + 1);
-            return kExitFailed;
-        case RasterInput::NoHeader::Malformed:
-            report(log, "ERROR: Page %d: the page header is malformed: %s", pageNo + 1, why.c_str());
-            return kExitFailed;
-    }
-    if (pageNo == 0) {
-        report(log, "ERROR: The raster stream holds no pages");
-        return kExitFailed;
-    }
-    report(log, "INFO: Printed %d page%s", pageNo, pageNo == 1 ? "" : "s");
-    return kExitDone;
+    return streamEnd(input, pageNo, log);
 }
 
 }  // namespace inkdot::cups

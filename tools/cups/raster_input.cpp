@@ -55,7 +55,7 @@ ssize_t RasterInput::read(void* self, unsigned char* buffer, size_t bytes) {
     std::memcpy(in->header_ + at, buffer + skip, std::min(body, kHeaderBytes - at));
     in->headerBytes_ += body;
     if (in->headerBytes_ >= in->headerSize_ && in->headerBytes_ - body < in->headerSize_ &&
-        in->lineBytes() > kMaxLineBytes) {
+        in->lineBytes() > in->maxLineBytes_) {
         // The CUPS library sizes a line buffer from the header as soon as it
         // has read it: a header claiming gigabytes stops here, before that.
         in->oversized_ = true;
@@ -78,7 +78,7 @@ RasterInput::NoHeader RasterInput::whyNoHeader(std::string& detail) const {
     }
     if (oversized_) {
         detail = "lines of " + std::to_string(lineBytes()) + " bytes, more than the " +
-                 std::to_string(kMaxLineBytes) + " the filter reads";
+                 std::to_string(maxLineBytes_) + " the filter reads";
         return NoHeader::Malformed;
     }
     if (headerBytes_ == headerSize_) {

@@ -14,7 +14,8 @@ namespace inkdot::cups {
 
 class RasterInput {
 public:
-    explicit RasterInput(int fd) : fd_(fd) {}
+    // Headers claiming lines longer than `maxLineBytes` are refused.
+    RasterInput(int fd, uint32_t maxLineBytes) : fd_(fd), maxLineBytes_(maxLineBytes) {}
     // A reader of the stream through this layer (close it with cupsRasterClose).
     cups_raster_t* open();
 
@@ -32,15 +33,13 @@ private:
     uint32_t lineBytes() const;  // of the header held
 
     static constexpr size_t kHeaderBytes = sizeof(cups_page_header2_t);
-    // The longest input line a page can have: the engine's widest line
-    // (2^24 - 1 pixels) of 8-bit RGB.
-    static constexpr uint32_t kMaxLineBytes = ((1u << 24) - 1) * 3;
 
     int fd_;
+    uint32_t maxLineBytes_;
     bool swapped_ = false;       // the sync word says the header's numbers are in the other byte order
     uint64_t total_ = 0;         // bytes that arrived
     bool ended_ = false;         // a read found the end of the stream
-    bool oversized_ = false;     // a header claimed lines beyond kMaxLineBytes
+    bool oversized_ = false;     // a header claimed lines beyond maxLineBytes_
     size_t endRequest_ = 0;      // what the library asked for when it found the end
     size_t headerSize_ = kHeaderBytes;  // of this stream's version
     size_t headerBytes_ = 0;     // bytes that arrived since the header read began
