@@ -88,8 +88,10 @@ struct FilterRun {
 
 inline FilterRun runFilter(const std::string& dir, const std::string& input, const std::string& options = "",
                            const std::string& ppdPath = "") {
-    cups::FilterArgs args{.jobId = "1", .user = "tester", .title = "test page", .copies = 1, .options = options,
-                          .file = input, .ppdPath = ppdPath};
+    cups::FilterArgs args;
+    args.options = options;
+    args.file = input;
+    args.ppdPath = ppdPath;
     const std::string outPath = dir + "/out.ras", logPath = dir + "/filter.log";
     FilterRun run;
     const int out = ::open(outPath.c_str(), O_WRONLY | O_CREAT | O_TRUNC, 0644);
