@@ -1,7 +1,6 @@
 // Scratch directories and small writers for test images in every format the tools read.
 #pragma once
 
-#include <gtest/gtest.h>
 #include <png.h>
 #include <tiffio.h>
 #include <unistd.h>
@@ -24,13 +23,12 @@ inline std::string readBytes(const std::string& path) {
     return std::string(std::istreambuf_iterator<char>(in), {});
 }
 
-// A directory for one test, removed with everything in it afterwards.
+// A directory of its own for a test, removed with everything in it afterwards.
 class TempDir {
 public:
     TempDir() {
-        const auto* info = ::testing::UnitTest::GetInstance()->current_test_info();
-        path_ = std::filesystem::temp_directory_path() / ("inkdot-" + std::string(info->test_suite_name()) + "-" +
-                                                          info->name() + "-" + std::to_string(::getpid()));
+        static int made = 0;
+        path_ = std::filesystem::temp_directory_path() / ("inkdot-test-" + std::to_string(::getpid()) + "-" + std::to_string(++made));
         std::filesystem::remove_all(path_);
         std::filesystem::create_directories(path_);
     }
