@@ -18,7 +18,7 @@
 #include "support/ht_fixture.h"
 #include "support/index_text_writer.h"
 #include "pack/pack.h"
-#include "tools/image_writers.h"
+#include "tools/test_files.h"
 
 namespace {
 

@@ -1,23 +1,20 @@
-// Small writers for the CUPS filter's tests: input raster pages made with the
-// CUPS library itself, and one run of the filter in-process with its log and
-// output read back.
+// Input raster pages for the CUPS filter's tests, made with the CUPS library
+// itself, and one run of the filter in-process with its log and output read back.
 #pragma once
 
 #include <cups/raster.h>
-#include <gtest/gtest.h>
 #include <fcntl.h>
+#include <gtest/gtest.h>
 #include <unistd.h>
 
 #include <cstdio>
 #include <cstring>
-#include <fstream>
-#include <functional>
-#include <sstream>
 #include <string>
 #include <vector>
 
 #include "cups/raster_filter.h"
 #include "cups/raster_summary.h"
+#include "tools/test_files.h"
 
 namespace inkdot::test {
 
@@ -26,9 +23,7 @@ inline cups_page_header2_t inputHeader(unsigned width, unsigned height, cups_csp
                                        unsigned xdpi = 720, unsigned ydpi = 720) {
     cups_page_header2_t h;
     std::memset(&h, 0, sizeof h);
-    const unsigned channels = (space == CUPS_CSPACE_W || space == CUPS_CSPACE_SW || space == CUPS_CSPACE_K) ? 1
-                              : space == CUPS_CSPACE_CMYK                                                 ? 4
-                                                                                                          : 3;
+    const unsigned channels = space == CUPS_CSPACE_W || space == CUPS_CSPACE_K ? 1 : space == CUPS_CSPACE_CMYK ? 4 : 3;
     h.HWResolution[0] = xdpi;
     h.HWResolution[1] = ydpi;
     h.PageSize[0] = width * 72 / xdpi;
@@ -45,8 +40,7 @@ inline cups_page_header2_t inputHeader(unsigned width, unsigned height, cups_csp
     return h;
 }
 
-// One page: its header and its pixel bytes (cupsBytesPerLine × cupsHeight,
-// or fewer for a page cut short).
+// One page: its header and its pixel bytes (cupsBytesPerLine × cupsHeight, or fewer for a page cut short).
 struct InputPage {
     cups_page_header2_t header;
     std::vector<uint8_t> pixels;
@@ -55,46 +49,22 @@ struct InputPage {
 // A page of one colour: `pixel` holds one pixel's bytes.
 inline InputPage flatPage(cups_page_header2_t header, std::vector<uint8_t> pixel) {
     InputPage page{header, {}};
-    page.pixels.reserve(size_t{header.cupsBytesPerLine} * header.cupsHeight);
     for (size_t i = 0; i < size_t{header.cupsWidth} * header.cupsHeight; ++i)
         page.pixels.insert(page.pixels.end(), pixel.begin(), pixel.end());
     return page;
 }
 
-// A page whose pixel bytes come from f(x, y, channel).
-inline InputPage patternPage(cups_page_header2_t header, const std::function<uint8_t(unsigned, unsigned, unsigned)>& f) {
-    InputPage page{header, {}};
-    const unsigned channels = header.cupsBitsPerPixel / 8;
-    for (unsigned y = 0; y < header.cupsHeight; ++y)
-        for (unsigned x = 0; x < header.cupsWidth; ++x)
-            for (unsigned c = 0; c < channels; ++c) page.pixels.push_back(f(x, y, c));
-    return page;
-}
-
-// Writes the pages as a CUPS raster stream (uncompressed, as most raster
-// makers write it).
+// Writes the pages as an uncompressed CUPS raster stream, as most raster makers write it.
 inline void writeRasterFile(const std::string& path, std::vector<InputPage> pages) {
     const int fd = ::open(path.c_str(), O_WRONLY | O_CREAT | O_TRUNC, 0644);
     ASSERT_GE(fd, 0);
     cups_raster_t* r = cupsRasterOpen(fd, CUPS_RASTER_WRITE);
-    ASSERT_NE(r, nullptr);
     for (InputPage& page : pages) {
         ASSERT_TRUE(cupsRasterWriteHeader2(r, &page.header));
-        if (!page.pixels.empty())
-            cupsRasterWritePixels(r, page.pixels.data(), static_cast<unsigned>(page.pixels.size()));
+        if (!page.pixels.empty()) cupsRasterWritePixels(r, page.pixels.data(), unsigned(page.pixels.size()));
     }
     cupsRasterClose(r);
     ::close(fd);
-}
-
-// Cuts a file down to its first `bytes` bytes.
-inline void truncateFile(const std::string& path, off_t bytes) { ASSERT_EQ(::truncate(path.c_str(), bytes), 0); }
-
-inline std::string readText(const std::string& path) {
-    std::ifstream file(path, std::ios::binary);
-    std::ostringstream text;
-    text << file.rdbuf();
-    return text.str();
 }
 
 // One run of the filter on a raster file.
@@ -108,25 +78,21 @@ struct FilterRun {
     // The lines that start with `prefix`.
     std::vector<std::string> lines(const std::string& prefix) const {
         std::vector<std::string> found;
-        std::istringstream in(log);
-        for (std::string line; std::getline(in, line);)
-            if (line.rfind(prefix, 0) == 0) found.push_back(line);
+        for (size_t at = 0, end; at < log.size(); at = end + 1) {
+            end = std::min(log.find('\n', at), log.size());
+            if (log.compare(at, prefix.size(), prefix) == 0) found.push_back(log.substr(at, end - at));
+        }
         return found;
     }
 };
 
 inline FilterRun runFilter(const std::string& dir, const std::string& input, const std::string& options = "",
-                           int copies = 1, const std::string& ppdPath = "") {
+                           const std::string& ppdPath = "") {
     cups::FilterArgs args;
-    args.jobId = "1";
-    args.user = "tester";
-    args.title = "test page";
-    args.copies = copies;
     args.options = options;
     args.file = input;
     args.ppdPath = ppdPath;
-    const std::string outPath = dir + "/out.ras";
-    const std::string logPath = dir + "/filter.log";
+    const std::string outPath = dir + "/out.ras", logPath = dir + "/filter.log";
     FilterRun run;
     const int out = ::open(outPath.c_str(), O_WRONLY | O_CREAT | O_TRUNC, 0644);
     std::FILE* log = std::fopen(logPath.c_str(), "w");
@@ -134,7 +100,7 @@ inline FilterRun runFilter(const std::string& dir, const std::string& input, con
     run.status = cups::runRasterFilter(args, -1, out, log);
     ::close(out);
     std::fclose(log);
-    run.log = readText(logPath);
+    run.log = readBytes(logPath);
     const int in = ::open(outPath.c_str(), O_RDONLY);
     std::string error;
     run.outputReadable = in >= 0 && cups::summariseRaster(in, run.pages, error);

@@ -1,88 +1,70 @@
-// Targets printed through the real engine, where the answer is known: blank
-// paper prints nothing, full ink covers everything, a flat gray patch prints
-// its tone; and the report command's files.
+// Flat patches printed through the real engine in every setting, where the
+// answer is known; and the report command's files.
 #include <gtest/gtest.h>
 
-#include <fstream>
 #include <sstream>
 
 #include "cli/cli.h"
 #include "report/printed_patch.h"
 #include "report/report_data.h"
-#include "tools/temp_dir.h"
+#include "tools/test_files.h"
 
 namespace inkdot::tools {
 namespace {
 
-using test::TempDir;
-
-struct Config {
-    Method method;
-    unsigned bits;
-};
-const Config kConfigs[] = {{Method::ErrorDiffusion, 1}, {Method::Dither, 1}, {Method::Threshold, 1},
-                           {Method::ErrorDiffusion, 2}, {Method::Dither, 2}};
 const Resolution kResolutions[] = {Resolution::R720x720, Resolution::R1440x720, Resolution::R360x720,
                                    Resolution::R720x360};
 
-std::unique_ptr<BlockSource> defaultPack() {
+std::vector<PrintedPatch> print(bool mono, Method method, unsigned bits, Resolution resolution,
+                                const std::vector<Rgb>& colours, PatchLayout layout = {64, 16, 32}) {
     std::string error;
-    auto pack = openDefaultPack(error);
-    EXPECT_TRUE(pack) << error;
-    return pack;
-}
-
-std::vector<PrintedPatch> print(const ColourSettings& colour, Config config, Resolution resolution,
-                                std::vector<Rgb> colours, PatchLayout layout = {64, 16, 32}) {
-    auto pack = defaultPack();
+    static const auto pack = openDefaultPack(error);
+    ColourSettings colour;
+    colour.mono = mono;
     std::vector<PrintedPatch> patches;
-    std::string error;
-    EXPECT_TRUE(printFlatPatches(colour, {config.method, config.bits, resolution, HScale::x1, 0}, *pack, colours,
-                                 layout, patches, error))
+    EXPECT_TRUE(printFlatPatches(colour, {method, bits, resolution, HScale::x1, 0}, *pack, colours, layout, patches, error))
         << error;
     return patches;
 }
 
-// Two-bit output has no spread thresholds for columns twice as dense as lines.
-bool available(Config c, Resolution r) { return !(c.bits == 2 && r == Resolution::R720x360); }
+double coverage(const PrintedPatch& patch, unsigned plane) { return countPlane(patch, plane).coverage({}); }
 
-std::string describe(Config c, Resolution r) {
-    return std::string(methodName(c.method)) + " " + std::to_string(c.bits) + "-bit " + resolutionName(r);
-}
-
-TEST(ReportTargets, BlankPaperPrintsNoDots) {
-    for (bool mono : {false, true}) {
-        ColourSettings colour;
-        colour.mono = mono;
-        for (Config c : kConfigs) {
-            for (Resolution r : kResolutions) {
-                if (!available(c, r)) continue;
-                const auto patches = print(colour, c, r, {{255, 255, 255}});
-                ASSERT_EQ(patches.size(), 1u);
-                for (unsigned p = 0; p < patches[0].planes; ++p)
-                    EXPECT_EQ(countPlane(patches[0], p).coverage({}), 0.0) << describe(c, r) << " plane " << p;
-            }
-        }
-    }
-}
-
-TEST(ReportTargets, FullInkCoversEveryPixel) {
-    ColourSettings mono;
-    mono.mono = true;
-    for (Config c : kConfigs) {
-        for (Resolution r : kResolutions) {
-            if (!available(c, r)) continue;
-            const auto black = print(mono, c, r, {{0, 0, 0}});
-            const DotCounts k = countPlane(black[0], 0);
-            EXPECT_EQ(k.share(3), 1.0) << describe(c, r);  // every pixel a large dot
-            EXPECT_EQ(k.coverage({}), 1.0) << describe(c, r);
-
-            // Full cyan alone is within every ink limit: cyan everywhere, nothing else.
-            const auto cyan = print({}, c, r, {{0, 255, 255}});
-            EXPECT_EQ(countPlane(cyan[0], 0).coverage({}), 1.0) << describe(c, r);
-            for (unsigned p = 1; p < 4; ++p) EXPECT_EQ(countPlane(cyan[0], p).coverage({}), 0.0) << describe(c, r);
-        }
-    }
+// Paper white takes no ink, darker grays take more,
+// black in mono is a large dot on every pixel, full cyan (within every ink
+// limit) is cyan everywhere and nothing else, and red and blue land in their
+// two inks.
+TEST(ReportTargets, EverySettingPrintsTheKnownTones) {
+    const std::vector<Rgb> colours = {{255, 255, 255}, {192, 192, 192}, {128, 128, 128}, {64, 64, 64}, {0, 0, 0},
+                                      {0, 255, 255},   {255, 0, 0},     {0, 0, 255}};
+    for (Method m : {Method::ErrorDiffusion, Method::Dither, Method::Threshold})
+        for (unsigned bits : {1u, 2u})
+            for (Resolution r : kResolutions)
+                for (bool mono : {false, true}) {
+                    // Threshold is one-bit only; two-bit output has no spread table for 720x360.
+                    if (bits == 2 && (m == Method::Threshold || r == Resolution::R720x360)) continue;
+                    const std::string name = std::string(methodName(m)) + " " + std::to_string(bits) + "-bit " +
+                                             resolutionName(r) + (mono ? " mono" : " colour");
+                    const auto p = print(mono, m, bits, r, colours);
+                    ASSERT_EQ(p.size(), colours.size()) << name;
+                    std::vector<double> ink(colours.size());
+                    for (size_t i = 0; i < p.size(); ++i)
+                        for (unsigned k = 0; k < p[i].planes; ++k) ink[i] += coverage(p[i], k);
+                    EXPECT_EQ(ink[0], 0.0) << name;
+                    // A fixed threshold steps; in colour it may trade a few dots of colour for black.
+                    for (size_t i = 1; i < 5; ++i)
+                        EXPECT_GT(ink[i], ink[i - 1] - (m == Method::Threshold ? 0.01 : 0.0)) << name << " " << i;
+                    if (mono) {
+                        EXPECT_EQ(countPlane(p[4], 0).share(3), 1.0) << name;
+                        continue;
+                    }
+                    EXPECT_EQ(coverage(p[5], 0), 1.0) << name;
+                    EXPECT_EQ(ink[5], 1.0) << name;
+                    // Red is magenta and yellow, blue cyan and magenta.
+                    EXPECT_GT(std::min(coverage(p[6], 1), coverage(p[6], 2)), 0.8) << name;
+                    EXPECT_LT(coverage(p[6], 0) + coverage(p[6], 3), 0.02) << name;
+                    EXPECT_GT(std::min(coverage(p[7], 0), coverage(p[7], 1)), 0.8) << name;
+                    EXPECT_LT(coverage(p[7], 2), 0.02) << name;
+                }
 }
 
 TEST(ReportTargets, TwoBitPrintsTheToneOfOneBit) {
@@ -94,67 +76,45 @@ TEST(ReportTargets, TwoBitPrintsTheToneOfOneBit) {
     // dot split rounds each row to 1/255 per dot size and the two depths
     // place their dots by different rules. Before the dot split matched the
     // one-bit tone, cyan at input 223 printed 0.11 in one bit and 0.21 in two.
-    const std::pair<const char*, Rgb (*)(uint8_t)> ramps[] = {
-        {"gray", [](uint8_t v) { return Rgb{v, v, v}; }},
-        {"cyan", [](uint8_t v) { return Rgb{v, 255, 255}; }},
-        {"magenta", [](uint8_t v) { return Rgb{255, v, 255}; }},
-        {"yellow", [](uint8_t v) { return Rgb{255, 255, v}; }},
-    };
-    const PatchLayout layout{128, 16, 64};
-    for (bool mono : {false, true}) {
-        ColourSettings colour;
-        colour.mono = mono;
-        for (Method m : {Method::ErrorDiffusion, Method::Dither}) {
-            for (Resolution r : {Resolution::R720x720, Resolution::R1440x720, Resolution::R360x720}) {
-                for (const auto& [name, rampColour] : ramps) {
-                    if (mono && std::string(name) != "gray") continue;
-                    std::vector<Rgb> ramp;
-                    for (int v = 255; v >= 0; v -= 16) ramp.push_back(rampColour(static_cast<uint8_t>(v)));
-                    const auto one = print(colour, {m, 1}, r, ramp, layout);
-                    const auto two = print(colour, {m, 2}, r, ramp, layout);
-                    ASSERT_EQ(one.size(), two.size());
-                    for (size_t i = 0; i < one.size(); ++i) {
-                        for (unsigned p = 0; p < one[i].planes; ++p) {
-                            const double c1 = countPlane(one[i], p).coverage({});
-                            const double c2 = countPlane(two[i], p).coverage({});
-                            EXPECT_NEAR(c2, c1, 0.006 + 0.03 * c1)
-                                << describe({m, 1}, r) << (mono ? " mono " : " ") << name << " ramp, input "
-                                << 255 - 16 * i << ", plane " << p;
-                        }
-                    }
-                }
-            }
+    for (int ramp = 0; ramp < 4; ++ramp) {  // gray, cyan, magenta, yellow
+        std::vector<Rgb> colours;
+        for (int v = 255; v >= 0; v -= 16) {
+            const uint8_t u = uint8_t(v);
+            colours.push_back(ramp == 0 ? Rgb{u, u, u} : ramp == 1 ? Rgb{u, 255, 255} : ramp == 2 ? Rgb{255, u, 255} : Rgb{255, 255, u});
         }
+        for (bool mono : {false, true})
+            for (Method m : {Method::ErrorDiffusion, Method::Dither})
+                for (Resolution r : {Resolution::R720x720, Resolution::R1440x720, Resolution::R360x720}) {
+                    if (mono && ramp > 0) continue;
+                    const auto one = print(mono, m, 1, r, colours, {128, 16, 64});
+                    const auto two = print(mono, m, 2, r, colours, {128, 16, 64});
+                    for (size_t i = 0; i < one.size(); ++i)
+                        for (unsigned p = 0; p < one[i].planes; ++p)
+                            EXPECT_NEAR(coverage(two[i], p), coverage(one[i], p), 0.006 + 0.03 * coverage(one[i], p))
+                                << methodName(m) << " " << resolutionName(r) << (mono ? " mono" : "") << " ramp "
+                                << ramp << ", input " << 255 - 16 * i << ", plane " << p;
+                }
     }
 }
 
-std::vector<std::string> readLines(const std::string& path) {
-    std::ifstream file(path);
-    std::vector<std::string> lines;
-    for (std::string line; std::getline(file, line);) lines.push_back(line);
-    return lines;
-}
-
 TEST(ReportCommand, WritesTheMeasurementsOfEveryMethod) {
-    TempDir dir;
+    test::TempDir dir;
     std::ostringstream out, err;
-    ASSERT_EQ(runCli({"report", "-o", dir.file("r"), "--quick", "--bits", "2", "--csv"}, out, err), kExitOk)
-        << err.str();
-    const auto tone = readLines(dir.file("r/tone.csv"));
-    ASSERT_FALSE(tone.empty());
-    EXPECT_EQ(tone[0], "method,ramp,level,ink,none,small,medium,large,dotted,coverage");
+    ASSERT_EQ(runCli({"report", "-o", dir.file("r"), "--quick", "--bits", "2", "--csv"}, out, err), kExitOk) << err.str();
+    const std::string tone = test::readBytes(dir.file("r/tone.csv"));
+    EXPECT_EQ(tone.substr(0, tone.find('\n')), "method,ramp,level,ink,none,small,medium,large,dotted,coverage");
     // Two methods (no threshold at two bits), four ramps, levels 0, 32, ..., 224, 255, four inks.
-    EXPECT_EQ(tone.size(), 1u + 2 * 4 * 9 * 4);
-    // White paper: the last level of the first ramp prints nothing.
-    bool sawWhite = false;
-    for (const std::string& line : tone)
-        if (line.rfind("ed,gray,255,", 0) == 0) {
-            EXPECT_EQ(line.substr(line.rfind(',') + 1), "0") << line;
-            sawWhite = true;
-        }
-    EXPECT_TRUE(sawWhite);
-    for (const char* name : {"config.csv", "spectrum.csv", "flat.csv", "texture.csv"})
-        EXPECT_GT(readLines(dir.file(std::string("r/") + name)).size(), 1u) << name;
+    EXPECT_EQ(std::count(tone.begin(), tone.end(), '\n'), 1 + 2 * 4 * 9 * 4);
+    // White paper: level 255 of the gray ramp prints nothing in any ink (coverage, the last field, 0).
+    for (const char* ink : {"cyan", "magenta", "yellow", "black"}) {
+        const size_t at = tone.find(std::string("ed,gray,255,") + ink);
+        ASSERT_NE(at, std::string::npos) << ink;
+        EXPECT_EQ(tone.substr(tone.find('\n', at) - 2, 2), ",0") << ink;
+    }
+    for (const char* name : {"config.csv", "spectrum.csv", "flat.csv", "texture.csv"}) {
+        const std::string text = test::readBytes(dir.file(std::string("r/") + name));
+        EXPECT_GE(std::count(text.begin(), text.end(), '\n'), 2) << name << ": a header and data";
+    }
 }
 
 }  // namespace
