@@ -6,7 +6,6 @@
 #include <vector>
 
 #include "support/hand_context.h"
-#include "support/ht_fixture.h"
 
 namespace inkdot {
 namespace {
@@ -58,32 +57,6 @@ TEST(ColourInput, Formats2And3ReadTheSameThreeBytePixels) {
             }
         }
     }
-}
-
-// Worked by hand through the whole protocol: a grid that gives plane 2 full
-// ink wherever byte 2 is low, and a run of two white pixels given three bytes
-// apart with inputFormat 3. Pixel 1 is bytes 3..5 (255 255 255): white, so no
-// plane prints. Reading it four bytes on (255 255 0) would have printed plane 2.
-TEST(ColourInput, InputFormat3RunOfTwoWhitePixelsPrintsNothing) {
-    test::MemoryWatch watch;
-    test::ColourLut lut({0, 255}, [](int first, int, int) {
-        return test::ColourLut::Node{0, 0, static_cast<uint8_t>(first == 0 ? 255 : 0), 0};
-    });
-    test::HtBlocks blocks;
-    test::Bytes levels;
-    for (int l = 0; l <= 240; l += 8) levels.push_back(static_cast<uint8_t>(l));
-    levels.push_back(255);
-    blocks.gridLevels = test::gridLevelBlock(levels);
-    blocks.matrix = test::thresholdMatrixBlock(1, 1, {0});
-    HtSettings s = test::htSettings(1, 1, 1, 16);  // error diffusion, colour, inputFormat 3, 720 x 720
-    ASSERT_EQ(s.inputFormat, 3u);
-    test::HtInstance ht(s, lut.lut, blocks);
-    ASSERT_EQ(ht.rc, RC_OK);
-    const uint8_t src[] = {255, 255, 255, 255, 255, 255, 0, 0};
-    uint8_t dst[4 * 2];
-    std::fill(std::begin(dst), std::end(dst), 0xA5);
-    ASSERT_EQ(Halftone(ht.ctx, src, dst, 2, 0, 2, 0, 0, 0, 0, 0), RC_OK);
-    for (unsigned plane = 0; plane < 4; ++plane) EXPECT_EQ(dst[2 * plane], 0) << "plane " << plane;
 }
 
 }  // namespace

@@ -426,35 +426,5 @@ TEST(Ed1ColourCached, MatrixWiderThan256IsRefusedUntouched) {
     EXPECT_EQ(plain.run(Pixels().white().white(), 2), RC_OK);
 }
 
-// A flat patch prints each plane about as often as its level asks: the
-// diffused planes remove 255 a dot, plane 2 is dithered with tone = level
-// against a matrix holding every value 0..255 once.
-TEST(Ed1Colour, FlatPatchDensityFollowsLevels) {
-    const uint8_t levels[4] = {64, 128, 96, 192};
-    constexpr uint32_t kLines = 64;
-    for (const KernelCase& k : kAllCases) {
-        SCOPED_TRACE(k.name);
-        Rig r(k);
-        std::vector<uint16_t> cells(256);
-        for (uint16_t v = 0; v < 256; ++v) cells[v] = v;
-        std::shuffle(cells.begin(), cells.end(), std::mt19937(7));
-        r.hc.setMatrix(16, 16, cells);
-        r.hc.setSpread(56, 22, 11, 4);
-        r.palette(1, levels[0], levels[1], levels[2], levels[3]);
-        for (int v = 0; v < 256; ++v) r.hc.tone[v] = static_cast<uint16_t>(v);
-        const Pixels patch = Pixels().repeat(kWidth, 1);
-        long dots[4] = {};
-        for (uint32_t line = 0; line < kLines; ++line) {
-            ASSERT_EQ(r.run(patch, kWidth, 0, line), RC_OK);
-            for (unsigned p = 0; p < 4; ++p)
-                for (uint32_t b = 0; b < kWidth / 8; ++b) dots[p] += std::popcount(r.plane(p, b));
-        }
-        for (unsigned p = 0; p < 4; ++p) {
-            const double density = static_cast<double>(dots[p]) / (kLines * kWidth);
-            EXPECT_NEAR(density, levels[p] / 255.0, 0.02) << "plane " << p;
-        }
-    }
-}
-
 }  // namespace
 }  // namespace inkdot
