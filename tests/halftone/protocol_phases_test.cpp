@@ -102,20 +102,6 @@ TEST(PhaseCounter, CallWithoutAnAnswerWordUsesUpItsPhase) {
     EXPECT_EQ(ht.ctx->kernel, nullptr);
 }
 
-TEST(PhaseCounter, AFailedPhaseStopsTheProtocol) {
-    // Phase 2 fails on the class id; a driver that goes on anyway gets no
-    // kernel, so Halftone keeps refusing the instance.
-    HtBlocks blocks;
-    blocks.requestList = test::requestListBlock({100});
-    test::WatchedMono m(monoEd(), blocks, 2);
-    HtInstance& ht = m.ht;
-    EXPECT_EQ(ht.rc, RC_DATA);
-    EXPECT_EQ(ht.ctx->failedPhase, 2u);
-    EXPECT_EQ(ht.feed(blocks.matrix), RC_DATA);
-    EXPECT_EQ(ht.ctx->kernel, nullptr);
-    EXPECT_EQ(ht.ctx->buffers[kThresholdMatrix].data, nullptr);
-}
-
 TEST(Completion, OneBitChoosesItsKernelAfterPhaseThree) {
     test::WatchedMono m(monoEd(), HtBlocks{}, 2);
     HtInstance& ht = m.ht;
@@ -164,7 +150,10 @@ TEST(Completion, CallsBeyondTheLastPhaseAreRefusedAndKeepTheInstance) {
 
     HtInstance twoBit(test::htSettings(3, 0, 2), m.lut.lut);
     ASSERT_EQ(twoBit.rc, RC_OK);
-    EXPECT_EQ(twoBit.feed(HtBlocks{}.dotSplit), RC_DATA);  // no fifth phase
+    const int64_t live = m.watch.seam().liveBlocks;
+    for (int extra = 0; extra < 3; ++extra) EXPECT_EQ(twoBit.feed(HtBlocks{}.dotSplit), RC_DATA);  // no fifth phase
+    EXPECT_EQ(twoBit.ctx->callCount, 7u);
+    EXPECT_EQ(m.watch.seam().liveBlocks, live);
     EXPECT_NE(twoBit.ctx->kernel, nullptr);
     EXPECT_NE(twoBit.ctx->buffers[kDotSplitTable].data, nullptr);
 }

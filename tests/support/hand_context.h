@@ -232,6 +232,20 @@ inline std::string codesOf(const std::vector<uint8_t>& out, uint32_t stride, uns
     return s;
 }
 
+// One run of `count` pixels from column startX of line lineNo; the pixels of
+// each plane the kernel writes as text, planes separated by spaces
+// ("0110 0000 ..." one-bit, codes "0".."3" two-bit).
+inline std::string runPlanes(HandContext& hc, const std::vector<uint8_t>& in, uint32_t count, uint32_t startX = 0,
+                             uint32_t lineNo = 0) {
+    constexpr uint32_t kStride = 16;
+    std::vector<uint8_t> out(4 * kStride, 0xA5);
+    if (hc.run(in.data(), out.data(), kStride, 0, count, startX, lineNo) != RC_OK) return "refused";
+    std::string planes;
+    for (unsigned k = 0; k < (hc.ctx.colourMode ? 4u : 1u); ++k)
+        planes += (k ? " " : "") + (hc.ctx.outputBits == 1 ? bitsOf(out, kStride, k, count) : codesOf(out, kStride, k, count));
+    return planes;
+}
+
 // Colour pixels, three bytes each.
 inline std::vector<uint8_t> rgbPixels(std::initializer_list<std::array<uint8_t, 3>> pixels) {
     std::vector<uint8_t> bytes;
