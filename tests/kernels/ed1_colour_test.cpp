@@ -7,7 +7,7 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
-#include <bit>
+#include <functional>
 #include <random>
 #include <vector>
 
@@ -222,76 +222,67 @@ TEST(Ed1Colour, ActivityHistory) {
     }
 }
 
-// The odd last pixel: M = 255 with a 16 x 16 matrix, m = 10.
-class OddPixel {
-public:
-    explicit OddPixel(const KernelCase& k, uint32_t inputFormat = 2) : r(k, inputFormat) {
-        r.hc.setFlatMatrix(16, 16, 10);
-    }
-    Rig r;
-};
 
 TEST(Ed1Colour, CountOneOnlyDithersThePair) {
     for (const KernelCase& k : kAllCases) {
         SCOPED_TRACE(k.name);
-        OddPixel o(k);
-        o.r.palette(1, 200, 0, 0, 100);
-        o.r.hc.tone[200] = 200;
-        o.r.hc.tone[100] = 100;
-        for (uint32_t x = 0; x < 8; ++x) o.r.preload(x, 32 * 1000);
-        const std::vector<int32_t> before = o.r.hc.errorLines[0];
-        ASSERT_EQ(o.r.run(Pixels().rgb(1, 1, 1), 1, 3), RC_OK);
-        EXPECT_EQ(o.r.plane(3), 0x80);  // t3 = 100 > 10
-        EXPECT_EQ(o.r.plane(0), 0x00);  // 245 < 200 fails
-        EXPECT_EQ(o.r.hc.errorLines[0], before) << "no diffusion at all";
-        EXPECT_EQ(o.r.hc.ctx.prevRunEnd, 4u);
+        Rig r(k);
+        r.hc.setFlatMatrix(16, 16, 10);
+        r.palette(1, 200, 0, 0, 100);
+        r.hc.tone[200] = 200;
+        r.hc.tone[100] = 100;
+        for (uint32_t x = 0; x < 8; ++x) r.preload(x, 32 * 1000);
+        const std::vector<int32_t> before = r.hc.errorLines[0];
+        ASSERT_EQ(r.run(Pixels().rgb(1, 1, 1), 1, 3), RC_OK);
+        EXPECT_EQ(r.plane(3), 0x80);  // t3 = 100 > 10
+        EXPECT_EQ(r.plane(0), 0x00);  // 245 < 200 fails
+        EXPECT_EQ(r.hc.errorLines[0], before) << "no diffusion at all";
+        EXPECT_EQ(r.hc.ctx.prevRunEnd, 4u);
     }
 }
 
-TEST(Ed1Colour, OddPixelPairsPlanesZeroAndThree) {
-    for (const KernelCase& k : kAllCases) {
-        for (uint8_t level0 : {200, 250}) {
-            SCOPED_TRACE(std::string(k.name) + " t0 " + std::to_string(level0));
-            OddPixel o(k);
-            o.r.palette(1, level0, 0, 0, 100);
-            o.r.hc.tone[level0] = level0;
-            o.r.hc.tone[100] = 100;
-            ASSERT_EQ(o.r.run(Pixels().white().white().rgb(1, 1, 1), 3), RC_OK);
-            EXPECT_EQ(o.r.plane(3), 0x20);
-            EXPECT_EQ(o.r.plane(0), level0 == 250 ? 0x20 : 0x00);
+// The odd last pixel (M = 255, m = 10) as worked by hand: planes 3 and 0 pair
+// against m (t3 = 100 > 10; t0 + t3 > 255 - 10 adds plane 0), planes 1 and 2
+// against n = 245 (t1 > 245 prints 1, else t1 + t2 > 245 prints 2); the nodes
+// are chosen at mid-matrix (q = 128 moves weight 128) and a level of 31 or
+// less counts as 0, except in ink input.
+TEST(Ed1Colour, OddLastPixel) {
+    struct Case {
+        const char* what;
+        uint32_t inputFormat;
+        std::function<void(Rig&)> tables;
+        Pixels pixels;
+        uint8_t planes[4];  // the first output byte of each plane
+    };
+    auto tones = [](std::initializer_list<std::pair<uint8_t, uint16_t>> t) {
+        return [t](Rig& r) { for (auto [level, tone] : t) r.hc.tone[level] = tone; };
+    };
+    auto pair03 = [&](uint8_t l0) { return [=](Rig& r) { r.palette(1, l0, 0, 0, 100); tones({{l0, l0}, {100, 100}})(r); }; };
+    auto pair12 = [&](uint16_t t1, uint16_t t2) { return [=](Rig& r) { r.palette(1, 0, 40, 50, 0); tones({{40, t1}, {50, t2}})(r); }; };
+    const Case cases[] = {
+        {"plane 3 alone", 2, pair03(200), Pixels().white().white().rgb(1, 1, 1), {0, 0, 0, 0x20}},
+        {"planes 3 and 0", 2, pair03(250), Pixels().white().white().rgb(1, 1, 1), {0x20, 0, 0, 0x20}},
+        {"plane 2 by the pair sum", 2, pair12(100, 200), Pixels().rgb(1, 1, 1), {0, 0, 0x80, 0}},
+        {"plane 1 alone", 2, pair12(250, 10), Pixels().rgb(1, 1, 1), {0, 0x80, 0, 0}},
+        {"neither: 200 is not above 245", 2, pair12(100, 100), Pixels().rgb(1, 1, 1), {0, 0, 0, 0}},
+        {"250 is", 2, pair12(100, 150), Pixels().rgb(1, 1, 1), {0, 0, 0x80, 0}},
+        {"nodes at mid-matrix, faint levels dropped", 2, [](Rig& r) {
+             r.hc.setGridCell(70, 3, 128);
+             r.hc.setNode(4, 4, 4, test::packInks(31, 0, 0, 40));
+             r.hc.tone[31] = r.hc.tone[40] = 1000;
+         }, Pixels().rgb(70, 70, 70), {0, 0, 0, 0x80}},
+        {"ink input keeps faint levels", 4, tones({{31, 1000}, {40, 1000}}), Pixels().ink(31, 0, 0, 40),
+         {0x80, 0, 0, 0x80}},
+    };
+    for (const Case& c : cases) {
+        for (const KernelCase& k : kAllCases) {
+            SCOPED_TRACE(std::string(k.name) + ": " + c.what);
+            Rig r(k, c.inputFormat);
+            r.hc.setFlatMatrix(16, 16, 10);
+            c.tables(r);
+            ASSERT_EQ(r.run(c.pixels, static_cast<uint32_t>(c.pixels.bytes.size() / (c.inputFormat == 4 ? 4 : 3))), RC_OK);
+            for (unsigned p = 0; p < 4; ++p) EXPECT_EQ(r.plane(p), c.planes[p]) << "plane " << p;
         }
-    }
-}
-
-TEST(Ed1Colour, OddPixelPairsPlanesOneAndTwoOnTheMirroredValue) {
-    struct Case { uint16_t t1, t2; uint8_t plane1, plane2; };
-    // n = 255 - 10 = 245.
-    const Case cases[] = {{100, 200, 0, 0x80}, {250, 10, 0x80, 0}, {100, 100, 0, 0}, {100, 150, 0, 0x80}};
-    for (const KernelCase& k : kAllCases) {
-        for (const Case& c : cases) {
-            SCOPED_TRACE(std::string(k.name) + " t1 " + std::to_string(c.t1) + " t2 " + std::to_string(c.t2));
-            OddPixel o(k);
-            o.r.palette(1, 0, 40, 50, 0);
-            o.r.hc.tone[40] = c.t1;
-            o.r.hc.tone[50] = c.t2;
-            ASSERT_EQ(o.r.run(Pixels().rgb(1, 1, 1), 1), RC_OK);
-            EXPECT_EQ(o.r.plane(1), c.plane1);
-            EXPECT_EQ(o.r.plane(2), c.plane2);
-        }
-    }
-}
-
-TEST(Ed1Colour, OddPixelChoosesNodesAtMidMatrixAndDropsFaintLevels) {
-    for (const KernelCase& k : kAllCases) {
-        SCOPED_TRACE(k.name);
-        OddPixel o(k);
-        o.r.hc.setGridCell(70, 3, 128);  // upper node at q = 128, lower at the matrix's q = 10
-        o.r.hc.setNode(4, 4, 4, test::packInks(31, 0, 0, 40));
-        o.r.hc.tone[31] = 1000;
-        o.r.hc.tone[40] = 1000;
-        ASSERT_EQ(o.r.run(Pixels().rgb(70, 70, 70), 1), RC_OK);
-        EXPECT_EQ(o.r.plane(3), 0x80);
-        EXPECT_EQ(o.r.plane(0), 0x00) << "level 31 counts as 0";
     }
 }
 
@@ -318,15 +309,6 @@ TEST(Ed1Colour, InkInputTakesTheBytesAsLevels) {
         EXPECT_EQ(r.plane(0), 0x40);
         EXPECT_EQ(r.plane(3), 0x40);
     }
-}
-
-TEST(Ed1Colour, InkInputOddPixelKeepsFaintLevels) {
-    OddPixel o(kGeneral, 4);
-    o.r.hc.tone[31] = 1000;
-    o.r.hc.tone[40] = 1000;
-    ASSERT_EQ(o.r.run(Pixels().ink(31, 0, 0, 40), 1), RC_OK);
-    EXPECT_EQ(o.r.plane(3), 0x80);
-    EXPECT_EQ(o.r.plane(0), 0x80);  // 1000 + 1000 > 255 and 255 - 10 < 1000
 }
 
 // The colour kernels take the a forms on odd matrix cells (0x43) and the b

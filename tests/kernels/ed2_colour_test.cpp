@@ -77,35 +77,6 @@ TEST(Ed2ColourGrid, WeightLimitsOfTheNodeChoice) {
     }
 }
 
-// S measured through the node choice: a weight of 100 moves at q = 100, not at 98.
-struct ScaleCase {
-    uint32_t width, height, shift;
-};
-class Ed2ColourScaleShift : public ::testing::TestWithParam<ScaleCase> {};
-
-TEST_P(Ed2ColourScaleShift, NodeChoiceSeesTheScaledMatrixValue) {
-    const ScaleCase& s = GetParam();
-    const uint32_t atQ100 = 100u << s.shift;
-    const uint32_t atQ98 = (98u << s.shift) | ((1u << s.shift) - 1);  // the highest value still at 98
-    for (uint32_t mP : {atQ100, atQ98}) {
-        Colour c;
-        c.setFlatMatrix(s.width, s.height, 0);
-        c.setCell(0, 24 % s.width, static_cast<uint16_t>(mP));
-        c.setGridCell(0, 0, 255);
-        c.setGridCell(1, 0, 100);
-        c.setNode(0, 0, 0, packInks(2, 0, 0, 0));
-        c.setNode(0, 0, 1, packInks(1, 0, 0, 0));
-        c.largeRow(1);
-        c.mediumRow(2);
-        ASSERT_EQ(c.runPixels({1, 0, 0}, 1, 0), RC_OK);
-        EXPECT_EQ(c.out.code(0, 0), mP == atQ100 ? 3u : 2u) << "mP " << mP;
-    }
-}
-
-INSTANTIATE_TEST_SUITE_P(Sizes, Ed2ColourScaleShift,
-                         ::testing::Values(ScaleCase{64, 64, 4}, ScaleCase{32, 32, 2}, ScaleCase{16, 16, 0},
-                                           ScaleCase{128, 128, 6}, ScaleCase{256, 256, 0}));
-
 // Grid smoothing, observed on plane 2 (matrix only): rows 12, 11, 13 and 10
 // give codes 3, 2, 1 and 2; everything else 0.
 struct Smoothing : Colour {
