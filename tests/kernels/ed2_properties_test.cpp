@@ -18,7 +18,7 @@ constexpr uint32_t kPatchLines = 64;
 // tone 16 i reaching 4096 at 255, split rows that move from small to medium
 // to large dots as the amount grows, thresholds near the middle.
 void realisticTables(Ed2Hand& h) {
-    h.setMatrix(64, 64, bayerMatrix(64));
+    h.setMatrix(64, 64, permutationMatrix(64, 3));
     for (uint32_t i = 0; i < 255; ++i) h.tone[i] = static_cast<uint16_t>(16 * i);
     h.tone[255] = 4096;
     for (uint32_t a = 0; a < 256; ++a) {

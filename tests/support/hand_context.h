@@ -196,25 +196,6 @@ inline std::vector<uint16_t> permutationMatrix(uint32_t side, uint32_t seed) {
     return cells;
 }
 
-// The recursive Bayer matrix of side 2^k: also every value once.
-inline std::vector<uint16_t> bayerMatrix(uint32_t side) {
-    // Built by doubling: B(2n) = [4B + 0, 4B + 2; 4B + 3, 4B + 1].
-    std::vector<uint16_t> b = {0};
-    for (uint32_t n = 1; n < side; n *= 2) {
-        std::vector<uint16_t> next(4 * n * n);
-        for (uint32_t y = 0; y < n; ++y)
-            for (uint32_t x = 0; x < n; ++x) {
-                const uint16_t v = static_cast<uint16_t>(4 * b[y * n + x]);
-                next[y * 2 * n + x] = v;
-                next[y * 2 * n + x + n] = v + 2;
-                next[(y + n) * 2 * n + x] = v + 3;
-                next[(y + n) * 2 * n + x + n] = v + 1;
-            }
-        b = std::move(next);
-    }
-    return b;
-}
-
 // Pixel i of a one-bit plane.
 inline bool bitAt(const uint8_t* plane, uint32_t i) { return (plane[i / 8] >> (7 - i % 8)) & 1; }
 // Dot code of pixel i of a two-bit plane.
