@@ -193,45 +193,39 @@ INSTANTIATE_TEST_SUITE_P(Values, Ed2ColourPerturbation,
                                            PlanePerturbation{2048, 20}, PlanePerturbation{2090, -20},
                                            PlanePerturbation{4095, -24}));
 
-TEST(Ed2ColourPatterns, ParityFormsAreReversed) {
-    for (uint16_t mP : {uint16_t{0}, uint16_t{1}}) {
-        Colour c(4);
-        c.setFlatMatrix(32, 1, 0);
-        c.setCell(0, 24, mP);
-        c.setSplit(5, 10, 0, 0);
-        c.edThreshold[5] = -30;
-        ASSERT_EQ(c.runPixels(inkPixels({{5, 0, 0, 0}}), 1, 0), RC_OK);
-        ASSERT_EQ(c.out.code(0, 0), 1u);
+// One ink pixel of amount row 5 at column 0; the error line 0 cells it leaves.
+TEST(Ed2ColourPatterns, FormsByParityAndClass) {
+    struct Case {
+        const char* what;
+        uint32_t resX, resY;
+        uint16_t flat, mP;
+        uint8_t split[3];
+        int16_t threshold;
+        unsigned code;
+        std::vector<std::pair<int, int32_t>> cells;
+    };
+    const Case cases[] = {
         // err = 10 - 255; odd: G2a (4 at x, 2 at x + 5), even: G2b (6 at x).
-        EXPECT_EQ(c.line(0)[0], (mP & 1 ? 4 : 6) * -245) << "mP " << mP;
-        EXPECT_EQ(c.line(0)[5], (mP & 1 ? 2 : 0) * -245);
+        {"dot, odd cell: G2a", 720, 720, 0, 1, {10, 0, 0}, -30, 1, {{0, 4 * -245}, {5, 2 * -245}}},
+        {"dot, even cell: G2b", 720, 720, 0, 0, {10, 0, 0}, -30, 1, {{0, 6 * -245}, {5, 0}}},
+        // No dot, err 10: H0a (8 at x + 1, nothing at x + 3) on odd cells, H0b (4, 4) on even.
+        {"1440 x 720 without a dot, odd cell: H0a", 1440, 720, 0, 1, {10, 0, 0}, 100, 0, {{1, 8 * 10}, {3, 0}}},
+        {"1440 x 720 without a dot, even cell: H0b", 1440, 720, 0, 0, {10, 0, 0}, 100, 0, {{1, 4 * 10}, {3, 4 * 10}}},
+        // Matrix 4000 is above every tone: no large or medium dot; a medium amount makes the
+        // row heavy. err = 5; Y1: 8 at x - 1, x and (carry) x + 1; 4 at x + 1 and x + 2.
+        {"DoubleY heavy row: Y1", 720, 1440, 4000, 4000, {2, 3, 0}, 1000, 0, {{0, 8 * 5}, {1, 4 * 5}, {2, 4 * 5}}},
+    };
+    for (const Case& c : cases) {
+        SCOPED_TRACE(c.what);
+        Colour col(4, c.resX, c.resY);
+        col.setFlatMatrix(32, 1, c.flat);
+        col.setCell(0, 24, c.mP);
+        col.setSplit(5, c.split[0], c.split[1], c.split[2]);
+        col.edThreshold[5] = c.threshold;
+        ASSERT_EQ(col.runPixels(inkPixels({{5, 0, 0, 0}}), 1, 0), RC_OK);
+        EXPECT_EQ(col.out.code(0, 0), c.code);
+        for (auto [x, v] : c.cells) EXPECT_EQ(col.line(0)[x], v) << "column " << x;
     }
-}
-
-TEST(Ed2ColourPatterns, NoDotIn1440x720TakesH0aOnOddCells) {
-    for (uint16_t mP : {uint16_t{0}, uint16_t{1}}) {
-        Colour c(4, 1440, 720);
-        c.setFlatMatrix(32, 1, 0);
-        c.setCell(0, 24, mP);
-        c.setSplit(5, 10, 0, 0);
-        c.edThreshold[5] = 100;
-        ASSERT_EQ(c.runPixels(inkPixels({{5, 0, 0, 0}}), 1, 0), RC_OK);
-        EXPECT_EQ(c.line(0)[3], mP & 1 ? 0 : 4 * 10) << "H0b reaches x + 3, H0a does not";
-        EXPECT_EQ(c.line(0)[1], (mP & 1 ? 8 : 4) * 10);
-    }
-}
-
-TEST(Ed2ColourPatterns, DoubleYHeavyRowTakesY1) {
-    Colour c(4, 720, 1440);
-    c.setFlatMatrix(32, 1, 4000);  // above every tone: no large or medium dot
-    c.setSplit(5, 2, 3, 0);        // a medium amount makes the row heavy
-    c.edThreshold[5] = 1000;
-    ASSERT_EQ(c.runPixels(inkPixels({{5, 0, 0, 0}}), 1, 0), RC_OK);
-    EXPECT_EQ(c.out.code(0, 0), 0u);
-    // err = 5; Y1: 8 at x - 1, x and (carry) x + 1; 4 at x + 1 and x + 2 on this line.
-    EXPECT_EQ(c.line(0)[-1 + 1], 8 * 5);
-    EXPECT_EQ(c.line(0)[1], 4 * 5);
-    EXPECT_EQ(c.line(0)[2], 4 * 5);
 }
 
 // Small-dot history: rows without small ink diffuse for four pixels, then
