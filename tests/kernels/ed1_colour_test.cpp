@@ -165,64 +165,6 @@ TEST(Ed1Colour, WhitePixelMovesTheCarryIntoItsCell) {
     }
 }
 
-// q = 100 gives p = +20: an edThresholdTable entry of 50 is 70 in planes 0
-// and 3 and 30 in plane 1. A pending sum s = cell / 32 + level decides.
-TEST(Ed1Colour, PlaneOneSubtractsThePerturbation) {
-    struct Expect { int32_t sum; uint8_t planes013; };
-    const Expect expectations[] = {{29, 0b000}, {30, 0b010}, {69, 0b010}, {70, 0b111}};
-    for (const KernelCase& k : kAllCases) {
-        for (const Expect& e : expectations) {
-            SCOPED_TRACE(std::string(k.name) + " sum " + std::to_string(e.sum));
-            Rig r(k);
-            r.hc.setMatrix(1, 1, {100});
-            r.palette(1, 10, 10, 0, 10);
-            r.hc.edThreshold[10] = 50;
-            r.preload(0, 32 * (e.sum - 10));
-            ASSERT_EQ(r.run(Pixels().rgb(1, 1, 1).white(), 2), RC_OK);
-            EXPECT_EQ(r.plane(0), (e.planes013 & 1) ? 0x80 : 0);
-            EXPECT_EQ(r.plane(1), (e.planes013 & 2) ? 0x80 : 0);
-            EXPECT_EQ(r.plane(3), (e.planes013 & 4) ? 0x80 : 0);
-        }
-    }
-}
-
-TEST(Ed1Colour, PlaneTwoIsDitheredByTheMatrix) {
-    for (const KernelCase& k : kAllCases) {
-        SCOPED_TRACE(k.name);
-        Rig r(k);
-        r.hc.setMatrix(4, 1, {99, 100, 101, 0x8000});
-        r.palette(1, 0, 0, 7, 0);
-        r.hc.tone[7] = 100;  // a dot where m < 100, compared as unsigned
-        ASSERT_EQ(r.run(Pixels().repeat(4, 1), 4), RC_OK);
-        EXPECT_EQ(r.plane(2), 0x80);
-    }
-}
-
-// Every cell holds a large pending error, so a plane prints wherever it
-// diffuses and stays blank where it is idle: a plane idles after five pixels
-// without its ink, and white pixels do not count.
-TEST(Ed1Colour, ActivityHistory) {
-    struct Case { Pixels pixels; uint8_t plane0, plane1, plane3; };
-    const Case cases[] = {
-        {Pixels().rgb(1, 1, 1).repeat(7, 2), 0xF8, 0xF0, 0xFF},  // 9 then zeros: five; zeros from the start: four
-        {Pixels().rgb(1, 1, 1).white().repeat(4, 2).white().rgb(2, 2, 2), 0xBC, 0xB8, 0xBD},
-    };
-    for (const KernelCase& k : kAllCases) {
-        for (const Case& c : cases) {
-            SCOPED_TRACE(k.name);
-            Rig r(k);
-            r.palette(1, 9, 0, 0, 9);
-            r.palette(2, 0, 0, 0, 9);
-            for (uint32_t x = 0; x < 16; ++x) r.preload(x, 32 * 1000);
-            ASSERT_EQ(r.run(c.pixels, 8), RC_OK);
-            EXPECT_EQ(r.plane(0), c.plane0);
-            EXPECT_EQ(r.plane(1), c.plane1);
-            EXPECT_EQ(r.plane(3), c.plane3);
-        }
-    }
-}
-
-
 TEST(Ed1Colour, CountOneOnlyDithersThePair) {
     for (const KernelCase& k : kAllCases) {
         SCOPED_TRACE(k.name);
@@ -241,12 +183,18 @@ TEST(Ed1Colour, CountOneOnlyDithersThePair) {
     }
 }
 
-// The odd last pixel (M = 255, m = 10) as worked by hand: planes 3 and 0 pair
-// against m (t3 = 100 > 10; t0 + t3 > 255 - 10 adds plane 0), planes 1 and 2
-// against n = 245 (t1 > 245 prints 1, else t1 + t2 > 245 prints 2); the nodes
-// are chosen at mid-matrix (q = 128 moves weight 128) and a level of 31 or
-// less counts as 0, except in ink input.
-TEST(Ed1Colour, OddLastPixel) {
+// One run worked by hand; the first output byte of each plane.
+// q = 100 gives p = +20: an edThresholdTable entry of 50 is 70 in planes 0
+// and 3 and 30 in plane 1; a pending sum s = cell / 32 + level decides.
+// Plane 2 is dithered: a dot where m < tone, compared as unsigned. With a
+// large pending error in every cell, a plane prints wherever it diffuses: it
+// idles after five pixels without its ink, and white pixels do not count.
+// The odd last pixel (M = 255, m = 10): planes 3 and 0 pair against m (t3 =
+// 100 > 10; t0 + t3 > 255 - 10 adds plane 0), planes 1 and 2 against n = 245
+// (t1 > 245 prints 1, else t1 + t2 > 245 prints 2); the nodes are chosen at
+// mid-matrix (q = 128 moves weight 128) and a level of 31 or less counts as 0,
+// except in ink input.
+TEST(Ed1Colour, HandWorkedRuns) {
     struct Case {
         const char* what;
         uint32_t inputFormat;
@@ -255,11 +203,40 @@ TEST(Ed1Colour, OddLastPixel) {
         uint8_t planes[4];  // the first output byte of each plane
     };
     auto tones = [](std::initializer_list<std::pair<uint8_t, uint16_t>> t) {
-        return [t](Rig& r) { for (auto [level, tone] : t) r.hc.tone[level] = tone; };
+        return [t](Rig& r) {
+            r.hc.setFlatMatrix(16, 16, 10);
+            for (auto [level, tone] : t) r.hc.tone[level] = tone;
+        };
     };
     auto pair03 = [&](uint8_t l0) { return [=](Rig& r) { r.palette(1, l0, 0, 0, 100); tones({{l0, l0}, {100, 100}})(r); }; };
     auto pair12 = [&](uint16_t t1, uint16_t t2) { return [=](Rig& r) { r.palette(1, 0, 40, 50, 0); tones({{40, t1}, {50, t2}})(r); }; };
+    auto pending = [](int32_t sum) {
+        return [=](Rig& r) {
+            r.hc.setMatrix(1, 1, {100});
+            r.palette(1, 10, 10, 0, 10);
+            r.hc.edThreshold[10] = 50;
+            r.preload(0, 32 * (sum - 10));
+        };
+    };
+    auto busy = [](Rig& r) {
+        r.palette(1, 9, 0, 0, 9);
+        r.palette(2, 0, 0, 0, 9);
+        for (uint32_t x = 0; x < 16; ++x) r.preload(x, 32 * 1000);
+    };
     const Case cases[] = {
+        {"sum 29: no plane", 2, pending(29), Pixels().rgb(1, 1, 1).white(), {0, 0, 0, 0}},
+        {"sum 30: plane 1 at 50 - 20", 2, pending(30), Pixels().rgb(1, 1, 1).white(), {0, 0x80, 0, 0}},
+        {"sum 69: plane 1 only", 2, pending(69), Pixels().rgb(1, 1, 1).white(), {0, 0x80, 0, 0}},
+        {"sum 70: planes 0 and 3 at 50 + 20", 2, pending(70), Pixels().rgb(1, 1, 1).white(), {0x80, 0x80, 0, 0x80}},
+        {"plane 2 dithered by the matrix", 2, [](Rig& r) {
+             r.hc.setMatrix(4, 1, {99, 100, 101, 0x8000});
+             r.palette(1, 0, 0, 7, 0);
+             r.hc.tone[7] = 100;
+         }, Pixels().repeat(4, 1), {0, 0, 0x80, 0}},
+        // 9 then zeros: five pixels; zeros from the start: four.
+        {"activity: idle after five pixels without ink", 2, busy, Pixels().rgb(1, 1, 1).repeat(7, 2), {0xF8, 0xF0, 0, 0xFF}},
+        {"activity: white pixels do not count", 2, busy, Pixels().rgb(1, 1, 1).white().repeat(4, 2).white().rgb(2, 2, 2),
+         {0xBC, 0xB8, 0, 0xBD}},
         {"plane 3 alone", 2, pair03(200), Pixels().white().white().rgb(1, 1, 1), {0, 0, 0, 0x20}},
         {"planes 3 and 0", 2, pair03(250), Pixels().white().white().rgb(1, 1, 1), {0x20, 0, 0, 0x20}},
         {"plane 2 by the pair sum", 2, pair12(100, 200), Pixels().rgb(1, 1, 1), {0, 0, 0x80, 0}},
@@ -267,6 +244,7 @@ TEST(Ed1Colour, OddLastPixel) {
         {"neither: 200 is not above 245", 2, pair12(100, 100), Pixels().rgb(1, 1, 1), {0, 0, 0, 0}},
         {"250 is", 2, pair12(100, 150), Pixels().rgb(1, 1, 1), {0, 0, 0x80, 0}},
         {"nodes at mid-matrix, faint levels dropped", 2, [](Rig& r) {
+             r.hc.setFlatMatrix(16, 16, 10);
              r.hc.setGridCell(70, 3, 128);
              r.hc.setNode(4, 4, 4, test::packInks(31, 0, 0, 40));
              r.hc.tone[31] = r.hc.tone[40] = 1000;
@@ -278,7 +256,6 @@ TEST(Ed1Colour, OddLastPixel) {
         for (const KernelCase& k : kAllCases) {
             SCOPED_TRACE(std::string(k.name) + ": " + c.what);
             Rig r(k, c.inputFormat);
-            r.hc.setFlatMatrix(16, 16, 10);
             c.tables(r);
             ASSERT_EQ(r.run(c.pixels, static_cast<uint32_t>(c.pixels.bytes.size() / (c.inputFormat == 4 ? 4 : 3))), RC_OK);
             for (unsigned p = 0; p < 4; ++p) EXPECT_EQ(r.plane(p), c.planes[p]) << "plane " << p;
