@@ -59,6 +59,9 @@ const OnePixel kOnePixelCases[] = {
     {"white drops the cell and prints nothing", 0, {0, 0, 255}, 128, 4, 5000, {255}, 0x00, {{4, 0}}},
     {"small 2 between T3 and T2 prints (sum 2 at threshold 2), err -253 spread by G3: 3 at x, x + 1; 1 at x + 4",
      0, {2, 0, 0}, 2 - 24, 10, 0, {1}, 0x40, {{10, 3 * -253}, {11, 3 * -253}, {14, -253}}},
+    // G4a: this line +1..+4: 2, +5..+10: 1; next line -10..-5: 1, -4..0: 2.
+    {"small 1 at T3 is the lowest band, G4a on an even cell", 0, {1, 0, 0}, 1 - 24, 10, 0, {1}, 0x40,
+     {{10, 2 * -254}, {11, 2 * -254}, {15, -254}, {20, -254}, {21, 0}}},
     // Small-dot threshold + p: a sum equal to it prints, one below does not; only bits
     // 1..7 of the matrix value count (308: +20, 257: +24, 1000: -20, 254 and 0x1FE: -24).
     {"308: +20", 308, {10, 0, 0}, 10 - 20, 0, 0, {1}, 0x40, {}},
