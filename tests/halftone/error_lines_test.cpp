@@ -27,19 +27,11 @@ Lines errorLinesOf(uint32_t method, uint32_t colourMode, uint32_t ditherMode, ui
 
 TEST(ErrorLines, CountByMethodAndColour) {
     test::MemoryWatch watch;
-    // Dither methods: only colour with ditherMode 0 or 2 diffuses a plane.
-    EXPECT_EQ(errorLinesOf(3, 0, 0).count, 0u);
-    EXPECT_EQ(errorLinesOf(3, 1, 0).count, 1u);
-    EXPECT_EQ(errorLinesOf(3, 1, 2).count, 1u);
-    EXPECT_EQ(errorLinesOf(3, 1, 1).count, 0u);
-    EXPECT_EQ(errorLinesOf(0, 1, 2).count, 1u);
-    EXPECT_EQ(errorLinesOf(0, 1, 3).count, 0u);
-    EXPECT_EQ(errorLinesOf(0, 0, 0).count, 0u);
-    // Error diffusion, method 2 like method 1.
-    EXPECT_EQ(errorLinesOf(1, 0, 0).count, 1u);
-    EXPECT_EQ(errorLinesOf(1, 1, 1).count, 4u);
-    EXPECT_EQ(errorLinesOf(2, 0, 1).count, 1u);
-    EXPECT_EQ(errorLinesOf(2, 1, 0).count, 4u);
+    // {method, colourMode, ditherMode, lines}. Dither methods: only colour with
+    // ditherMode 0 or 2 diffuses a plane. Error diffusion, method 2 like method 1.
+    const uint32_t rows[][4] = {{3, 0, 0, 0}, {3, 1, 0, 1}, {3, 1, 2, 1}, {3, 1, 1, 0}, {0, 1, 2, 1}, {0, 1, 3, 0},
+                                {0, 0, 0, 0}, {1, 0, 0, 1}, {1, 1, 1, 4}, {2, 0, 1, 1}, {2, 1, 0, 4}};
+    for (const auto& r : rows) EXPECT_EQ(errorLinesOf(r[0], r[1], r[2]).count, r[3]) << r[0] << "/" << r[1] << "/" << r[2];
     EXPECT_EQ(errorLinesOf(3, 0, 0).blocks, 0);
 }
 

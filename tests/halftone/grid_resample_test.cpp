@@ -3,7 +3,6 @@
 #include <gtest/gtest.h>
 
 #include <cstdlib>
-#include <random>
 
 #include "support/ht_fixture.h"
 #include "support/memory_watch.h"
@@ -18,24 +17,6 @@ uint32_t packed(const Node& n) {
 }
 
 const uint32_t* gridOf(const test::HtInstance& ht) { return slotData<uint32_t>(*ht.ctx, kConversionTable); }
-
-TEST(GridResample, SameLevelsGiveTheSameNodes) {
-    test::MemoryWatch watch;
-    std::mt19937 random(7);
-    // Any node values: a node that sits on a source node is that node.
-    std::vector<Node> values(32 * 32 * 32);
-    for (Node& n : values) n = {uint8_t(random()), uint8_t(random()), uint8_t(random()), uint8_t(random())};
-    const test::Bytes levels = test::evenLevels(32);
-    auto indexOf = [&](int level) {
-        for (int i = 0; i < 32; ++i) if (levels[i] == level) return i;
-        return -1;
-    };
-    test::ColourLut lut(levels, [&](int r, int g, int b) { return values[(indexOf(r) * 32 + indexOf(g)) * 32 + indexOf(b)]; });
-    test::HtInstance ht(test::htSettings(1, 1, 1), lut.lut, test::HtBlocks{}, 2);
-    ASSERT_EQ(ht.rc, RC_OK);
-    EXPECT_EQ(ht.ctx->buffers[kConversionTable].size, 4u * 32 * 32 * 32);
-    for (uint32_t i = 0; i < 32 * 32 * 32; ++i) ASSERT_EQ(gridOf(ht)[i], packed(values[i])) << "node " << i;
-}
 
 TEST(GridResample, LinearGridStaysLinear) {
     // Inks linear in the input: resampling a coarse 5-level grid at 32 levels

@@ -1,5 +1,6 @@
-// Halftone on instances built through the protocol: the checks in order and
-// the replication in front of the kernel.
+// Halftone on instances built through the protocol: the checks in order, and
+// phase 1's split of an expansion into doubling and replication in front of
+// the kernel.
 #include <gtest/gtest.h>
 
 #include <vector>
@@ -55,48 +56,42 @@ TEST(HalftoneCall, OneBitBitOffsetRangeAndUnfedInstances) {
     EXPECT_NE(run(ht.ctx, src.data(), dst.data(), 7, 4, 0), RC_ARG + 5);
 }
 
-TEST(HalftoneCall, TwoBitMethodZeroAnswers512AfterReplication) {
-    test::MemoryWatch watch;
-    test::MonoLut lut([](int v) { return 255 - v; });
-    HtInstance ht(noKernelSettings(2), lut.lut);  // expansion 3: replication by 3
-    ASSERT_EQ(ht.rc, RC_OK);
-    ASSERT_EQ(ht.ctx->replicationFactor, 3u);
-    const uint8_t src[] = {10, 20, 30, 40};
-    std::vector<uint8_t> dst(64, 0);
-    EXPECT_EQ(run(ht.ctx, src, dst.data(), 0, 7, 0), RC_ARG);
-    const uint8_t* line = slotData<uint8_t>(*ht.ctx, kReplicatedLine);
-    EXPECT_EQ(std::vector<uint8_t>(line, line + 7), (std::vector<uint8_t>{10, 10, 10, 20, 20, 20, 30}));
-}
-
-TEST(HalftoneCall, DoublingWithReplicationByTwo) {
-    // scaleMode 3 (expansion 4) is doubling with replication by 2: a run of 5
-    // output pixels builds 3 replicated pixels from input 0, 0, 1.
-    test::MemoryWatch watch;
-    test::ColourLut lut(test::evenLevels(2), [](int, int, int) { return test::ColourLut::Node{}; });
-    HtInstance ht(noKernelSettings(3, 1), lut.lut);
-    ASSERT_EQ(ht.rc, RC_OK);
-    ASSERT_EQ(ht.ctx->scaleMode, 1);
-    ASSERT_EQ(ht.ctx->replicationFactor, 2u);
-    const uint8_t src[] = {1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11, 12};  // four-byte pixels
-    std::vector<uint8_t> dst(256, 0);
-    uint8_t* line = slotData<uint8_t>(*ht.ctx, kReplicatedLine);
-    std::fill(line, line + 16, 0xEE);
-    EXPECT_EQ(run(ht.ctx, src, dst.data(), 0, 5, 0), RC_ARG);
-    EXPECT_EQ(std::vector<uint8_t>(line, line + 16),
-              (std::vector<uint8_t>{1, 2, 3, 4, 1, 2, 3, 4, 5, 6, 7, 8, 0xEE, 0xEE, 0xEE, 0xEE}));
-}
-
-TEST(HalftoneCall, NoReplicationLeavesTheLineAlone) {
-    test::MemoryWatch watch;
-    test::MonoLut lut([](int v) { return 255 - v; });
-    HtInstance ht(noKernelSettings(1), lut.lut);
-    ASSERT_EQ(ht.ctx->replicationFactor, 1u);
-    uint8_t* line = slotData<uint8_t>(*ht.ctx, kReplicatedLine);
-    std::fill(line, line + 64, 0xEE);
-    const uint8_t src[8] = {1, 2, 3, 4, 5, 6, 7, 8};
-    std::vector<uint8_t> dst(64, 0);
-    EXPECT_EQ(run(ht.ctx, src, dst.data(), 0, 8, 0), RC_ARG);
-    for (int i = 0; i < 64; ++i) ASSERT_EQ(line[i], 0xEE);
+// scaleMode 2, 4: expansion 3, 5 is replication alone; 3, 5 (expansion 4, 6)
+// is doubling with replication by 2, 3; doubling and halving alone stay. The
+// replicated line holds a whole input line: 50 gray, 150 or 200 colour bytes.
+// A run of 7 (or with doubling 5) output pixels replicates the input pixels
+// it reads and stops inside a repetition; nothing else of the line changes.
+TEST(HalftoneCall, ReplicationInFrontOfTheKernel) {
+    struct Case { int32_t scaleMode; uint32_t inputFormat, count; int32_t doubling; uint32_t factor, lineBytes;
+                  std::vector<uint8_t> line; };
+    const Case cases[] = {
+        {2, 0, 7, 0, 3, 64, {1, 1, 1, 2, 2, 2, 3, 0xEE}},
+        {4, 0, 7, 0, 5, 64, {1, 1, 1, 1, 1, 2, 2, 0xEE}},
+        {3, 3, 5, 1, 2, 256, {1, 2, 3, 4, 1, 2, 3, 4, 5, 6, 7, 8, 0xEE}},
+        {5, 2, 5, 1, 3, 192, {1, 2, 3, 1, 2, 3, 1, 2, 3, 0xEE}},
+        {1, 0, 8, 1, 1, 64, {0xEE, 0xEE, 0xEE}},
+        {0, 0, 8, 0, 1, 64, {0xEE, 0xEE, 0xEE}},
+        {-1, 0, 8, -1, 1, 64, {0xEE, 0xEE, 0xEE}},
+    };
+    const uint8_t src[16] = {1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11, 12, 13, 14, 15, 16};
+    for (const Case& c : cases) {
+        SCOPED_TRACE(testing::Message() << "scaleMode " << c.scaleMode);
+        test::MemoryWatch watch;
+        test::ColourLut colour(test::evenLevels(2), [](int, int, int) { return test::ColourLut::Node{}; });
+        test::MonoLut mono([](int v) { return 255 - v; });
+        HtSettings s = noKernelSettings(c.scaleMode, c.inputFormat ? 1 : 0);
+        if (c.inputFormat) s.inputFormat = c.inputFormat;
+        HtInstance ht(s, c.inputFormat ? colour.lut : mono.lut);
+        ASSERT_EQ(ht.rc, RC_OK);
+        EXPECT_EQ(ht.ctx->scaleMode, c.doubling);
+        EXPECT_EQ(ht.ctx->replicationFactor, c.factor);
+        EXPECT_EQ(ht.ctx->buffers[kReplicatedLine].size, c.lineBytes);
+        uint8_t* line = slotData<uint8_t>(*ht.ctx, kReplicatedLine);
+        std::fill(line, line + c.lineBytes, 0xEE);
+        std::vector<uint8_t> dst(256, 0);
+        EXPECT_EQ(run(ht.ctx, src, dst.data(), 0, c.count, 0), RC_ARG);
+        EXPECT_EQ(std::vector<uint8_t>(line, line + c.line.size()), c.line);
+    }
 }
 
 }  // namespace

@@ -50,54 +50,34 @@ TEST(InkCurve, LevelSpreadFromTheTopmostStep) {
     }
 }
 
+// The padded form: entry 0 is the spread W, then h = W / 2 copies of level
+// 0's ink, the 256 levels, and copies of level 255's ink up to 2 W + 257
+// entries, in whole words. Without ink at full level, the levels from the
+// last step on are cleared.
 TEST(InkCurve, TwoBitPaddedForm) {
-    test::MemoryWatch watch;
-    auto gray = [](int v) { return v <= 100 ? 4 + v : 3; };  // step at 101: W = 2 x 155 / 107 + 1 = 2
-    test::MonoLut lut(gray);
-    const Curve curve = inkCurveOf(lut, 2);
-    const uint32_t w = 2, h = 1;
-    EXPECT_EQ(curve.bytes, 520u);  // 2 W + 514 rounded up to whole words
-    EXPECT_EQ(curve.entries[0], w);
-    EXPECT_EQ(curve.entries[1], gray(0));
-    for (int v = 0; v < 256; ++v) ASSERT_EQ(curve.entries[h + 1 + v], gray(v)) << v;
-}
-
-TEST(InkCurve, TwoBitWideSpreadPadsBothEnds) {
-    test::MemoryWatch watch;
-    auto gray = [](int v) { return v <= 100 ? 4 : 3; };  // W = 44, h = 22
-    test::MonoLut lut(gray);
-    const Curve curve = inkCurveOf(lut, 2);
-    EXPECT_EQ(curve.bytes, 604u);  // 88 + 514 = 602, rounded up
-    EXPECT_EQ(curve.entries[0], 44);
-    for (int i = 1; i <= 22; ++i) EXPECT_EQ(curve.entries[i], 4) << "front pad " << i;
-    EXPECT_EQ(curve.entries[23], 4);        // level 0
-    EXPECT_EQ(curve.entries[23 + 100], 4);  // level 100
-    EXPECT_EQ(curve.entries[23 + 101], 3);  // level 101
-    EXPECT_EQ(curve.entries[23 + 255], 3);  // level 255
-    for (int i = 279; i <= 44 + 255; ++i) EXPECT_EQ(curve.entries[i], 3) << "back pad " << i;
-}
-
-TEST(InkCurve, TwoBitWithoutInkAtFullLevelClearsTheTop) {
-    test::MemoryWatch watch;
-    auto gray = [](int v) { return 255 - v; };  // step at 252 (3 after 4): W = 8 / 7 + 1 = 2, h = 1
-    test::MonoLut lut(gray);
-    const Curve curve = inkCurveOf(lut, 2);
-    EXPECT_EQ(curve.entries[0], 2);
-    EXPECT_EQ(curve.entries[1], 255);
-    EXPECT_EQ(curve.entries[2], 255);         // level 0
-    EXPECT_EQ(curve.entries[255], 2);         // level 253
-    EXPECT_EQ(curve.entries[256], 0) << "level 254 (ink 1) cleared";
-    EXPECT_EQ(curve.entries[257], 0);
-}
-
-TEST(InkCurve, TwoBitWithoutAStepKeepsThePlainCurve) {
-    test::MemoryWatch watch;
-    auto gray = [](int v) { return v / 2; };  // rising: no falling step, W = 1
-    test::MonoLut lut(gray);
-    const Curve curve = inkCurveOf(lut, 2);
-    EXPECT_EQ(curve.bytes, 516u);
-    EXPECT_EQ(curve.entries[0], 1);
-    for (int v = 0; v < 256; ++v) ASSERT_EQ(curve.entries[1 + v], v / 2) << v;
+    struct Case {
+        const char* what;
+        int (*gray)(int);
+        uint32_t bytes;
+        std::vector<std::pair<int, uint16_t>> entries;
+    };
+    const Case cases[] = {
+        // Step at 101: W = 2 x 155 / 107 + 1 = 2, h = 1; 2 W + 514 bytes.
+        {"narrow", [](int v) { return v <= 100 ? 4 + v : 3; }, 520, {{0, 2}, {1, 4}, {2, 4}, {102, 104}, {103, 3}, {257, 3}}},
+        // W = 44, h = 22: 88 + 514 = 602, rounded up.
+        {"wide", [](int v) { return v <= 100 ? 4 : 3; }, 604,
+         {{0, 44}, {1, 4}, {22, 4}, {23, 4}, {123, 4}, {124, 3}, {278, 3}, {279, 3}, {299, 3}}},
+        // Step at 252 (3 after 4): W = 8 / 7 + 1 = 2, h = 1; level 254 (ink 1) cleared.
+        {"no ink at full level", [](int v) { return 255 - v; }, 520, {{0, 2}, {1, 255}, {2, 255}, {255, 2}, {256, 0}, {257, 0}}},
+        {"rising: no step, W = 1", [](int v) { return v / 2; }, 516, {{0, 1}, {1, 0}, {2, 0}, {101, 50}, {256, 127}}},
+    };
+    for (const Case& c : cases) {
+        test::MemoryWatch watch;
+        test::MonoLut lut(c.gray);
+        const Curve curve = inkCurveOf(lut, 2);
+        EXPECT_EQ(curve.bytes, c.bytes) << c.what;
+        for (auto [i, v] : c.entries) EXPECT_EQ(curve.entries[i], v) << c.what << ", entry " << i;
+    }
 }
 
 }  // namespace

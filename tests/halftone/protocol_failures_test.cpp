@@ -94,21 +94,13 @@ TEST(FailureTable, ClassIdTerminatorKeepsTheSlots) {
     HtInstance ht(test::htSettings(1, 1, 1), lut.colour.lut, blocks);
     EXPECT_EQ(ht.rc, RC_DATA);
     EXPECT_EQ(ht.ctx->callCount, 2u);
+    EXPECT_EQ(ht.ctx->failedPhase, 2u);
+    EXPECT_EQ(ht.feed(blocks.matrix), RC_DATA) << "a driver that goes on gets no kernel";
+    EXPECT_EQ(ht.ctx->kernel, nullptr);
     EXPECT_EQ(ht.answers[1], 0xDEADBEEFu);
     EXPECT_NE(ht.ctx->buffers[kErrorLine0].handle, nullptr);
     EXPECT_NE(ht.ctx->buffers[kReplicatedLine].handle, nullptr);
     EXPECT_EQ(ht.ctx->buffers[kConversionTable].handle, nullptr) << "nothing else done";
-}
-
-TEST(FailureTable, NoSuchPhaseKeepsTheSlots) {
-    test::MemoryWatch watch;
-    Lut lut;
-    HtInstance ht(test::htSettings(1, 1, 2), lut.colour.lut);
-    ASSERT_EQ(ht.rc, RC_OK);
-    const int64_t live = watch.seam().liveBlocks;
-    for (int extra = 0; extra < 3; ++extra) EXPECT_EQ(ht.feed(HtBlocks{}.dotSplit), RC_DATA);
-    EXPECT_EQ(ht.ctx->callCount, 7u);
-    EXPECT_EQ(watch.seam().liveBlocks, live);
 }
 
 TEST(FailureTable, NullBlockRefusedWhereABlockIsRead) {

@@ -19,96 +19,58 @@ HtBlocks withMatrix(uint8_t widthByte, uint8_t heightByte) {
     return blocks;
 }
 
+// Dot values fall from 250 % of 255 at level 0 to 100 % at 255; the one-bit
+// error thresholds follow them. With 500 % and -32768 the sum still fits:
+// (33268 x 65025 + 1) / 255 = 8483340, minus 32768 x 255, / 100 = 1275.
 TEST(DotValueTable, PublishedValues) {
-    int16_t dot[256];
+    int16_t dot[256], ed[256];
     buildDotValueTable(dot, false, 250, 100);
-    EXPECT_EQ(dot[0], 637);  // 250 % of 255
-    EXPECT_EQ(dot[1], 634);
-    EXPECT_EQ(dot[128], 349);
-    EXPECT_EQ(dot[254], 255);
-    EXPECT_EQ(dot[255], 255);  // 100 % of 255
-    for (int k = 1; k < 256; ++k) EXPECT_LE(dot[k], dot[k - 1]) << "falls towards full level";
+    const std::pair<int, int16_t> dots[] = {{0, 637}, {1, 634}, {128, 349}, {254, 255}, {255, 255}};
+    for (auto [k, v] : dots) EXPECT_EQ(dot[k], v) << "dot value " << k;
+    buildEdThresholdTable(ed, dot);
+    const std::pair<int, int16_t> eds[] = {{0, 128}, {1, 51}, {2, 56}, {3, 60}, {4, 64},
+                                           {252, 208}, {253, 211}, {254, 214}, {255, 128}};
+    for (auto [k, v] : eds) EXPECT_EQ(ed[k], v) << "threshold " << k;
     buildDotValueTable(dot, true, 250, 100);
     for (int k = 0; k < 256; ++k) ASSERT_EQ(dot[k], 255);
-}
-
-TEST(DotValueTable, ExtremeParametersDoNotOverflow) {
-    int16_t dot[256];
     buildDotValueTable(dot, false, 500, -32768);
-    // (33268 x 65025 + 1) / 255 = 8483340; minus 32768 x 255 gives 127500; / 100.
     EXPECT_EQ(dot[0], 1275);
 }
 
-TEST(ToneTable, PublishedValuesWithA64By64Matrix) {
-    test::WatchedMono m(test::htSettings(1, 0, 1), withMatrix(64, 64));
-    HtInstance& ht = m.ht;
-    ASSERT_EQ(ht.rc, RC_OK);
-    const uint16_t* tone = slotData<uint16_t>(*ht.ctx, kToneTable);
-    EXPECT_EQ(tone[0], 0);
-    EXPECT_EQ(tone[1], 6);    // 16 x 255 / 634
-    EXPECT_EQ(tone[254], 4064);
-    EXPECT_EQ(tone[255], 4096);
-    EXPECT_EQ(ht.ctx->matrixCells, 4096);
-    EXPECT_EQ(ht.ctx->buffers[kToneTable].size, 512u) << "error diffusion keeps a plain 256-entry table";
-}
-
-TEST(ToneTable, FewerThan256CellsGiveToneOnlyAtFullLevel) {
-    test::WatchedMono m(test::htSettings(1, 0, 1), withMatrix(8, 8));
-    HtInstance& ht = m.ht;
-    ASSERT_EQ(ht.rc, RC_OK);
-    const uint16_t* tone = slotData<uint16_t>(*ht.ctx, kToneTable);
-    for (int i = 0; i < 255; ++i) ASSERT_EQ(tone[i], 0) << i;
-    EXPECT_EQ(tone[255], 64);  // matrixCells, with dot value 255
-}
-
-TEST(ToneTable, MonochromeDitherComposesTheInkCurve) {
-    test::WatchedMono m(test::htSettings(3, 0, 1), withMatrix(64, 64));  // ink 255 - v
-    HtInstance& ht = m.ht;
-    ASSERT_EQ(ht.rc, RC_OK);
-    EXPECT_EQ(ht.ctx->buffers[kToneTable].size, 1024u);
-    const uint16_t* tone = slotData<uint16_t>(*ht.ctx, kToneTable);
-    EXPECT_EQ(tone[0], 4096);  // level 0 is full ink
-    EXPECT_EQ(tone[1], 4064);
-    EXPECT_EQ(tone[254], 6);
-    EXPECT_EQ(tone[255], 0);
-    for (int i = 0; i < 256; ++i) ASSERT_EQ(tone[256 + i], tone[i]) << "both halves hold the composed table";
-}
-
-TEST(ToneTable, TwoBitMonochromeDitherIsNotComposed) {
-    test::WatchedMono m(test::htSettings(3, 0, 2), withMatrix(64, 64));
-    HtInstance& ht = m.ht;
-    ASSERT_EQ(ht.rc, RC_OK);
-    const uint16_t* tone = slotData<uint16_t>(*ht.ctx, kToneTable);
-    for (int i = 0; i < 255; ++i) ASSERT_EQ(tone[i], 16 * i) << i;  // dot values 255: cells / 256 per level
-    EXPECT_EQ(tone[255], 4096);
-}
-
-TEST(EdThresholdTable, PublishedValuesOneBit) {
-    int16_t dot[256], ed[256];
-    buildDotValueTable(dot, false, 250, 100);
-    buildEdThresholdTable(ed, dot);
-    EXPECT_EQ(ed[0], 128);
-    EXPECT_EQ(ed[1], 51);
-    EXPECT_EQ(ed[2], 56);
-    EXPECT_EQ(ed[3], 60);
-    EXPECT_EQ(ed[4], 64);
-    EXPECT_EQ(ed[252], 208);
-    EXPECT_EQ(ed[253], 211);
-    EXPECT_EQ(ed[254], 214);
-    EXPECT_EQ(ed[255], 128);
+// Tone of the 64 x 64 matrix: 16 x 255 / 634 = 6 at level 1, 4096 at 255.
+// Fewer than 256 cells give tone only at full level; the one-bit mono dither
+// table composes the ink curve (255 - v) into both halves; two-bit does not.
+TEST(ToneTable, ByMatrixSizeAndKernel) {
+    struct Case { uint32_t method, outputBits; uint8_t side; uint32_t bytes;
+                  std::vector<std::pair<int, uint16_t>> tone; };
+    const Case cases[] = {
+        {1, 1, 64, 512, {{0, 0}, {1, 6}, {254, 4064}, {255, 4096}}},
+        {1, 1, 8, 512, {{0, 0}, {128, 0}, {254, 0}, {255, 64}}},
+        {3, 1, 64, 1024, {{0, 4096}, {1, 4064}, {254, 6}, {255, 0}, {256, 4096}, {257, 4064}, {511, 0}}},
+        {3, 2, 64, 1024, {{0, 0}, {1, 16}, {100, 1600}, {254, 4064}, {255, 4096}}},
+    };
+    for (const Case& c : cases) {
+        test::WatchedMono m(test::htSettings(c.method, 0, c.outputBits), withMatrix(c.side, c.side));
+        ASSERT_EQ(m.ht.rc, RC_OK);
+        EXPECT_EQ(m.ctx().buffers[kToneTable].size, c.bytes);
+        const uint16_t* tone = slotData<uint16_t>(m.ctx(), kToneTable);
+        for (auto [i, v] : c.tone) EXPECT_EQ(tone[i], v) << "method " << c.method << " bits " << c.outputBits
+                                                         << " side " << int(c.side) << " entry " << i;
+    }
 }
 
 TEST(EdThresholdTable, PublishedValuesTwoBitBeforeTheDotSplit) {
     test::WatchedMono m(test::htSettings(1, 0, 2), HtBlocks{}, 3);
-    HtInstance& ht = m.ht;
-    ASSERT_EQ(ht.rc, RC_OK);
-    const int16_t* ed = slotData<int16_t>(*ht.ctx, kEdThresholdTable);
+    ASSERT_EQ(m.ht.rc, RC_OK);
+    const int16_t* ed = slotData<int16_t>(m.ctx(), kEdThresholdTable);
     EXPECT_EQ(ed[0], 128);
     EXPECT_EQ(ed[1], 41);  // 22 + 19
     EXPECT_EQ(ed[2], 44);  // 25 + 19
     EXPECT_EQ(ed[255], 128);
 }
 
+// Size bytes (255 stands for 256) to width, cells and a slot of whole words
+// with the tone table behind; the values are copied row by row.
 TEST(ThresholdMatrix, CopiedRowByRowWithTheToneTableBehind) {
     HtBlocks blocks;
     const std::vector<uint16_t> values = {0x1234, 7, 65535, 300, 1, 2, 3, 4};
@@ -118,9 +80,7 @@ TEST(ThresholdMatrix, CopiedRowByRowWithTheToneTableBehind) {
         ASSERT_EQ(m.ht.rc, RC_OK);
         const uint16_t* matrix = slotData<uint16_t>(m.ctx(), kThresholdMatrix);
         EXPECT_EQ(std::vector<uint16_t>(matrix, matrix + 8), values);
-        EXPECT_EQ(m.ctx().buffers[kToneTable].handle, nullptr);
     }
-    // Size bytes to width, cells and a slot of whole words with the tone table behind.
     const struct { uint8_t w, h; uint32_t width, cells, bytes; } cases[] = {
         {4, 2, 4, 8, 16}, {1, 3, 1, 3, 8}, {255, 16, 256, 4096, 8192}};
     for (const auto& c : cases) {
@@ -133,28 +93,25 @@ TEST(ThresholdMatrix, CopiedRowByRowWithTheToneTableBehind) {
     }
 }
 
-TEST(ThresholdMatrix, SizesTheTablesCannotHoldAreRefusedKeepingTheSlots) {
+// Sizes the tables cannot hold, and a zero dot value (ink parameter 0 at
+// level 255), are refused keeping the earlier slots.
+TEST(ThresholdMatrix, RefusalsKeepTheSlots) {
     const uint8_t sizes[][2] = {{0, 16}, {16, 0}, {3, 4}, {12, 1}, {254, 1}, {255, 255}};
     for (const auto& size : sizes) {
         HtBlocks blocks;
         blocks.matrix = test::thresholdMatrixBlock(size[0], size[1], {});
         test::WatchedMono m(test::htSettings(1, 0, 1), blocks);
-        HtInstance& ht = m.ht;
-        EXPECT_EQ(ht.rc, RC_DATA) << int(size[0]) << "x" << int(size[1]);
-        EXPECT_EQ(ht.answers[2], 0xFFFFFFFFu);
-        EXPECT_NE(ht.ctx->buffers[kConversionTable].handle, nullptr);
-        EXPECT_EQ(ht.ctx->buffers[kThresholdMatrix].data, nullptr);
-        EXPECT_EQ(ht.ctx->kernel, nullptr);
+        EXPECT_EQ(m.ht.rc, RC_DATA) << int(size[0]) << "x" << int(size[1]);
+        EXPECT_EQ(m.ht.answers[2], 0xFFFFFFFFu);
+        EXPECT_NE(m.ctx().buffers[kConversionTable].handle, nullptr);
+        EXPECT_EQ(m.ctx().buffers[kThresholdMatrix].data, nullptr);
+        EXPECT_EQ(m.ctx().kernel, nullptr);
     }
-}
-
-TEST(DotValueTable, ZeroDotValueRefusedKeepingTheSlots) {
     test::MemoryWatch watch;
-    test::MonoLut lut([](int v) { return 255 - v; }, 250, 0);  // entry 255 = 0 x 255 / 100
+    test::MonoLut lut([](int v) { return 255 - v; }, 250, 0);
     HtInstance ht(test::htSettings(1, 0, 1), lut.lut);
     EXPECT_EQ(ht.rc, RC_DATA);
     EXPECT_NE(ht.ctx->buffers[kDotValueTable].handle, nullptr);
-    EXPECT_NE(ht.ctx->buffers[kThresholdMatrix].handle, nullptr);
     EXPECT_EQ(ht.ctx->kernel, nullptr);
 }
 
@@ -165,8 +122,7 @@ TEST(DotValueTable, SlotSizesByColourModeAndDepth) {
     for (const Case& c : cases) {
         test::MemoryWatch watch;
         test::ColourLut lut(test::evenLevels(2), [](int, int, int) { return test::ColourLut::Node{}; });
-        HtSettings s = test::htSettings(3, c.colourMode, c.outputBits);
-        HtInstance ht(s, lut.lut, HtBlocks{}, 3);
+        HtInstance ht(test::htSettings(3, c.colourMode, c.outputBits), lut.lut, HtBlocks{}, 3);
         ASSERT_EQ(ht.rc, RC_OK) << c.colourMode << "/" << c.outputBits;
         const auto* base = slotData<uint8_t>(*ht.ctx, kDotValueTable);
         EXPECT_EQ(ht.ctx->buffers[kDotValueTable].size, c.total);
@@ -177,31 +133,22 @@ TEST(DotValueTable, SlotSizesByColourModeAndDepth) {
     }
 }
 
+// Entry 2v, 2v + 1: the lower node of level v and its weight. Levels 255 i /
+// 31 (0, 8, 16 ... 246, 255): level 4 is (8 - 4) x 255 / 8 = 127 of node 0,
+// 254 is (255 - 254) x 255 / 9 = 28 of node 30. The two corners of fixed
+// threshold: 100 is 155 of node 0. No level row leaves the table empty.
 TEST(GridCellTable, LowerNodeAndItsWeight) {
     test::MemoryWatch watch;
     test::ColourLut lut({0, 255}, [](int, int, int) { return test::ColourLut::Node{}; });
     HtInstance ht(test::htSettings(1, 1, 1), lut.lut);
     ASSERT_EQ(ht.rc, RC_OK);
     const uint8_t* cell = slotData<uint8_t>(*ht.ctx, kGridCellTable);
-    // Levels 255 i / 31: 0, 8, 16 ... 246, 255.
-    EXPECT_EQ(cell[0], 0);
-    EXPECT_EQ(cell[1], 255);
-    EXPECT_EQ(cell[2 * 4], 0);
-    EXPECT_EQ(cell[2 * 4 + 1], 127);  // (8 - 4) x 255 / 8
-    EXPECT_EQ(cell[2 * 8], 1);
-    EXPECT_EQ(cell[2 * 8 + 1], 255);
-    EXPECT_EQ(cell[2 * 254], 30);
-    EXPECT_EQ(cell[2 * 254 + 1], 28);  // (255 - 254) x 255 / 9
-    EXPECT_EQ(cell[2 * 255], 31);
-    EXPECT_EQ(cell[2 * 255 + 1], 255);
-}
-
-TEST(GridCellTable, CornersOnlyOrNoLevelRow) {
+    const uint8_t want[][3] = {{0, 0, 255}, {4, 0, 127}, {8, 1, 255}, {254, 30, 28}, {255, 31, 255}};
+    for (const auto& w : want) EXPECT_EQ((std::pair{cell[2 * w[0]], cell[2 * w[0] + 1]}), (std::pair{w[1], w[2]})) << int(w[0]);
     uint8_t cells[512] = {};
     const uint8_t levels[2] = {0, 255};
-    buildGridCellTable(cells, levels, 2);  // fixed threshold: the two corners
-    EXPECT_EQ(cells[2 * 100], 0);
-    EXPECT_EQ(cells[2 * 100 + 1], 155);  // (255 - 100) x 255 / 255
+    buildGridCellTable(cells, levels, 2);
+    EXPECT_EQ((std::pair{cells[200], cells[201]}), (std::pair<uint8_t, uint8_t>{0, 155}));
     EXPECT_EQ(cells[2 * 255], 1);
     uint8_t empty[512] = {};
     const uint8_t flat[68] = {};

@@ -40,7 +40,6 @@ TEST(Dither1Mono, RunCases) {
         // Misleading middle entries: a kernel that read tone[byte] would print 128, not 129.
         {"fixed threshold takes the table ends", 0, 0, 2, 2, {5, 5, 5, 5}, {{128, 10}, {255, 10}}, {128, 129, 0, 255},
          4, 0, 0, "0101"},
-        {"doubling serves each byte twice", 3, 1, 1, 1, {0}, {{1, 1}}, {1, 0, 1}, 5, 0, 0, "11001000"},
         {"halving takes the smaller of two bytes", 3, -1, 1, 1, {0}, {{2, 1}}, {2, 9, 9, 2, 2, 2, 9, 9}, 4, 0, 0,
          "1110"},
     };

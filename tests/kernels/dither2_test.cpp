@@ -3,6 +3,7 @@
 // nearest-node last pixel, and the DoubleY kernels' halving.
 #include <gtest/gtest.h>
 
+#include <functional>
 #include <random>
 #include <vector>
 
@@ -30,174 +31,100 @@ void flatShiftCurve(HandContext& hc, std::initializer_list<std::pair<uint8_t, ui
     for (auto [v, amount] : levels) hc.monoCurve()[v + 1] = amount;
 }
 
-TEST(Dither2Mono, ThreeSizeCodeStacksLargeMediumSmall) {
-    HandContext hc(monoSetup(2).settings());
-    hc.setMatrix(8, 8, {0, 299, 300, 499, 500, 599, 600, 4095});
-    hc.tone[1] = 100;
-    hc.tone[2] = 200;
-    hc.tone[3] = 300;
-    hc.setSplit(9, 1, 2, 3);
-    flatShiftCurve(hc, {{50, 9}});
-    const std::vector<uint8_t> in(8, 50);
-    std::vector<uint8_t> out(2);
-    ASSERT_EQ(hc.run(in.data(), out.data(), 0, 0, 8, 0, 0), RC_OK);
-    EXPECT_EQ(codesOf(out, 0, 0, 8), "33221100");
-}
-
-TEST(Dither2Mono, FullLargeRowAlwaysLargeEmptyRowNever) {
-    HandContext hc(monoSetup(2).settings());
-    hc.setMatrix(16, 16, permutationMatrix(16, 1));
-    hc.tone[255] = 256;  // above every matrix value
-    hc.setSplit(200, 0, 0, 255);
-    hc.setSplit(0, 0, 0, 0);
-    flatShiftCurve(hc, {{10, 200}, {20, 0}});
-    for (auto [level, code] : {std::pair<uint8_t, char>{10, '3'}, {20, '0'}}) {
-        std::vector<uint8_t> in(64, level), out(16);
-        for (uint32_t line = 0; line < 16; ++line) {
-            ASSERT_EQ(hc.run(in.data(), out.data(), 0, 0, 64, 0, line), RC_OK);
-            EXPECT_EQ(codesOf(out, 0, 0, 64), std::string(64, code));
-        }
-    }
-}
-
-TEST(Dither2Mono, MatrixShiftsTheLevelBeforeTheCurve) {
-    HandContext hc(monoSetup(2).settings());
-    std::vector<uint16_t> row(32, 0);  // thresholds 0 at columns 0..4
-    const uint16_t shift[5] = {0, 1, 2, 3, 5};  // modulo W = 4: 0, 1, 2, 3, 1
-    std::copy(shift, shift + 5, row.begin() + 24);
-    hc.setMatrix(32, 1, row);
-    splitRows(hc, {1}, {2}, {3});
-    hc.monoCurve()[0] = 4;
-    const uint16_t curveAt11[4] = {0, 1, 2, 3};  // entries d + 10 + 1
-    std::copy(curveAt11, curveAt11 + 4, hc.monoCurve() + 11);
-    const std::vector<uint8_t> in(5, 10);
-    std::vector<uint8_t> out(2);
-    ASSERT_EQ(hc.run(in.data(), out.data(), 0, 0, 5, 0, 0), RC_OK);
-    EXPECT_EQ(codesOf(out, 0, 0, 5), "01231");
-}
-
-TEST(Dither2Mono, HalvingIsTheDoubleYKernelsOnly) {
-    const std::vector<uint8_t> in = {5, 9, 9, 5, 9, 9, 5, 5};
-    for (bool dy : {false, true}) {
-        KernelSetup s = monoSetup(2);
-        s.scaleMode = -1;
-        HandContext hc((dy ? doubleY(s) : s).settings());
-        splitRows(hc, {}, {}, {3});
-        flatShiftCurve(hc, {{5, 3}, {9, 0}});
-        std::vector<uint8_t> out(1);
-        ASSERT_EQ(hc.run(in.data(), out.data(), 0, 0, 4, 0, 0), RC_OK);
-        EXPECT_EQ(codesOf(out, 0, 0, 4), dy ? "3303" : "3003");
-    }
-}
-
-TEST(Dither2Colour, EachPlaneReadsItsOwnMatrixPlace) {
-    HandContext hc(colourSetup(2).settings());
-    std::vector<uint16_t> cells(64 * 32, 4095);
-    // Line 40: row A = 40 mod 32 = 8, row B = 64 mod 32 = 0.
-    cells[8 * 64 + 0] = 0;        // plane 0 at pixel 0: row A, column x
-    cells[0 * 64 + 16 + 1] = 0;   // plane 1 at pixel 1: row B, column x + 16
-    cells[8 * 64 + 48 + 2] = 0;   // plane 2 at pixel 2: row A, column x + 48
-    cells[0 * 64 + 40 + 3] = 0;   // plane 3 at pixel 3: row B, column x + 40
-    hc.setMatrix(64, 32, cells);
-    splitRows(hc, {}, {}, {7});
-    onNode(hc, 0, 0);
-    hc.setNode(0, 0, 0, packInks(7, 7, 7, 7));
-    const std::vector<uint8_t> in(12, 0);
-    std::vector<uint8_t> out(4 * kStride);
-    ASSERT_EQ(hc.run(in.data(), out.data(), kStride, 0, 4, 0, 40), RC_OK);
-    EXPECT_EQ(codesOf(out, kStride, 0, 4), "3000");
-    EXPECT_EQ(codesOf(out, kStride, 1, 4), "0300");
-    EXPECT_EQ(codesOf(out, kStride, 2, 4), "0030");
-    EXPECT_EQ(codesOf(out, kStride, 3, 4), "0003");
-}
-
 // Amounts 10, 40, 31, 32: rows 10 and 31 would print large, 40 and 32 medium.
 void lastPixelRows(HandContext& hc) {
     hc.setMatrix(4, 4, std::vector<uint16_t>(16, 0));
     splitRows(hc, {}, {40, 32}, {10, 31});
 }
 
-TEST(Dither2Colour, OddLastPixelTakesTheNearestNodeAndDropsSmallAmounts) {
-    HandContext hc(colourSetup(2).settings());
-    lastPixelRows(hc);
-    hc.setGridCell(50, 2, 128);  // weight 128: the upper node 3 is nearer or as near
-    hc.setGridCell(60, 2, 129);  // node 2
-    onNode(hc, 70, 5);
-    hc.setNode(5, 2, 3, packInks(10, 40, 31, 32));
-    const auto in = rgbPixels({{50, 60, 70}});
-    std::vector<uint8_t> out(4 * kStride);
-    ASSERT_EQ(hc.run(in.data(), out.data(), kStride, 0, 1, 0, 0), RC_OK);
-    EXPECT_EQ(codesOf(out, kStride, 0, 1) + codesOf(out, kStride, 1, 1) + codesOf(out, kStride, 2, 1) +
-                  codesOf(out, kStride, 3, 1),
-              "0202");
+KernelSetup with(KernelSetup s, uint32_t inputFormat, int32_t scaleMode) {
+    s.inputFormat = inputFormat;
+    s.scaleMode = scaleMode;
+    return s;
 }
+const KernelSetup kMono = monoSetup(2), kColour = colourSetup(2), kInk = with(colourSetup(2), 4, 0);
 
-TEST(Dither2Colour, InkInputLastPixelKeepsSmallAmounts) {
-    KernelSetup s = colourSetup(2);
-    s.inputFormat = 4;
-    HandContext hc(s.settings());
-    lastPixelRows(hc);
-    const std::vector<uint8_t> in = {10, 40, 31, 32};
-    std::vector<uint8_t> out(4 * kStride);
-    ASSERT_EQ(hc.run(in.data(), out.data(), kStride, 0, 1, 0, 0), RC_OK);
-    EXPECT_EQ(codesOf(out, kStride, 0, 1) + codesOf(out, kStride, 1, 1) + codesOf(out, kStride, 2, 1) +
-                  codesOf(out, kStride, 3, 1),
-              "3232");
-}
+struct Case {
+    const char* what;
+    KernelSetup setup;
+    std::function<void(HandContext&)> tables;
+    std::vector<uint8_t> in;
+    uint32_t count, line;
+    std::string planes;
+};
 
-TEST(Dither2Colour, InkInputMainPassTakesAmountsAndSkipsPixelsWithoutInk) {
-    KernelSetup s = colourSetup(2);
-    s.inputFormat = 4;
-    HandContext hc(s.settings());
-    hc.setMatrix(4, 4, std::vector<uint16_t>(16, 0));
-    splitRows(hc, {}, {9}, {0});  // a zero amount would print large but for the white test
-    const std::vector<uint8_t> in = {0, 0, 0, 0, /**/ 9, 0, 9, 0, /**/ 0, 0, 0, 0};
-    std::vector<uint8_t> out(4 * kStride);
-    ASSERT_EQ(hc.run(in.data(), out.data(), kStride, 0, 3, 0, 0), RC_OK);
-    EXPECT_EQ(codesOf(out, kStride, 0, 3), "023");
-    EXPECT_EQ(codesOf(out, kStride, 1, 3), "033");
-    EXPECT_EQ(codesOf(out, kStride, 2, 3), "023");
-}
-
-TEST(Dither2Colour, WhiteInTheMainPassButLookedUpAsTheOddLastPixel) {
-    HandContext hc(colourSetup(2).settings());
-    hc.setMatrix(4, 4, std::vector<uint16_t>(16, 0));
-    splitRows(hc, {}, {}, {60});
-    onNode(hc, 255, 31);
-    hc.setNode(31, 31, 31, packInks(60, 60, 60, 60));
-    const auto in = rgbPixels({{255, 255, 255}, {255, 255, 255}, {255, 255, 255}});
-    std::vector<uint8_t> out(4 * kStride, 0xFF);
-    ASSERT_EQ(hc.run(in.data(), out.data(), kStride, 0, 3, 0, 0), RC_OK);
-    for (unsigned k = 0; k < 4; ++k) EXPECT_EQ(codesOf(out, kStride, k, 4), "0030") << "plane " << k;
-}
-
-TEST(Dither2Colour, SmoothsWithRoundingFromRowA) {
-    HandContext hc(colourSetup(2).settings());
-    hc.setMatrix(4, 4, std::vector<uint16_t>(16, 0));  // bit 2 clear: round up
-    splitRows(hc, {}, {}, {16});                       // (21 + 10 + 1) >> 1
-    onNode(hc, 0, 0);
-    onNode(hc, 1, 1);
-    hc.setNode(0, 0, 0, packInks(10, 0, 0, 0));
-    hc.setNode(0, 0, 1, packInks(21, 0, 0, 0));
-    const auto in = rgbPixels({{0, 0, 0}, {1, 0, 0}});
-    std::vector<uint8_t> out(4 * kStride);
-    ASSERT_EQ(hc.run(in.data(), out.data(), kStride, 0, 2, 0, 0), RC_OK);
-    EXPECT_EQ(codesOf(out, kStride, 0, 2), "03");
-}
-
-TEST(Dither2Colour, DoublingAndTheOddLastPixelReadTheNextInputPixel) {
-    KernelSetup s = colourSetup(2);
-    s.scaleMode = 1;
-    HandContext hc(s.settings());
-    hc.setMatrix(4, 4, std::vector<uint16_t>(16, 0));
-    splitRows(hc, {}, {}, {60});
-    onNode(hc, 0, 0);
-    onNode(hc, 1, 1);
-    hc.setNode(0, 0, 1, packInks(0, 0, 60, 0));
-    const auto in = rgbPixels({{1, 0, 0}, {0, 0, 0}, {1, 0, 0}});
-    std::vector<uint8_t> out(4 * kStride);
-    ASSERT_EQ(hc.run(in.data(), out.data(), kStride, 0, 5, 0, 0), RC_OK);
-    EXPECT_EQ(codesOf(out, kStride, 2, 8), "33003000");
+TEST(Dither2, HandWorkedRuns) {
+    const Case cases[] = {
+        // Row {1, 2, 3} of tones 100, 200, 300: large below 300, medium below 500, small below 600.
+        {"the three-size code stacks large, medium, small", kMono, [](HandContext& hc) {
+             hc.setMatrix(8, 8, {0, 299, 300, 499, 500, 599, 600, 4095});
+             hc.tone[1] = 100, hc.tone[2] = 200, hc.tone[3] = 300;
+             hc.setSplit(9, 1, 2, 3);
+             flatShiftCurve(hc, {{50, 9}});
+         }, std::vector<uint8_t>(8, 50), 8, 0, "33221100"},
+        {"a full large row is large on every cell, an empty row never prints", kMono, [](HandContext& hc) {
+             hc.setMatrix(16, 16, permutationMatrix(16, 1));
+             hc.tone[255] = 256;  // above every matrix value
+             hc.setSplit(200, 0, 0, 255);
+             flatShiftCurve(hc, {{10, 200}, {20, 0}});
+         }, {10, 10, 10, 10, 10, 10, 10, 10, 10, 10, 10, 10, 10, 10, 10, 10, 20, 20, 20, 20}, 20, 5,
+         "33333333333333330000"},
+        // Columns 0..4 read shift cells 0, 1, 2, 3, 5 (modulo W = 4: 0, 1, 2, 3, 1) at x + 24.
+        {"the matrix shifts the level before the curve", kMono, [](HandContext& hc) {
+             std::vector<uint16_t> row(32, 0);
+             const uint16_t shift[5] = {0, 1, 2, 3, 5};
+             std::copy(shift, shift + 5, row.begin() + 24);
+             hc.setMatrix(32, 1, row);
+             splitRows(hc, {1}, {2}, {3});
+             hc.monoCurve()[0] = 4;
+             for (uint16_t d = 0; d < 4; ++d) hc.monoCurve()[11 + d] = d;  // entries d + 10 + 1
+         }, std::vector<uint8_t>(5, 10), 5, 0, "01231"},
+        {"halving reads one byte a pixel outside DoubleY", with(kMono, 0, -1), [](HandContext& hc) {
+             splitRows(hc, {}, {}, {3});
+             flatShiftCurve(hc, {{5, 3}, {9, 0}});
+         }, {5, 9, 9, 5, 9, 9, 5, 5}, 4, 0, "3003"},
+        {"DoubleY halving takes the smaller byte of a pair", with(doubleY(kMono), 0, -1), [](HandContext& hc) {
+             splitRows(hc, {}, {}, {3});
+             flatShiftCurve(hc, {{5, 3}, {9, 0}});
+         }, {5, 9, 9, 5, 9, 9, 5, 5}, 4, 0, "3303"},
+        // Line 40: row A = 40 mod 32 = 8, row B = 64 mod 32 = 0; plane 0 reads row A at
+        // column x, plane 1 row B at x + 16, plane 2 row A at x + 48, plane 3 row B at x + 40.
+        {"each colour plane reads its own matrix place", kColour, [](HandContext& hc) {
+             std::vector<uint16_t> cells(64 * 32, 4095);
+             cells[8 * 64 + 0] = cells[0 * 64 + 16 + 1] = cells[8 * 64 + 48 + 2] = cells[0 * 64 + 40 + 3] = 0;
+             hc.setMatrix(64, 32, cells);
+             splitRows(hc, {}, {}, {7});
+             onNode(hc, 0, 0), hc.setNode(0, 0, 0, packInks(7, 7, 7, 7));
+         }, std::vector<uint8_t>(12, 0), 4, 40, "3000 0300 0030 0003"},
+        // Weight 128 of node 2 moves to node 3 (as near), 129 stays: node (5, 2, 3); its
+        // amounts 10, 40, 31, 32 lose the small ones (below 32) as the odd last pixel.
+        {"the odd last pixel takes the nearest node and drops small amounts", kColour, [](HandContext& hc) {
+             lastPixelRows(hc);
+             hc.setGridCell(50, 2, 128), hc.setGridCell(60, 2, 129), onNode(hc, 70, 5);
+             hc.setNode(5, 2, 3, packInks(10, 40, 31, 32));
+         }, {50, 60, 70}, 1, 0, "0 2 0 2"},
+        {"ink input's odd last pixel keeps small amounts", kInk, lastPixelRows, {10, 40, 31, 32}, 1, 0, "3 2 3 2"},
+        {"ink input: amounts as they are, pixels without ink skipped but the last", kInk, [](HandContext& hc) {
+             hc.setMatrix(4, 4, std::vector<uint16_t>(16, 0));
+             splitRows(hc, {}, {9}, {0});  // a zero amount would print large but for the white test
+         }, {0, 0, 0, 0, /**/ 9, 0, 9, 0, /**/ 0, 0, 0, 0}, 3, 0, "023 033 023 033"},
+        {"white in the main pass but looked up as the odd last pixel", kColour, [](HandContext& hc) {
+             hc.setMatrix(4, 4, std::vector<uint16_t>(16, 0));
+             splitRows(hc, {}, {}, {60});
+             onNode(hc, 255, 31), hc.setNode(31, 31, 31, packInks(60, 60, 60, 60));
+         }, std::vector<uint8_t>(9, 255), 3, 0, "003 003 003 003"},
+        {"smoothing rounds up from row A ((21 + 10 + 1) >> 1 = 16)", kColour, [](HandContext& hc) {
+             hc.setMatrix(4, 4, std::vector<uint16_t>(16, 0));  // bit 2 clear
+             splitRows(hc, {}, {}, {16});
+             onNode(hc, 0, 0), onNode(hc, 1, 1);
+             hc.setNode(0, 0, 0, packInks(10, 0, 0, 0)), hc.setNode(0, 0, 1, packInks(21, 0, 0, 0));
+         }, {0, 0, 0, 1, 0, 0}, 2, 0, "03 00 00 00"},
+    };
+    for (const Case& c : cases) {
+        HandContext hc(c.setup.settings());
+        c.tables(hc);
+        EXPECT_EQ(runPlanes(hc, c.in, c.count, 0, c.line), c.planes) << c.what;
+    }
 }
 
 // Random tables shared by a sister pair.

@@ -7,7 +7,7 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
-#include <bit>
+#include <functional>
 #include <random>
 #include <vector>
 
@@ -165,133 +165,101 @@ TEST(Ed1Colour, WhitePixelMovesTheCarryIntoItsCell) {
     }
 }
 
-// q = 100 gives p = +20: an edThresholdTable entry of 50 is 70 in planes 0
-// and 3 and 30 in plane 1. A pending sum s = cell / 32 + level decides.
-TEST(Ed1Colour, PlaneOneSubtractsThePerturbation) {
-    struct Expect { int32_t sum; uint8_t planes013; };
-    const Expect expectations[] = {{29, 0b000}, {30, 0b010}, {69, 0b010}, {70, 0b111}};
-    for (const KernelCase& k : kAllCases) {
-        for (const Expect& e : expectations) {
-            SCOPED_TRACE(std::string(k.name) + " sum " + std::to_string(e.sum));
-            Rig r(k);
-            r.hc.setMatrix(1, 1, {100});
-            r.palette(1, 10, 10, 0, 10);
-            r.hc.edThreshold[10] = 50;
-            r.preload(0, 32 * (e.sum - 10));
-            ASSERT_EQ(r.run(Pixels().rgb(1, 1, 1).white(), 2), RC_OK);
-            EXPECT_EQ(r.plane(0), (e.planes013 & 1) ? 0x80 : 0);
-            EXPECT_EQ(r.plane(1), (e.planes013 & 2) ? 0x80 : 0);
-            EXPECT_EQ(r.plane(3), (e.planes013 & 4) ? 0x80 : 0);
-        }
-    }
-}
-
-TEST(Ed1Colour, PlaneTwoIsDitheredByTheMatrix) {
-    for (const KernelCase& k : kAllCases) {
-        SCOPED_TRACE(k.name);
-        Rig r(k);
-        r.hc.setMatrix(4, 1, {99, 100, 101, 0x8000});
-        r.palette(1, 0, 0, 7, 0);
-        r.hc.tone[7] = 100;  // a dot where m < 100, compared as unsigned
-        ASSERT_EQ(r.run(Pixels().repeat(4, 1), 4), RC_OK);
-        EXPECT_EQ(r.plane(2), 0x80);
-    }
-}
-
-// Every cell holds a large pending error, so a plane prints wherever it
-// diffuses and stays blank where it is idle: a plane idles after five pixels
-// without its ink, and white pixels do not count.
-TEST(Ed1Colour, ActivityHistory) {
-    struct Case { Pixels pixels; uint8_t plane0, plane1, plane3; };
-    const Case cases[] = {
-        {Pixels().rgb(1, 1, 1).repeat(7, 2), 0xF8, 0xF0, 0xFF},  // 9 then zeros: five; zeros from the start: four
-        {Pixels().rgb(1, 1, 1).white().repeat(4, 2).white().rgb(2, 2, 2), 0xBC, 0xB8, 0xBD},
-    };
-    for (const KernelCase& k : kAllCases) {
-        for (const Case& c : cases) {
-            SCOPED_TRACE(k.name);
-            Rig r(k);
-            r.palette(1, 9, 0, 0, 9);
-            r.palette(2, 0, 0, 0, 9);
-            for (uint32_t x = 0; x < 16; ++x) r.preload(x, 32 * 1000);
-            ASSERT_EQ(r.run(c.pixels, 8), RC_OK);
-            EXPECT_EQ(r.plane(0), c.plane0);
-            EXPECT_EQ(r.plane(1), c.plane1);
-            EXPECT_EQ(r.plane(3), c.plane3);
-        }
-    }
-}
-
-// The odd last pixel: M = 255 with a 16 x 16 matrix, m = 10.
-class OddPixel {
-public:
-    explicit OddPixel(const KernelCase& k, uint32_t inputFormat = 2) : r(k, inputFormat) {
-        r.hc.setFlatMatrix(16, 16, 10);
-    }
-    Rig r;
-};
-
 TEST(Ed1Colour, CountOneOnlyDithersThePair) {
     for (const KernelCase& k : kAllCases) {
         SCOPED_TRACE(k.name);
-        OddPixel o(k);
-        o.r.palette(1, 200, 0, 0, 100);
-        o.r.hc.tone[200] = 200;
-        o.r.hc.tone[100] = 100;
-        for (uint32_t x = 0; x < 8; ++x) o.r.preload(x, 32 * 1000);
-        const std::vector<int32_t> before = o.r.hc.errorLines[0];
-        ASSERT_EQ(o.r.run(Pixels().rgb(1, 1, 1), 1, 3), RC_OK);
-        EXPECT_EQ(o.r.plane(3), 0x80);  // t3 = 100 > 10
-        EXPECT_EQ(o.r.plane(0), 0x00);  // 245 < 200 fails
-        EXPECT_EQ(o.r.hc.errorLines[0], before) << "no diffusion at all";
-        EXPECT_EQ(o.r.hc.ctx.prevRunEnd, 4u);
+        Rig r(k);
+        r.hc.setFlatMatrix(16, 16, 10);
+        r.palette(1, 200, 0, 0, 100);
+        r.hc.tone[200] = 200;
+        r.hc.tone[100] = 100;
+        for (uint32_t x = 0; x < 8; ++x) r.preload(x, 32 * 1000);
+        const std::vector<int32_t> before = r.hc.errorLines[0];
+        ASSERT_EQ(r.run(Pixels().rgb(1, 1, 1), 1, 3), RC_OK);
+        EXPECT_EQ(r.plane(3), 0x80);  // t3 = 100 > 10
+        EXPECT_EQ(r.plane(0), 0x00);  // 245 < 200 fails
+        EXPECT_EQ(r.hc.errorLines[0], before) << "no diffusion at all";
+        EXPECT_EQ(r.hc.ctx.prevRunEnd, 4u);
     }
 }
 
-TEST(Ed1Colour, OddPixelPairsPlanesZeroAndThree) {
-    for (const KernelCase& k : kAllCases) {
-        for (uint8_t level0 : {200, 250}) {
-            SCOPED_TRACE(std::string(k.name) + " t0 " + std::to_string(level0));
-            OddPixel o(k);
-            o.r.palette(1, level0, 0, 0, 100);
-            o.r.hc.tone[level0] = level0;
-            o.r.hc.tone[100] = 100;
-            ASSERT_EQ(o.r.run(Pixels().white().white().rgb(1, 1, 1), 3), RC_OK);
-            EXPECT_EQ(o.r.plane(3), 0x20);
-            EXPECT_EQ(o.r.plane(0), level0 == 250 ? 0x20 : 0x00);
+// One run worked by hand; the first output byte of each plane.
+// q = 100 gives p = +20: an edThresholdTable entry of 50 is 70 in planes 0
+// and 3 and 30 in plane 1; a pending sum s = cell / 32 + level decides.
+// Plane 2 is dithered: a dot where m < tone, compared as unsigned. With a
+// large pending error in every cell, a plane prints wherever it diffuses: it
+// idles after five pixels without its ink, and white pixels do not count.
+// The odd last pixel (M = 255, m = 10): planes 3 and 0 pair against m (t3 =
+// 100 > 10; t0 + t3 > 255 - 10 adds plane 0), planes 1 and 2 against n = 245
+// (t1 > 245 prints 1, else t1 + t2 > 245 prints 2); the nodes are chosen at
+// mid-matrix (q = 128 moves weight 128) and a level of 31 or less counts as 0,
+// except in ink input.
+TEST(Ed1Colour, HandWorkedRuns) {
+    struct Case {
+        const char* what;
+        uint32_t inputFormat;
+        std::function<void(Rig&)> tables;
+        Pixels pixels;
+        uint8_t planes[4];  // the first output byte of each plane
+    };
+    auto tones = [](std::initializer_list<std::pair<uint8_t, uint16_t>> t) {
+        return [t](Rig& r) {
+            r.hc.setFlatMatrix(16, 16, 10);
+            for (auto [level, tone] : t) r.hc.tone[level] = tone;
+        };
+    };
+    auto pair03 = [&](uint8_t l0) { return [=](Rig& r) { r.palette(1, l0, 0, 0, 100); tones({{l0, l0}, {100, 100}})(r); }; };
+    auto pair12 = [&](uint16_t t1, uint16_t t2) { return [=](Rig& r) { r.palette(1, 0, 40, 50, 0); tones({{40, t1}, {50, t2}})(r); }; };
+    auto pending = [](int32_t sum) {
+        return [=](Rig& r) {
+            r.hc.setMatrix(1, 1, {100});
+            r.palette(1, 10, 10, 0, 10);
+            r.hc.edThreshold[10] = 50;
+            r.preload(0, 32 * (sum - 10));
+        };
+    };
+    auto busy = [](Rig& r) {
+        r.palette(1, 9, 0, 0, 9);
+        r.palette(2, 0, 0, 0, 9);
+        for (uint32_t x = 0; x < 16; ++x) r.preload(x, 32 * 1000);
+    };
+    const Case cases[] = {
+        {"sum 29: no plane", 2, pending(29), Pixels().rgb(1, 1, 1).white(), {0, 0, 0, 0}},
+        {"sum 30: plane 1 at 50 - 20", 2, pending(30), Pixels().rgb(1, 1, 1).white(), {0, 0x80, 0, 0}},
+        {"sum 69: plane 1 only", 2, pending(69), Pixels().rgb(1, 1, 1).white(), {0, 0x80, 0, 0}},
+        {"sum 70: planes 0 and 3 at 50 + 20", 2, pending(70), Pixels().rgb(1, 1, 1).white(), {0x80, 0x80, 0, 0x80}},
+        {"plane 2 dithered by the matrix", 2, [](Rig& r) {
+             r.hc.setMatrix(4, 1, {99, 100, 101, 0x8000});
+             r.palette(1, 0, 0, 7, 0);
+             r.hc.tone[7] = 100;
+         }, Pixels().repeat(4, 1), {0, 0, 0x80, 0}},
+        // 9 then zeros: five pixels; zeros from the start: four.
+        {"activity: idle after five pixels without ink", 2, busy, Pixels().rgb(1, 1, 1).repeat(7, 2), {0xF8, 0xF0, 0, 0xFF}},
+        {"activity: white pixels do not count", 2, busy, Pixels().rgb(1, 1, 1).white().repeat(4, 2).white().rgb(2, 2, 2),
+         {0xBC, 0xB8, 0, 0xBD}},
+        {"plane 3 alone", 2, pair03(200), Pixels().white().white().rgb(1, 1, 1), {0, 0, 0, 0x20}},
+        {"planes 3 and 0", 2, pair03(250), Pixels().white().white().rgb(1, 1, 1), {0x20, 0, 0, 0x20}},
+        {"plane 2 by the pair sum", 2, pair12(100, 200), Pixels().rgb(1, 1, 1), {0, 0, 0x80, 0}},
+        {"plane 1 alone", 2, pair12(250, 10), Pixels().rgb(1, 1, 1), {0, 0x80, 0, 0}},
+        {"neither: 200 is not above 245", 2, pair12(100, 100), Pixels().rgb(1, 1, 1), {0, 0, 0, 0}},
+        {"250 is", 2, pair12(100, 150), Pixels().rgb(1, 1, 1), {0, 0, 0x80, 0}},
+        {"nodes at mid-matrix, faint levels dropped", 2, [](Rig& r) {
+             r.hc.setFlatMatrix(16, 16, 10);
+             r.hc.setGridCell(70, 3, 128);
+             r.hc.setNode(4, 4, 4, test::packInks(31, 0, 0, 40));
+             r.hc.tone[31] = r.hc.tone[40] = 1000;
+         }, Pixels().rgb(70, 70, 70), {0, 0, 0, 0x80}},
+        {"ink input keeps faint levels", 4, tones({{31, 1000}, {40, 1000}}), Pixels().ink(31, 0, 0, 40),
+         {0x80, 0, 0, 0x80}},
+    };
+    for (const Case& c : cases) {
+        for (const KernelCase& k : kAllCases) {
+            SCOPED_TRACE(std::string(k.name) + ": " + c.what);
+            Rig r(k, c.inputFormat);
+            c.tables(r);
+            ASSERT_EQ(r.run(c.pixels, static_cast<uint32_t>(c.pixels.bytes.size() / (c.inputFormat == 4 ? 4 : 3))), RC_OK);
+            for (unsigned p = 0; p < 4; ++p) EXPECT_EQ(r.plane(p), c.planes[p]) << "plane " << p;
         }
-    }
-}
-
-TEST(Ed1Colour, OddPixelPairsPlanesOneAndTwoOnTheMirroredValue) {
-    struct Case { uint16_t t1, t2; uint8_t plane1, plane2; };
-    // n = 255 - 10 = 245.
-    const Case cases[] = {{100, 200, 0, 0x80}, {250, 10, 0x80, 0}, {100, 100, 0, 0}, {100, 150, 0, 0x80}};
-    for (const KernelCase& k : kAllCases) {
-        for (const Case& c : cases) {
-            SCOPED_TRACE(std::string(k.name) + " t1 " + std::to_string(c.t1) + " t2 " + std::to_string(c.t2));
-            OddPixel o(k);
-            o.r.palette(1, 0, 40, 50, 0);
-            o.r.hc.tone[40] = c.t1;
-            o.r.hc.tone[50] = c.t2;
-            ASSERT_EQ(o.r.run(Pixels().rgb(1, 1, 1), 1), RC_OK);
-            EXPECT_EQ(o.r.plane(1), c.plane1);
-            EXPECT_EQ(o.r.plane(2), c.plane2);
-        }
-    }
-}
-
-TEST(Ed1Colour, OddPixelChoosesNodesAtMidMatrixAndDropsFaintLevels) {
-    for (const KernelCase& k : kAllCases) {
-        SCOPED_TRACE(k.name);
-        OddPixel o(k);
-        o.r.hc.setGridCell(70, 3, 128);  // upper node at q = 128, lower at the matrix's q = 10
-        o.r.hc.setNode(4, 4, 4, test::packInks(31, 0, 0, 40));
-        o.r.hc.tone[31] = 1000;
-        o.r.hc.tone[40] = 1000;
-        ASSERT_EQ(o.r.run(Pixels().rgb(70, 70, 70), 1), RC_OK);
-        EXPECT_EQ(o.r.plane(3), 0x80);
-        EXPECT_EQ(o.r.plane(0), 0x00) << "level 31 counts as 0";
     }
 }
 
@@ -318,15 +286,6 @@ TEST(Ed1Colour, InkInputTakesTheBytesAsLevels) {
         EXPECT_EQ(r.plane(0), 0x40);
         EXPECT_EQ(r.plane(3), 0x40);
     }
-}
-
-TEST(Ed1Colour, InkInputOddPixelKeepsFaintLevels) {
-    OddPixel o(kGeneral, 4);
-    o.r.hc.tone[31] = 1000;
-    o.r.hc.tone[40] = 1000;
-    ASSERT_EQ(o.r.run(Pixels().ink(31, 0, 0, 40), 1), RC_OK);
-    EXPECT_EQ(o.r.plane(3), 0x80);
-    EXPECT_EQ(o.r.plane(0), 0x80);  // 1000 + 1000 > 255 and 255 - 10 < 1000
 }
 
 // The colour kernels take the a forms on odd matrix cells (0x43) and the b
@@ -424,36 +383,6 @@ TEST(Ed1ColourCached, MatrixWiderThan256IsRefusedUntouched) {
     Rig plain(kGeneral);  // the plain kernels read the matrix in place
     plain.hc.setFlatMatrix(512, 1, 0x83);
     EXPECT_EQ(plain.run(Pixels().white().white(), 2), RC_OK);
-}
-
-// A flat patch prints each plane about as often as its level asks: the
-// diffused planes remove 255 a dot, plane 2 is dithered with tone = level
-// against a matrix holding every value 0..255 once.
-TEST(Ed1Colour, FlatPatchDensityFollowsLevels) {
-    const uint8_t levels[4] = {64, 128, 96, 192};
-    constexpr uint32_t kLines = 64;
-    for (const KernelCase& k : kAllCases) {
-        SCOPED_TRACE(k.name);
-        Rig r(k);
-        std::vector<uint16_t> cells(256);
-        for (uint16_t v = 0; v < 256; ++v) cells[v] = v;
-        std::shuffle(cells.begin(), cells.end(), std::mt19937(7));
-        r.hc.setMatrix(16, 16, cells);
-        r.hc.setSpread(56, 22, 11, 4);
-        r.palette(1, levels[0], levels[1], levels[2], levels[3]);
-        for (int v = 0; v < 256; ++v) r.hc.tone[v] = static_cast<uint16_t>(v);
-        const Pixels patch = Pixels().repeat(kWidth, 1);
-        long dots[4] = {};
-        for (uint32_t line = 0; line < kLines; ++line) {
-            ASSERT_EQ(r.run(patch, kWidth, 0, line), RC_OK);
-            for (unsigned p = 0; p < 4; ++p)
-                for (uint32_t b = 0; b < kWidth / 8; ++b) dots[p] += std::popcount(r.plane(p, b));
-        }
-        for (unsigned p = 0; p < 4; ++p) {
-            const double density = static_cast<double>(dots[p]) / (kLines * kWidth);
-            EXPECT_NEAR(density, levels[p] / 255.0, 0.02) << "plane " << p;
-        }
-    }
 }
 
 }  // namespace

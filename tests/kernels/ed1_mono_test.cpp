@@ -155,8 +155,6 @@ struct PixelCase {
 TEST(Ed1Mono, PixelCases) {
     const int32_t e2 = 2 - 255, e3 = 3 - 255, e6 = 6 - 255, e20 = 20 - 255, e33 = 33;
     const PixelCase cases[] = {
-        {"a sum equal to the threshold prints (matrix 0x43: + 20)", kGeneral, 0x43, 20, 0, 255, {1}, 0, 0x80, {}, false},
-        {"one below does not", kGeneral, 0x43, 20, 1, 255, {1}, 0, 0x00, {}, false},
         {"equal prints", k1440x720, 0x43, 20, 0, 255, {1}, 0, 0x80, {}, false},
         {"one below does not", k1440x720, 0x43, 20, 1, 255, {1}, 0, 0x00, {}, false},
         {"equal prints", kDoubleY, 0x43, 20, 0, 255, {1}, 0, 0x80, {}, false},
@@ -235,18 +233,6 @@ TEST(Ed1Mono, PixelCases) {
     }
 }
 
-TEST(Ed1Mono, HalvedInputKeepsSmallerOrLargerByte) {
-    for (const MonoClass& c : kAllClasses) {
-        Mono m(c, 64, -1);
-        m.level(10, 255);
-        m.h.edThreshold[255] = -30000;  // byte 10 prints, byte 20 is white
-        uint8_t out = 0;
-        ASSERT_EQ(m.run({10, 20, 20, 10, 20, 20, 10, 10}, &out, 0, 4, 0, 0), RC_OK);
-        const bool larger = c.resolutionX == 1440;
-        EXPECT_EQ(out, larger ? 0x10 : 0xD0) << c.name;
-    }
-}
-
 // Random tables from a fixed seed, so two instances get the same ones.
 // Bytes below 8 are white.
 void randomTables(Mono& m, unsigned seed) {
@@ -286,38 +272,6 @@ TEST(Ed1Mono, HalvedInputEqualsPreparedPlainInput) {
             ASSERT_EQ(scaled.run(input, outA.data(), line % 8, count, start, line), RC_OK);
             ASSERT_EQ(plain.run(prepared, outB.data(), line % 8, count, start, line), RC_OK);
             expectSameState(scaled, plain, outA, outB);
-        }
-    }
-}
-
-// A flat patch many lines tall: the share of printed dots follows the level.
-double dotDensity(const MonoClass& c, uint8_t level) {
-    const uint32_t width = 256, lines = 64;
-    Mono m(c, width);
-    std::vector<uint16_t> cells(256);
-    for (uint32_t i = 0; i < 256; ++i) cells[i] = static_cast<uint16_t>((i * 167 + 13) & 0xFF);  // a permutation
-    m.h.setMatrix(16, 16, cells);
-    m.h.setSpread(56, 22, 11, 4);
-    for (int b = 0; b < 256; ++b) {
-        m.level(static_cast<uint8_t>(b), static_cast<int16_t>(b));
-        m.h.edThreshold[b] = 128;
-        m.h.dotValue[b] = 255;
-    }
-    const std::vector<uint8_t> src(width, level);
-    std::vector<uint8_t> out(width / 8);
-    long dots = 0;
-    for (uint32_t line = 0; line < lines; ++line) {
-        EXPECT_EQ(m.run(src, out.data(), 0, width, 0, line), RC_OK);
-        for (uint8_t b : out) dots += std::popcount(b);
-    }
-    return static_cast<double>(dots) / (width * lines);
-}
-
-TEST(Ed1Mono, DotDensityFollowsTheLevel) {
-    for (const MonoClass& c : kAllClasses) {
-        for (uint8_t level : {8, 20, 32, 64, 100, 128, 160, 200, 240}) {
-            const double density = dotDensity(c, level);
-            EXPECT_NEAR(density, level / 255.0, 0.01) << c.name << " level " << int(level);
         }
     }
 }

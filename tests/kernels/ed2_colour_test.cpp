@@ -77,35 +77,6 @@ TEST(Ed2ColourGrid, WeightLimitsOfTheNodeChoice) {
     }
 }
 
-// S measured through the node choice: a weight of 100 moves at q = 100, not at 98.
-struct ScaleCase {
-    uint32_t width, height, shift;
-};
-class Ed2ColourScaleShift : public ::testing::TestWithParam<ScaleCase> {};
-
-TEST_P(Ed2ColourScaleShift, NodeChoiceSeesTheScaledMatrixValue) {
-    const ScaleCase& s = GetParam();
-    const uint32_t atQ100 = 100u << s.shift;
-    const uint32_t atQ98 = (98u << s.shift) | ((1u << s.shift) - 1);  // the highest value still at 98
-    for (uint32_t mP : {atQ100, atQ98}) {
-        Colour c;
-        c.setFlatMatrix(s.width, s.height, 0);
-        c.setCell(0, 24 % s.width, static_cast<uint16_t>(mP));
-        c.setGridCell(0, 0, 255);
-        c.setGridCell(1, 0, 100);
-        c.setNode(0, 0, 0, packInks(2, 0, 0, 0));
-        c.setNode(0, 0, 1, packInks(1, 0, 0, 0));
-        c.largeRow(1);
-        c.mediumRow(2);
-        ASSERT_EQ(c.runPixels({1, 0, 0}, 1, 0), RC_OK);
-        EXPECT_EQ(c.out.code(0, 0), mP == atQ100 ? 3u : 2u) << "mP " << mP;
-    }
-}
-
-INSTANTIATE_TEST_SUITE_P(Sizes, Ed2ColourScaleShift,
-                         ::testing::Values(ScaleCase{64, 64, 4}, ScaleCase{32, 32, 2}, ScaleCase{16, 16, 0},
-                                           ScaleCase{128, 128, 6}, ScaleCase{256, 256, 0}));
-
 // Grid smoothing, observed on plane 2 (matrix only): rows 12, 11, 13 and 10
 // give codes 3, 2, 1 and 2; everything else 0.
 struct Smoothing : Colour {
@@ -222,45 +193,39 @@ INSTANTIATE_TEST_SUITE_P(Values, Ed2ColourPerturbation,
                                            PlanePerturbation{2048, 20}, PlanePerturbation{2090, -20},
                                            PlanePerturbation{4095, -24}));
 
-TEST(Ed2ColourPatterns, ParityFormsAreReversed) {
-    for (uint16_t mP : {uint16_t{0}, uint16_t{1}}) {
-        Colour c(4);
-        c.setFlatMatrix(32, 1, 0);
-        c.setCell(0, 24, mP);
-        c.setSplit(5, 10, 0, 0);
-        c.edThreshold[5] = -30;
-        ASSERT_EQ(c.runPixels(inkPixels({{5, 0, 0, 0}}), 1, 0), RC_OK);
-        ASSERT_EQ(c.out.code(0, 0), 1u);
+// One ink pixel of amount row 5 at column 0; the error line 0 cells it leaves.
+TEST(Ed2ColourPatterns, FormsByParityAndClass) {
+    struct Case {
+        const char* what;
+        uint32_t resX, resY;
+        uint16_t flat, mP;
+        uint8_t split[3];
+        int16_t threshold;
+        unsigned code;
+        std::vector<std::pair<int, int32_t>> cells;
+    };
+    const Case cases[] = {
         // err = 10 - 255; odd: G2a (4 at x, 2 at x + 5), even: G2b (6 at x).
-        EXPECT_EQ(c.line(0)[0], (mP & 1 ? 4 : 6) * -245) << "mP " << mP;
-        EXPECT_EQ(c.line(0)[5], (mP & 1 ? 2 : 0) * -245);
+        {"dot, odd cell: G2a", 720, 720, 0, 1, {10, 0, 0}, -30, 1, {{0, 4 * -245}, {5, 2 * -245}}},
+        {"dot, even cell: G2b", 720, 720, 0, 0, {10, 0, 0}, -30, 1, {{0, 6 * -245}, {5, 0}}},
+        // No dot, err 10: H0a (8 at x + 1, nothing at x + 3) on odd cells, H0b (4, 4) on even.
+        {"1440 x 720 without a dot, odd cell: H0a", 1440, 720, 0, 1, {10, 0, 0}, 100, 0, {{1, 8 * 10}, {3, 0}}},
+        {"1440 x 720 without a dot, even cell: H0b", 1440, 720, 0, 0, {10, 0, 0}, 100, 0, {{1, 4 * 10}, {3, 4 * 10}}},
+        // Matrix 4000 is above every tone: no large or medium dot; a medium amount makes the
+        // row heavy. err = 5; Y1: 8 at x - 1, x and (carry) x + 1; 4 at x + 1 and x + 2.
+        {"DoubleY heavy row: Y1", 720, 1440, 4000, 4000, {2, 3, 0}, 1000, 0, {{0, 8 * 5}, {1, 4 * 5}, {2, 4 * 5}}},
+    };
+    for (const Case& c : cases) {
+        SCOPED_TRACE(c.what);
+        Colour col(4, c.resX, c.resY);
+        col.setFlatMatrix(32, 1, c.flat);
+        col.setCell(0, 24, c.mP);
+        col.setSplit(5, c.split[0], c.split[1], c.split[2]);
+        col.edThreshold[5] = c.threshold;
+        ASSERT_EQ(col.runPixels(inkPixels({{5, 0, 0, 0}}), 1, 0), RC_OK);
+        EXPECT_EQ(col.out.code(0, 0), c.code);
+        for (auto [x, v] : c.cells) EXPECT_EQ(col.line(0)[x], v) << "column " << x;
     }
-}
-
-TEST(Ed2ColourPatterns, NoDotIn1440x720TakesH0aOnOddCells) {
-    for (uint16_t mP : {uint16_t{0}, uint16_t{1}}) {
-        Colour c(4, 1440, 720);
-        c.setFlatMatrix(32, 1, 0);
-        c.setCell(0, 24, mP);
-        c.setSplit(5, 10, 0, 0);
-        c.edThreshold[5] = 100;
-        ASSERT_EQ(c.runPixels(inkPixels({{5, 0, 0, 0}}), 1, 0), RC_OK);
-        EXPECT_EQ(c.line(0)[3], mP & 1 ? 0 : 4 * 10) << "H0b reaches x + 3, H0a does not";
-        EXPECT_EQ(c.line(0)[1], (mP & 1 ? 8 : 4) * 10);
-    }
-}
-
-TEST(Ed2ColourPatterns, DoubleYHeavyRowTakesY1) {
-    Colour c(4, 720, 1440);
-    c.setFlatMatrix(32, 1, 4000);  // above every tone: no large or medium dot
-    c.setSplit(5, 2, 3, 0);        // a medium amount makes the row heavy
-    c.edThreshold[5] = 1000;
-    ASSERT_EQ(c.runPixels(inkPixels({{5, 0, 0, 0}}), 1, 0), RC_OK);
-    EXPECT_EQ(c.out.code(0, 0), 0u);
-    // err = 5; Y1: 8 at x - 1, x and (carry) x + 1; 4 at x + 1 and x + 2 on this line.
-    EXPECT_EQ(c.line(0)[-1 + 1], 8 * 5);
-    EXPECT_EQ(c.line(0)[1], 4 * 5);
-    EXPECT_EQ(c.line(0)[2], 4 * 5);
 }
 
 // Small-dot history: rows without small ink diffuse for four pixels, then

@@ -136,6 +136,27 @@ TEST(EveryKernel, DoublingEqualsEachPixelGivenTwice) {
     }
 }
 
+// inputFormat 2 and 3 are one layout to every colour kernel: the same pixels,
+// three bytes apart, give the same planes and error lines, also when doubled.
+TEST(EveryKernel, Formats2And3ReadTheSameThreeBytePixels) {
+    const std::vector<uint8_t> in = randomPixels(3 * 40, 6);
+    for (KernelSetup k : everyKernelSetup()) {
+        if (k.colourMode == 0) continue;
+        for (int32_t scaleMode : {k.scaleMode, 1}) {
+            k.scaleMode = scaleMode;
+            k.inputFormat = 2;
+            Scenario two(k);
+            k.inputFormat = 3;
+            Scenario three(k);
+            SCOPED_TRACE(testing::Message() << chooseKernel(three.hc.ready()).name << ", scaleMode " << scaleMode);
+            ASSERT_EQ(two.run(in, 1, 37), RC_OK);
+            ASSERT_EQ(three.run(in, 1, 37), RC_OK);
+            EXPECT_EQ(two.out.bytes, three.out.bytes);
+            for (unsigned l = 0; l < 4; ++l) EXPECT_EQ(two.hc.errorLines[l], three.hc.errorLines[l]) << l;
+        }
+    }
+}
+
 // A white run (all bytes 255, or no ink in ink input; for the monochrome
 // kernels only the two-bit diffusion knows white) prints nothing and leaves
 // the error lines at zero, whatever the tables. The count is even: an odd

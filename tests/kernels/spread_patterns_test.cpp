@@ -54,39 +54,5 @@ TEST(SpreadPatterns, EveryPatternDeliversItsWeightAndIsNamedAtRunTime) {
     expectPattern<Y2>(Pattern::Y2);   expectPattern<Y3>(Pattern::Y3);
 }
 
-TEST(SpreadPatterns, G1PlacesCarryAndNeighbours) {
-    Cells line;
-    int32_t carry = 5;
-    spread<G1>(line.at(0), -208, carry);
-    EXPECT_EQ(*line.at(1), -1664);   // this line, x+1: 8
-    EXPECT_EQ(*line.at(2), -832);    // this line, x+2: 4
-    EXPECT_EQ(*line.at(-2), -832);   // next line, x-2: 4
-    EXPECT_EQ(*line.at(-1), -832);   // next line, x-1: 4
-    EXPECT_EQ(*line.at(0), -1664 + 5);
-    EXPECT_EQ(carry, -832);          // next line, x+1: 4
-}
-
-TEST(SpreadPatterns, PatternWithoutPlusOneLeavesNoCarry) {
-    Cells line;
-    int32_t carry = 99;
-    spread<G0>(line.at(0), 30, carry);
-    EXPECT_EQ(*line.at(0), 240 + 99);
-    EXPECT_EQ(carry, 0);
-}
-
-TEST(SpreadPatterns, H5HalvesByArithmeticShift) {
-    Cells line;
-    int32_t carry = 0;
-    spread<H5>(line.at(0), -5, carry);
-    EXPECT_EQ(*line.at(10), -3);   // h = -5 >> 1
-    EXPECT_EQ(*line.at(23), -3);
-    EXPECT_EQ(*line.at(-21), -3);
-    EXPECT_EQ(*line.at(9), -5);
-    EXPECT_EQ(*line.at(0), -3);
-    EXPECT_EQ(carry, -3);
-    EXPECT_EQ(*line.at(24), 0);
-    EXPECT_EQ(*line.at(-22), 0);
-}
-
 }  // namespace
 }  // namespace inkdot

@@ -196,25 +196,6 @@ inline std::vector<uint16_t> permutationMatrix(uint32_t side, uint32_t seed) {
     return cells;
 }
 
-// The recursive Bayer matrix of side 2^k: also every value once.
-inline std::vector<uint16_t> bayerMatrix(uint32_t side) {
-    // Built by doubling: B(2n) = [4B + 0, 4B + 2; 4B + 3, 4B + 1].
-    std::vector<uint16_t> b = {0};
-    for (uint32_t n = 1; n < side; n *= 2) {
-        std::vector<uint16_t> next(4 * n * n);
-        for (uint32_t y = 0; y < n; ++y)
-            for (uint32_t x = 0; x < n; ++x) {
-                const uint16_t v = static_cast<uint16_t>(4 * b[y * n + x]);
-                next[y * 2 * n + x] = v;
-                next[y * 2 * n + x + n] = v + 2;
-                next[(y + n) * 2 * n + x] = v + 3;
-                next[(y + n) * 2 * n + x + n] = v + 1;
-            }
-        b = std::move(next);
-    }
-    return b;
-}
-
 // Pixel i of a one-bit plane.
 inline bool bitAt(const uint8_t* plane, uint32_t i) { return (plane[i / 8] >> (7 - i % 8)) & 1; }
 // Dot code of pixel i of a two-bit plane.
@@ -230,6 +211,20 @@ inline std::string codesOf(const std::vector<uint8_t>& out, uint32_t stride, uns
     std::string s;
     for (uint32_t i = from; i < from + n; ++i) s += static_cast<char>('0' + codeAt(out.data() + k * stride, i));
     return s;
+}
+
+// One run of `count` pixels from column startX of line lineNo; the pixels of
+// each plane the kernel writes as text, planes separated by spaces
+// ("0110 0000 ..." one-bit, codes "0".."3" two-bit).
+inline std::string runPlanes(HandContext& hc, const std::vector<uint8_t>& in, uint32_t count, uint32_t startX = 0,
+                             uint32_t lineNo = 0) {
+    constexpr uint32_t kStride = 16;
+    std::vector<uint8_t> out(4 * kStride, 0xA5);
+    if (hc.run(in.data(), out.data(), kStride, 0, count, startX, lineNo) != RC_OK) return "refused";
+    std::string planes;
+    for (unsigned k = 0; k < (hc.ctx.colourMode ? 4u : 1u); ++k)
+        planes += (k ? " " : "") + (hc.ctx.outputBits == 1 ? bitsOf(out, kStride, k, count) : codesOf(out, kStride, k, count));
+    return planes;
 }
 
 // Colour pixels, three bytes each.

@@ -39,7 +39,7 @@ inline void putU32(Bytes& out, uint32_t v) {
 }
 
 // Request list: the ids in order, then the terminator 65535.
-inline Bytes requestListBlock(std::initializer_list<uint16_t> ids) {
+inline Bytes requestListBlock(const std::vector<uint16_t>& ids) {
     Bytes out;
     for (uint16_t id : ids) putU16(out, id);
     putU16(out, 65535);
