@@ -61,7 +61,7 @@ uint32_t Dither1Mono(HtContext& ctx, const HtRun& run) {
     const auto* tone = slotData<uint16_t>(ctx, kToneTable);
     // Halving: two bytes per pixel, the smaller used.
     withPixelSource(ctx, run.src, kGrayPixelBytes, true, [&](const auto& in) {
-        if (ctx.method == 0) {
+        if (ctx.method == INKDOT_METHOD_THRESHOLD) {
             ditherRun(ctx, run, in, FixedThresholdLevel{tone[255], tone[0]});
         } else {
             ditherRun(ctx, run, in, ToneLevel{tone});
