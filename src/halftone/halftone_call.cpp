@@ -8,7 +8,7 @@
 namespace inkdot {
 
 uint32_t halftone(HtContext* ctx, const uint8_t* src, uint8_t* dst, uint32_t planeStride,
-                  uint32_t bitOffset, uint32_t count, uint32_t startX, uint32_t reserved8,
+                  uint32_t bitOffset, uint32_t count, uint32_t startX, uint32_t /*reserved8*/,
                   uint32_t lineNo, uint32_t reserved10, uint32_t option11) {
     // The run must end at or before the line's end. A sum that wraps past
     // 32 bits cannot describe a run inside the line either.

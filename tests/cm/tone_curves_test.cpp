@@ -41,9 +41,13 @@ TEST(Gamma, RisingAndWithinOneLevelOfThePowerCurve) {
         EXPECT_EQ(gammaLevel(255, g), 255);
         for (int v = 0; v <= 255; ++v) {
             ASSERT_EQ(levels[v], gammaLevel(v, g)) << "whole curve and single level, " << v << " " << g;
-            if (g == 100) EXPECT_EQ(levels[v], v);
+            if (g == 100) {
+                EXPECT_EQ(levels[v], v);
+            }
             EXPECT_LE(std::abs(levels[v] - 255.0 * std::pow(v / 255.0, g / 100.0)), 1.0) << v << " gamma " << g;
-            if (v > 0) EXPECT_GE(levels[v], levels[v - 1]);
+            if (v > 0) {
+                EXPECT_GE(levels[v], levels[v - 1]);
+            }
         }
     }
 }

@@ -39,7 +39,9 @@ TEST(Continuity, ColumnsClearedByCase) {
         run.count = 10;
         const ColumnRange r = continuityRange(ctx, run);
         EXPECT_EQ(r.to - r.from, c.to - c.from) << c.what;
-        if (c.to != c.from) EXPECT_EQ(r.from, c.from) << c.what;
+        if (c.to != c.from) {
+            EXPECT_EQ(r.from, c.from) << c.what;
+        }
         EXPECT_EQ(ctx.prevLineNo, c.line) << c.what;
         EXPECT_EQ(ctx.prevRunEnd, c.start + 10) << c.what;
     }

@@ -54,12 +54,6 @@ struct Mono {
     }
 };
 
-// Byte 1 always prints (level 255 against a very low threshold); byte 0 is white.
-void setPrintAndWhite(Mono& m) {
-    m.level(1, 255);
-    m.h.edThreshold[255] = -30000;
-}
-
 // Two pixels worked by hand: column 60 (sum 30 < 35, no dot, G0) and column 61
 // (sum 47 >= -80, dot, err -208, G1).
 TEST(Ed1Mono, WorkedTwoPixelRun) {
