@@ -218,6 +218,12 @@ INKDOT_API uint32_t INKDOT_CALL HalftoneSetResource(HtContext* ctx, const uint8_
  * is refused as HalftoneSetResource refuses it, whatever the size. */
 INKDOT_API uint32_t INKDOT_CALL HalftoneSetResourceSized(HtContext* ctx, const uint8_t* block,
                                                          uint32_t size, uint32_t* outNextBlock);
+/* Halftone checks a run before any pixel is read, in this order: RC_ARG + 6
+ * when it does not end within the line (count > width or startX > width -
+ * count), RC_ARG + 10 when reserved10 is not 0, RC_ARG + 5 when bitOffset
+ * does not fall in the first output byte (8 pixels a byte at one bit, 4 at
+ * two), RC_DATA when the instance was not fed every resource. reserved8 is
+ * ignored. The monochrome kernels then refuse option11 != 0 (RC_ARG + 11). */
 INKDOT_API uint32_t INKDOT_CALL Halftone(HtContext* ctx, const uint8_t* src, uint8_t* dst,
                                          uint32_t planeStride, uint32_t bitOffset, uint32_t count,
                                          uint32_t startX, uint32_t reserved8, uint32_t lineNo,
