@@ -202,8 +202,10 @@ TEST(Ed1Colour, HandWorkedRuns) {
         Pixels pixels;
         uint8_t planes[4];  // the first output byte of each plane
     };
-    auto tones = [](std::initializer_list<std::pair<uint8_t, uint16_t>> t) {
-        return [t](Rig& r) {
+    // The tone pairs are copied: a case keeps its table builder beyond the
+    // initializer list it was written with.
+    auto tones = [](std::initializer_list<std::pair<uint8_t, uint16_t>> list) {
+        return [t = std::vector(list)](Rig& r) {
             r.hc.setFlatMatrix(16, 16, 10);
             for (auto [level, tone] : t) r.hc.tone[level] = tone;
         };
