@@ -29,14 +29,7 @@ void halftoneFrom(const CmLut* lut, uint8_t choice) {
         if (ht != nullptr) HalftoneDelete(ht);
         return;
     }
-    static const test::HtBlocks blocks;  // built once: it does not depend on the input
-    const test::Bytes* order[] = {&blocks.requestList, &blocks.gridLevels, &blocks.matrix, &blocks.dotSplit};
-    uint32_t next = 0;
-    uint32_t rc = RC_OK;
-    for (int phase = 0; phase < 4 && rc == RC_OK && next != INKDOT_NO_MORE_BLOCKS; ++phase) {
-        rc = HalftoneSetResourceSized(ht, order[phase]->data(), static_cast<uint32_t>(order[phase]->size()), &next);
-    }
-    if (rc == RC_OK) {
+    if (setDefaultBlocks(ht) == RC_OK) {
         uint8_t src[40 * 4];  // gray or four-byte colour pixels (inputFormat 3 is padded to four)
         for (int i = 0; i < 40 * 4; ++i) src[i] = static_cast<uint8_t>(i * 13);
         uint8_t dst[4 * 10] = {};

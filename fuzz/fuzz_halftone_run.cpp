@@ -66,16 +66,9 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     HtContext* ctx = nullptr;
     uint32_t model = 0;
     if (HalftoneNew(&s, colour ? &colourLut.lut : &monoLut.lut, 0, &model, &ctx) != RC_OK) __builtin_trap();
-    static const test::HtBlocks blocks;  // built once: it does not depend on the input
-    const test::Bytes* order[] = {&blocks.requestList, &blocks.gridLevels, &blocks.matrix, &blocks.dotSplit};
-    uint32_t next = 0;
-    uint32_t rc = RC_OK;
-    for (int phase = 0; phase < 4 && rc == RC_OK && next != INKDOT_NO_MORE_BLOCKS; ++phase) {
-        rc = HalftoneSetResourceSized(ctx, order[phase]->data(), static_cast<uint32_t>(order[phase]->size()), &next);
-    }
     // Two-bit output in the classes without two-bit spread thresholds is
     // refused by the protocol; nothing to run then.
-    if (rc == RC_OK) {
+    if (setDefaultBlocks(ctx) == RC_OK) {
         const uint32_t bpp = bytesPerPixel(s.inputFormat);
         const uint32_t pixelsPerByte = 8 / outputBits;
         const uint32_t planes = colour ? 4 : 1;

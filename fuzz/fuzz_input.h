@@ -10,6 +10,9 @@
 #include <memory>
 #include <vector>
 
+#include "inkdot/inkdot.h"
+#include "support/ht_fixture.h"
+
 namespace inkdot::fuzz {
 
 class FuzzInput {
@@ -59,6 +62,18 @@ inline void putBlock(std::vector<uint8_t>& out, const std::vector<uint8_t>& bloc
     out.push_back(static_cast<uint8_t>(block.size()));
     out.push_back(static_cast<uint8_t>(block.size() >> 8));
     out.insert(out.end(), block.begin(), block.end());
+}
+
+// Gives an instance the tests' default halftone blocks (built once: they do
+// not depend on the input) as it asks for them; the last call's result code.
+inline uint32_t setDefaultBlocks(HtContext* ctx) {
+    static const test::HtBlocks blocks;
+    uint32_t next = 0, rc = RC_OK;
+    for (const test::Bytes* b : {&blocks.requestList, &blocks.gridLevels, &blocks.matrix, &blocks.dotSplit}) {
+        if (rc != RC_OK || next == INKDOT_NO_MORE_BLOCKS) break;
+        rc = HalftoneSetResourceSized(ctx, b->data(), static_cast<uint32_t>(b->size()), &next);
+    }
+    return rc;
 }
 
 }  // namespace inkdot::fuzz

@@ -1,7 +1,7 @@
 #!/usr/bin/env bash
 # Builds the libFuzzer targets (clang, AddressSanitizer and
-# UndefinedBehaviorSanitizer), writes the seed corpora from the test writers
-# and runs each target, one after another for a bounded time, or as a long
+# UndefinedBehaviorSanitizer), writes the seed corpora from the test writers,
+# adds the text seeds of fuzz/seeds/, and runs each target, one after another for a bounded time, or as a long
 # campaign of a number of executions per target, niced, two targets at once.
 #
 #   scripts/fuzz.sh                      # 25 seconds per target (the CI run)
@@ -35,6 +35,7 @@ cmake --build "$out" -j "$jobs"
 
 for target in $all; do mkdir -p "$out/corpus/$target"; done
 "$out/fuzz_seeds" "$out/corpus"
+for seeds in fuzz/seeds/*/; do cp "$seeds"* "$out/corpus/$(basename "$seeds")/"; done
 
 export ASAN_OPTIONS=detect_leaks=1:abort_on_error=1:allocator_may_return_null=1
 export UBSAN_OPTIONS=print_stacktrace=1:halt_on_error=1
