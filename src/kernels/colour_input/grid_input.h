@@ -66,8 +66,12 @@ public:
         GridPass pass;
         uint32_t done = 0;
 #ifdef INKDOT_AVX2_GRID_PASS
-        if (in.pixelBytes == 3 && in.shift == 0 && !Source::kHalving && gridPassAvx2Runs())
-            done = gridPassAvx2(passTables(), in.at(first), x0, n, prevNodes_, out, pass);
+        if (in.pixelBytes == 3 && in.shift <= (Source::kHalving ? 0 : 1) && gridPassAvx2Runs()) {
+            const InputSpacing spacing = Source::kHalving ? InputSpacing::kHalved
+                                         : in.shift == 1  ? InputSpacing::kDoubled
+                                                          : InputSpacing::kOnePerPixel;
+            done = gridPassAvx2(passTables(), spacing, in.at(first), x0, n, prevNodes_, out, pass);
+        }
 #endif
         // Independent per pixel: node choice, grid look-up, white test, and
         // the neighbour test against pixel i - 1.

@@ -7,6 +7,8 @@
 
 #include <immintrin.h>
 
+#include <cstring>
+
 #include "kernels/grid_node.h"
 
 namespace inkdot {
@@ -17,17 +19,89 @@ namespace {
 
 #define INKDOT_AVX2 __attribute__((target("avx2")))
 
-// Byte k of each of the eight pixels into its own lane: the low half of the
-// register holds pixels 0..3 at bytes 0..11, the high half pixels 4..7 at
-// bytes 4..15 (the second load starts 8 bytes in, so no byte past the eight
-// pixels is read).
-INKDOT_AVX2 inline __m256i channel(__m256i bytes, int k) {
-    const __m256i pick = _mm256_setr_epi8(
-        static_cast<char>(k), -1, -1, -1, static_cast<char>(3 + k), -1, -1, -1, static_cast<char>(6 + k), -1, -1, -1,
-        static_cast<char>(9 + k), -1, -1, -1, static_cast<char>(4 + k), -1, -1, -1, static_cast<char>(7 + k), -1, -1,
-        -1, static_cast<char>(10 + k), -1, -1, -1, static_cast<char>(13 + k), -1, -1, -1);
-    return _mm256_shuffle_epi8(bytes, pick);
+// The three bytes of eight pixels, each in its own 32-bit lane, read from
+// the run's input without a byte past the eight pixels.
+struct Channels {
+    __m256i b[3];
+};
+
+// Shuffle control that puts byte at[d] + k of each 128-bit half into the low
+// byte of 32-bit lane d (at[d] < 0: the lane stays 0).
+INKDOT_AVX2 inline __m256i pick(const int (&at)[8], int k) {
+    alignas(32) int8_t control[32];
+    for (int d = 0; d < 8; ++d) {
+        control[4 * d] = static_cast<int8_t>(at[d] < 0 ? -1 : at[d] + k);
+        control[4 * d + 1] = control[4 * d + 2] = control[4 * d + 3] = -1;
+    }
+    return _mm256_load_si256(reinterpret_cast<const __m256i*>(control));
 }
+
+// Bytes 0..15 of px in the low half, 8..23 in the high half: pixels 0..3 at
+// bytes 0..11 of the low half, pixels 4..7 at bytes 4..15 of the high one.
+INKDOT_AVX2 inline __m256i load24(const uint8_t* px) {
+    return _mm256_loadu2_m128i(reinterpret_cast<const __m128i*>(px + 8), reinterpret_cast<const __m128i*>(px));
+}
+
+// One input pixel per output pixel.
+struct OnePerPixel {
+    __m256i pickK[3];
+    INKDOT_AVX2 OnePerPixel() {
+        static constexpr int kAt[8] = {0, 3, 6, 9, 4, 7, 10, 13};
+        for (int k = 0; k < 3; ++k) pickK[k] = pick(kAt, k);
+    }
+    INKDOT_AVX2 Channels operator()(const uint8_t* src, uint32_t i) const {
+        const __m256i bytes = load24(src + 3 * i);
+        return {{_mm256_shuffle_epi8(bytes, pickK[0]), _mm256_shuffle_epi8(bytes, pickK[1]),
+                 _mm256_shuffle_epi8(bytes, pickK[2])}};
+    }
+};
+
+// Doubling: output pixels 2j and 2j + 1 read input pixel j. i is even (a
+// chunk starts at a multiple of its size), so eight output pixels read the
+// twelve bytes of four input pixels, both halves holding all twelve.
+struct Doubled {
+    __m256i pickK[3];
+    INKDOT_AVX2 Doubled() {
+        static constexpr int kAt[8] = {0, 0, 3, 3, 6, 6, 9, 9};
+        for (int k = 0; k < 3; ++k) pickK[k] = pick(kAt, k);
+    }
+    INKDOT_AVX2 Channels operator()(const uint8_t* src, uint32_t i) const {
+        const uint8_t* px = src + 3 * (i / 2);
+        int32_t last;
+        std::memcpy(&last, px + 8, 4);
+        const __m128i twelve = _mm_insert_epi32(_mm_loadl_epi64(reinterpret_cast<const __m128i*>(px)), last, 2);
+        const __m256i bytes = _mm256_broadcastsi128_si256(twelve);
+        return {{_mm256_shuffle_epi8(bytes, pickK[0]), _mm256_shuffle_epi8(bytes, pickK[1]),
+                 _mm256_shuffle_epi8(bytes, pickK[2])}};
+    }
+};
+
+// Halving: output pixel j reads the pair of input pixels 2j, 2j + 1, byte by
+// byte the smaller. Each 24 bytes (four pairs) loaded as above; a copy moved
+// down by three bytes lines each pair's second pixel up with its first, so one
+// byte minimum makes the pairs' bytes; output pixels 0, 1 come from the low
+// half, 2, 3 from the high one (4..7 likewise from the next 24 bytes), and a
+// lane permutation puts them in order.
+struct Halved {
+    __m256i pickFirst[3], pickSecond[3], order;
+    INKDOT_AVX2 Halved() : order(_mm256_setr_epi32(0, 1, 4, 5, 2, 3, 6, 7)) {
+        static constexpr int kFirst[8] = {0, 6, -1, -1, 4, 10, -1, -1};
+        static constexpr int kSecond[8] = {-1, -1, 0, 6, -1, -1, 4, 10};
+        for (int k = 0; k < 3; ++k) pickFirst[k] = pick(kFirst, k), pickSecond[k] = pick(kSecond, k);
+    }
+    INKDOT_AVX2 Channels operator()(const uint8_t* src, uint32_t i) const {
+        const uint8_t* px = src + 6 * i;
+        const __m256i first = load24(px), second = load24(px + 24);
+        const __m256i firstMin = _mm256_min_epu8(first, _mm256_bsrli_epi128(first, 3));
+        const __m256i secondMin = _mm256_min_epu8(second, _mm256_bsrli_epi128(second, 3));
+        Channels c;
+        for (int k = 0; k < 3; ++k)
+            c.b[k] = _mm256_permutevar8x32_epi32(_mm256_or_si256(_mm256_shuffle_epi8(firstMin, pickFirst[k]),
+                                                                 _mm256_shuffle_epi8(secondMin, pickSecond[k])),
+                                                 order);
+        return c;
+    }
+};
 
 // The matrix values of eight columns from `column` on: one load where the
 // eight do not wrap around the row's end.
@@ -67,10 +141,9 @@ INKDOT_AVX2 inline __m256i neighbours(__m256i a, __m256i b) {
     return _mm256_and_si256(high, low);
 }
 
-}  // namespace
-
-INKDOT_AVX2 uint32_t gridPassAvx2(const GridPassTables& t, const uint8_t* src, uint32_t x0, uint32_t n,
-                                  uint32_t prevNodes, ColourChunk& out, GridPass& pass) {
+template <class Read>
+INKDOT_AVX2 uint32_t gridPass(const Read& read, const GridPassTables& t, const uint8_t* src, uint32_t x0, uint32_t n,
+                              uint32_t prevNodes, ColourChunk& out, GridPass& pass) {
     const __m256i lastEntry = _mm256_set1_epi32(t.cells[510] | t.cells[511] << 8);
     const __m256i lastNode = _mm256_set1_epi32(static_cast<int>(t.lastNode));
     const __m128i shift = _mm_cvtsi32_si128(static_cast<int>(t.shift));
@@ -82,10 +155,8 @@ INKDOT_AVX2 uint32_t gridPassAvx2(const GridPassTables& t, const uint8_t* src, u
     __m256i before = _mm256_set1_epi32(static_cast<int>(prevNodes));
     uint32_t i = 0;
     for (; i + 8 <= n; i += 8) {
-        const uint8_t* px = src + 3 * i;
-        const __m256i bytes = _mm256_loadu2_m128i(reinterpret_cast<const __m128i*>(px + 8),
-                                                  reinterpret_cast<const __m128i*>(px));
-        const __m256i b0 = channel(bytes, 0), b1 = channel(bytes, 1), b2 = channel(bytes, 2);
+        const Channels c = read(src, i);
+        const __m256i b0 = c.b[0], b1 = c.b[1], b2 = c.b[2];
         const __m256i white =
             _mm256_cmpeq_epi32(_mm256_add_epi32(_mm256_add_epi32(b0, b1), b2), _mm256_set1_epi32(3 * 255));
 
@@ -123,6 +194,17 @@ INKDOT_AVX2 uint32_t gridPassAvx2(const GridPassTables& t, const uint8_t* src, u
         _mm_storel_epi64(reinterpret_cast<__m128i*>(out.white + i), packed);
     }
     return i;
+}
+
+}  // namespace
+
+INKDOT_AVX2 uint32_t gridPassAvx2(const GridPassTables& t, InputSpacing spacing, const uint8_t* src, uint32_t x0,
+                                  uint32_t n, uint32_t prevNodes, ColourChunk& out, GridPass& pass) {
+    switch (spacing) {
+        case InputSpacing::kDoubled: return gridPass(Doubled(), t, src, x0, n, prevNodes, out, pass);
+        case InputSpacing::kHalved: return gridPass(Halved(), t, src, x0, n, prevNodes, out, pass);
+        default: return gridPass(OnePerPixel(), t, src, x0, n, prevNodes, out, pass);
+    }
 }
 
 }  // namespace inkdot

@@ -1,7 +1,7 @@
 // The per-pixel pass of the grid input (GridInput::convert) written with
 // AVX2, eight pixels at a time, for three-byte pixels read one per output
-// pixel; the loader-independent switch: it runs only where the CPU has AVX2,
-// asked once per chunk, and the portable loop does the rest. Same results,
+// pixel, doubled or halved; it runs only where the CPU has AVX2 (asked once
+// per chunk), and the portable loop does the rest. Same results,
 // bit for bit: every step is the integer arithmetic of the portable loop on
 // eight lanes.
 #pragma once
@@ -37,13 +37,17 @@ struct GridPassTables {
     uint32_t lastNode;        // node indices above it are held at it
 };
 
+// How the chunk's output pixels read three-byte input pixels: one each,
+// one per two output pixels (doubling), or a pair each (halving).
+enum class InputSpacing { kOnePerPixel, kDoubled, kHalved };
+
 #ifdef INKDOT_AVX2_GRID_PASS
 bool gridPassAvx2Runs();
-// Pixels 0 .. 8 * floor(n / 8) - 1 of a chunk from src (three bytes each,
-// pixel 0 at column x0); prevNodes are the nodes of the last coloured pixel
-// before the chunk. Returns how many pixels it did.
-uint32_t gridPassAvx2(const GridPassTables& t, const uint8_t* src, uint32_t x0, uint32_t n, uint32_t prevNodes,
-                      ColourChunk& out, GridPass& pass);
+// Pixels 0 .. 8 * floor(n / 8) - 1 of a chunk, pixel 0 read at src and at
+// column x0; prevNodes are the nodes of the last coloured pixel before the
+// chunk. Returns how many pixels it did.
+uint32_t gridPassAvx2(const GridPassTables& t, InputSpacing spacing, const uint8_t* src, uint32_t x0, uint32_t n,
+                      uint32_t prevNodes, ColourChunk& out, GridPass& pass);
 #endif
 
 }  // namespace inkdot
