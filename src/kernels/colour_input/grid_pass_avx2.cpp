@@ -42,37 +42,38 @@ INKDOT_AVX2 inline __m256i load24(const uint8_t* px) {
     return _mm256_loadu2_m128i(reinterpret_cast<const __m128i*>(px + 8), reinterpret_cast<const __m128i*>(px));
 }
 
+// The three channels of loaded bytes, a shuffle each, by the byte offsets
+// of the eight output pixels in their half.
+struct Picks {
+    __m256i byChannel[3];
+    INKDOT_AVX2 explicit Picks(const int (&at)[8]) {
+        for (int k = 0; k < 3; ++k) byChannel[k] = pick(at, k);
+    }
+    INKDOT_AVX2 Channels operator()(__m256i bytes) const {
+        return {{_mm256_shuffle_epi8(bytes, byChannel[0]), _mm256_shuffle_epi8(bytes, byChannel[1]),
+                 _mm256_shuffle_epi8(bytes, byChannel[2])}};
+    }
+};
+
 // One input pixel per output pixel.
 struct OnePerPixel {
-    __m256i pickK[3];
-    INKDOT_AVX2 OnePerPixel() {
-        static constexpr int kAt[8] = {0, 3, 6, 9, 4, 7, 10, 13};
-        for (int k = 0; k < 3; ++k) pickK[k] = pick(kAt, k);
-    }
-    INKDOT_AVX2 Channels operator()(const uint8_t* src, uint32_t i) const {
-        const __m256i bytes = load24(src + 3 * i);
-        return {{_mm256_shuffle_epi8(bytes, pickK[0]), _mm256_shuffle_epi8(bytes, pickK[1]),
-                 _mm256_shuffle_epi8(bytes, pickK[2])}};
-    }
+    static constexpr int kAt[8] = {0, 3, 6, 9, 4, 7, 10, 13};
+    Picks picks{kAt};
+    INKDOT_AVX2 Channels operator()(const uint8_t* src, uint32_t i) const { return picks(load24(src + 3 * i)); }
 };
 
 // Doubling: output pixels 2j and 2j + 1 read input pixel j. i is even (a
 // chunk starts at a multiple of its size), so eight output pixels read the
 // twelve bytes of four input pixels, both halves holding all twelve.
 struct Doubled {
-    __m256i pickK[3];
-    INKDOT_AVX2 Doubled() {
-        static constexpr int kAt[8] = {0, 0, 3, 3, 6, 6, 9, 9};
-        for (int k = 0; k < 3; ++k) pickK[k] = pick(kAt, k);
-    }
+    static constexpr int kAt[8] = {0, 0, 3, 3, 6, 6, 9, 9};
+    Picks picks{kAt};
     INKDOT_AVX2 Channels operator()(const uint8_t* src, uint32_t i) const {
         const uint8_t* px = src + 3 * (i / 2);
         int32_t last;
         std::memcpy(&last, px + 8, 4);
         const __m128i twelve = _mm_insert_epi32(_mm_loadl_epi64(reinterpret_cast<const __m128i*>(px)), last, 2);
-        const __m256i bytes = _mm256_broadcastsi128_si256(twelve);
-        return {{_mm256_shuffle_epi8(bytes, pickK[0]), _mm256_shuffle_epi8(bytes, pickK[1]),
-                 _mm256_shuffle_epi8(bytes, pickK[2])}};
+        return picks(_mm256_broadcastsi128_si256(twelve));
     }
 };
 
@@ -126,6 +127,8 @@ INKDOT_AVX2 inline __m256i node(const uint8_t* cells, __m256i b, __m256i q, __m2
     const __m256i weight = _mm256_and_si256(_mm256_srli_epi32(entry, 8), _mm256_set1_epi32(0xFF));
     // lower + 1, less one where weight > q (both below 256: the signed compare is exact)
     const __m256i up = _mm256_add_epi32(_mm256_add_epi32(lower, _mm256_set1_epi32(1)), _mm256_cmpgt_epi32(weight, q));
+    // The portable loop returns lastNode when lower reaches it, else
+    // lower + 0 or 1, which is at most lastNode: the minimum is the same.
     return _mm256_min_epu32(up, lastNode);
 }
 
