@@ -50,7 +50,4 @@ inline uint32_t neighbourMask(uint32_t a, uint32_t b) {
     return -static_cast<uint32_t>(near);
 }
 
-// Blends by such a mask: `yes` where the mask is all ones, `no` where it is 0.
-inline uint32_t selectByMask(uint32_t mask, uint32_t yes, uint32_t no) { return (yes & mask) | (no & ~mask); }
-
 }  // namespace inkdot

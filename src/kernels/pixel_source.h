@@ -11,8 +11,9 @@
 
 namespace inkdot {
 
-template <bool kHalving>
+template <bool Halving>
 struct PixelSource {
+    static constexpr bool kHalving = Halving;
     const uint8_t* src;
     uint32_t pixelBytes;
     uint32_t shift;  // 1 when doubling: output pixel i reads input pixel i / 2

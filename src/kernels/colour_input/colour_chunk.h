@@ -37,12 +37,24 @@ inline uint32_t dropFaintLevels(uint32_t inks) {
     return kept;
 }
 
-// (a + b + roundUp) >> 1 in each of the four bytes at once, roundUp 0 or 1:
-// the floor of the mean is (a AND b) + (a XOR b) / 2, and rounding up adds the
-// low bit of a XOR b. No byte carries into the next (the mean fits a byte).
-inline uint32_t meanOfBytes(uint32_t a, uint32_t b, uint32_t roundUp) {
-    const uint32_t differ = a ^ b;
-    return (a & b) + ((differ >> 1) & 0x7F7F7F7F) + (differ & (0x01010101 * roundUp));
+// The low bit of every plane's byte.
+inline constexpr uint32_t kLowBits = 0x01010101;
+
+// The smoothing of one pixel: in the bytes that `smooth` selects (all ones
+// or zero per byte), (prev + inks + 1) >> 1 where roundUp holds kLowBits and
+// (prev + inks) >> 1 where it holds 0; elsewhere the pixel's own level.
+// The floor of the mean is (a AND b) + (a XOR b) / 2, and rounding up adds
+// the low bit of a XOR b. No byte carries into the next (the mean fits a
+// byte), so masking each term with `smooth` masks the sum, and the own levels
+// fill only bytes where every other term is 0, so they can be added too.
+// This is the one chain from pixel to pixel: the terms are grouped so that
+// as few steps as possible wait for prev (with the compiler's regrouping,
+// five instead of the seven of a mean followed by a masked select).
+inline uint32_t smoothedInks(uint32_t prev, uint32_t inks, uint32_t smooth, uint32_t roundUp) {
+    const uint32_t differ = prev ^ inks;
+    const uint32_t ownLevels = inks & ~smooth;
+    const uint32_t halfDiffer = (differ >> 1) & (smooth & 0x7F7F7F7F);
+    return (((prev & (inks & smooth)) + ownLevels) + (differ & (roundUp & smooth))) + halfDiffer;
 }
 
 }  // namespace inkdot

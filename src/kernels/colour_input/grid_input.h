@@ -20,6 +20,7 @@
 
 #include "halftone/ht_context.h"
 #include "kernels/colour_input/colour_chunk.h"
+#include "kernels/colour_input/grid_pass_avx2.h"
 #include "kernels/force_inline.h"
 #include "kernels/grid_node.h"
 #include "kernels/matrix_row.h"
@@ -62,31 +63,20 @@ public:
     // into chunk positions 0 .. n - 1. n is at most kColourChunk.
     template <class Source>
     INKDOT_FORCE_INLINE void convert(const Source& in, uint32_t first, uint32_t x0, uint32_t n, ColourChunk& out) {
-        uint32_t nodes[kColourChunk];
-        uint8_t roundUp[kColourChunk];
-        // Independent per pixel: node choice and grid look-up.
-        for (uint32_t i = 0; i < n; ++i) {
-            const uint8_t* px = in.at(first + i);
-            const uint32_t b0 = in.byte(px, 0), b1 = in.byte(px, 1), b2 = in.byte(px, 2);
-            out.white[i] = b0 + b1 + b2 == 3 * 255;
-            const uint32_t m = matrix_(x0 + i);
-            const uint32_t q = matrix_.q(m);
-            const uint32_t i0 = node(b0, q), i1 = node(b1, q), i2 = node(b2, q);
-            out.inks[i] = grid_[gridEntryIndex(i2, i1, i0)];
-            nodes[i] = packNodes(i0, i1, i2);
-            roundUp[i] = static_cast<uint8_t>(((m >> kPolicy.roundBit) & 1) ^ 1);
+        GridPass pass;
+#ifdef INKDOT_AVX2_GRID_PASS
+        if (in.pixelBytes == 3 && in.shift <= (Source::kHalving ? 0 : 1) && gridPassAvx2Runs()) {
+            const InputSpacing spacing = Source::kHalving ? InputSpacing::kHalved
+                                         : in.shift == 1  ? InputSpacing::kDoubled
+                                                          : InputSpacing::kOnePerPixel;
+            const uint32_t done = gridPassAvx2(passTables(), spacing, in.at(first), x0, n, prevNodes_, out, pass);
+            perPixel<true>(in, first, x0, done, n, out, pass);
+            smooth<true>(pass, n, out);
+            return;
         }
-        // Serial: the averaging with the previous coloured pixel. White
-        // pixels leave it alone.
-        for (uint32_t i = 0; i < n; ++i) {
-            if (out.white[i]) continue;
-            const uint32_t inks = out.inks[i];
-            const uint32_t mean = meanOfBytes(prevInks_, inks, roundUp[i]);
-            const uint32_t smooth = neighbourMask(nodes[i], prevNodes_) & kPolicy.smoothedPlanes;
-            prevInks_ = selectByMask(smooth, mean, inks);
-            prevNodes_ = nodes[i];
-            out.inks[i] = prevInks_;
-        }
+#endif
+        perPixel<false>(in, first, x0, 0, n, out, pass);
+        smooth<false>(pass, n, out);
     }
 
     // One pixel's levels at node choice q, for the last pixel of an odd run.
@@ -107,6 +97,59 @@ public:
     }
 
 private:
+    // Independent per pixel: node choice, grid look-up and white test of
+    // pixels i .. n - 1; with kNeighbours also the neighbour test against
+    // pixel i - 1 (the AVX2 pass makes it for the serial loop, where the
+    // portable loop is faster leaving it to the serial loop).
+    template <bool kNeighbours, class Source>
+    INKDOT_FORCE_INLINE void perPixel(const Source& in, uint32_t first, uint32_t x0, uint32_t i, uint32_t n,
+                                      ColourChunk& out, GridPass& pass) const {
+        uint32_t before = i == 0 ? prevNodes_ : pass.nodes[i - 1];
+        for (; i < n; ++i) {
+            const uint8_t* px = in.at(first + i);
+            const uint32_t b0 = in.byte(px, 0), b1 = in.byte(px, 1), b2 = in.byte(px, 2);
+            out.white[i] = b0 + b1 + b2 == 3 * 255;
+            const uint32_t m = matrix_(x0 + i);
+            const uint32_t q = matrix_.q(m);
+            const uint32_t i0 = node(b0, q), i1 = node(b1, q), i2 = node(b2, q);
+            out.inks[i] = grid_[gridEntryIndex(i2, i1, i0)];
+            const uint32_t nodes = packNodes(i0, i1, i2);
+            pass.nodes[i] = nodes;
+            if constexpr (kNeighbours) pass.smooth[i] = neighbourMask(nodes, before) & kPolicy.smoothedPlanes;
+            before = nodes;
+            pass.roundUp[i] = (((m >> kPolicy.roundBit) & 1) ^ 1) * kLowBits;
+        }
+    }
+
+    // Serial: the averaging with the previous coloured pixel. White pixels
+    // leave it alone. With kNeighboursKnown the neighbour test was made
+    // against pixel i - 1, and the pixel after a white one is tested again
+    // against the last coloured pixel instead of its white neighbour.
+    template <bool kNeighboursKnown>
+    INKDOT_FORCE_INLINE void smooth(GridPass& pass, uint32_t n, ColourChunk& out) {
+        uint32_t prevInks = prevInks_;
+        uint32_t prevNodes = prevNodes_;
+        for (uint32_t i = 0; i < n; ++i) {
+            if (out.white[i]) {
+                if (kNeighboursKnown && i + 1 < n)
+                    pass.smooth[i + 1] = neighbourMask(pass.nodes[i + 1], prevNodes) & kPolicy.smoothedPlanes;
+                continue;
+            }
+            const uint32_t smooth = kNeighboursKnown ? pass.smooth[i]
+                                                     : neighbourMask(pass.nodes[i], prevNodes) & kPolicy.smoothedPlanes;
+            prevInks = smoothedInks(prevInks, out.inks[i], smooth, pass.roundUp[i]);
+            prevNodes = pass.nodes[i];
+            out.inks[i] = prevInks;
+        }
+        prevInks_ = prevInks;
+        prevNodes_ = prevNodes;
+    }
+
+    GridPassTables passTables() const {
+        return {grid_, cells_, matrix_.row.cells, matrix_.row.columnMask, matrix_.column, matrix_.shift,
+                kPolicy.roundBit, kPolicy.smoothedPlanes, kPolicy.holdLastNode ? kGridLevels - 1 : 0xFFFFFFFFu};
+    }
+
     INKDOT_FORCE_INLINE uint32_t node(uint32_t b, uint32_t q) const {
         const uint32_t lower = cells_[2 * b], weight = cells_[2 * b + 1];
         if constexpr (kPolicy.holdLastNode) {
