@@ -1,0 +1,328 @@
+// The blocks colour management reads: the index text and its search, the
+// colour table; and the keys CmNew derives from the settings.
+#include <gtest/gtest.h>
+
+#include <cstring>
+#include <functional>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "cm/cm_context.h"
+#include "cm/colour_table.h"
+#include "cm/index_search.h"
+#include "cm/index_text.h"
+#include "support/cm_fixture.h"
+#include "support/memory_watch.h"
+
+namespace inkdot {
+namespace {
+
+using test::ColourTableWriter;
+using test::IndexTextWriter;
+
+// Parses from an exactly sized, NUL-terminated heap copy, so that a read past
+// the terminator shows under the address sanitizer.
+struct Parsed {
+    std::unique_ptr<IndexText> index = std::make_unique<IndexText>();
+    int32_t count;
+    explicit Parsed(const std::string& text) {
+        std::vector<uint8_t> bytes(text.begin(), text.end());
+        bytes.push_back(0);
+        std::memset(index.get(), 0, sizeof(IndexText));
+        count = parseIndexText(bytes.data(), index.get());
+    }
+    std::vector<int32_t> keys(int i) const {
+        const IndexRecord& r = index->records[i];
+        return {r.blockNo, r.tableId, r.key5, r.key6, r.key8, r.key9, r.pos1, r.num2, r.pos3};
+    }
+};
+
+// Names count by their last place in a list; list 2 counts from its base
+// number when it has one (its first token does not begin with 'P'). Blanks
+// before tokens, blank lines and extra tokens change nothing; capacities at
+// their limits parse.
+TEST(IndexText, RecordFieldsAndNamePositions) {
+    IndexTextWriter w;
+    w.list1 = {"A", "B", "C", "B"};
+    w.list2Base = 10;
+    w.list2 = {"X", "Y"};
+    w.add(120, 7, "B", "Y", 5, -6, "M2", 8, 9);
+    w.add(130, 0, "none", "none", 0, 0, "none", 0, 0);  // table id 0; names in no list
+    const Parsed p(w.text());
+    ASSERT_EQ(p.count, 2);
+    EXPECT_EQ(p.keys(0), (std::vector<int32_t>{120, 7, 5, -6, 8, 9, 3, 11, 2}));
+    EXPECT_EQ(p.keys(1), (std::vector<int32_t>{130, -1, 0, 0, 0, 0, 0, 0, 0})) << "not the base 10";
+    EXPECT_STREQ(p.index->records[0].name1, "B");
+    IndexTextWriter loose = test::matchingIndex(1, 1);
+    loose.add(2, 1, "L0", "Plain", 0, 0, "M0", 0, 0);
+    const Parsed plain(loose.text());
+    loose.lead = " \t ";
+    loose.blankLines = "\r\n\n\r\n";
+    loose.records[0].trailing = "extra tokens 1 2 3";
+    const Parsed l(loose.text());
+    ASSERT_EQ(l.count, 2);
+    EXPECT_EQ(l.keys(0), (std::vector<int32_t>{1, 1, 5, 6, 8, 9, 1, 1, 3}));
+    EXPECT_EQ(std::memcmp(plain.index->records, l.index->records, 2 * sizeof(IndexRecord)), 0);
+    IndexTextWriter full;
+    full.list1 = full.list3 = {};
+    full.list2 = {};
+    for (int i = 0; i < 12; ++i) full.list1.push_back("N" + std::to_string(i) + "xxxxxxxx");  // 11 characters
+    for (int i = 0; i < 32; ++i) full.list2.push_back("P" + std::to_string(i));
+    for (int i = 0; i < 12; ++i) full.list3.push_back("M" + std::to_string(i));
+    for (int i = 0; i < 100; ++i) full.add(i + 1, 1, "N11xxxxxxxx", "P31", 0, 0, "M11", 0, 0);
+    full.records[0].key5 = std::string(252, '0') + "123";  // a 255-character token
+    const Parsed f(full.text());
+    ASSERT_EQ(f.count, 100);
+    EXPECT_EQ(f.keys(0)[2], 123);
+    EXPECT_EQ(f.keys(99), (std::vector<int32_t>{100, 1, 0, 0, 0, 0, 11, 31, 11}));
+    // A '-' anywhere makes a number negative; numbers wrap at 32 bits.
+    const std::pair<const char*, int32_t> numbers[] = {{"", 0}, {"980", 980}, {"-12", -12}, {"1-2", -12}, {"4294967295", -1}};
+    for (const auto& [token, value] : numbers) EXPECT_EQ(indexTokenNumber(token), value) << token;
+}
+
+TEST(IndexText, BrokenTextsGiveNoRecords) {
+    const auto grow = [](std::vector<std::string>& list, size_t n) {
+        while (list.size() < n) list.push_back("X" + std::to_string(list.size()));
+    };
+    const auto insertBefore = [](IndexTextWriter& w, const char* at, const std::string& what) {
+        std::string t = w.text();
+        return t.insert(t.find(at), what);
+    };
+    const struct { const char* what; std::function<std::string(IndexTextWriter&)> change; } cases[] = {
+        {"version 2", [](IndexTextWriter& w) { w.version = '2'; return w.text(); }},
+        {"version 4", [](IndexTextWriter& w) { w.version = '4'; return w.text(); }},
+        {"no version", [](IndexTextWriter& w) { w.version = '\0'; return w.text(); }},
+        {"SUB before the marker", [&](IndexTextWriter& w) { return insertBefore(w, "//", "\x1a"); }},
+        {"heading line of 300+ characters", [&](IndexTextWriter& w) { return insertBefore(w, "; block", std::string(300, 'h')); }},
+        {"token of 256 characters", [](IndexTextWriter& w) { w.records[0].key5 = std::string(256, '1'); return w.text(); }},
+        {"line of 300 characters", [](IndexTextWriter& w) { w.records[0].trailing = std::string(300, 'x'); return w.text(); }},
+        {"record name of 12 characters", [](IndexTextWriter& w) { w.records[0].name1 = "L1xxxxxxxxxx"; return w.text(); }},
+        {"list name of 12 characters", [](IndexTextWriter& w) { w.list3.push_back("M123456789ab"); return w.text(); }},
+        {"13 names in list 1", [&](IndexTextWriter& w) { grow(w.list1, 13); return w.text(); }},
+        {"33 names in list 2", [&](IndexTextWriter& w) { grow(w.list2, 33); return w.text(); }},
+        {"13 names in list 3", [&](IndexTextWriter& w) { grow(w.list3, 13); return w.text(); }},
+        {"101 records", [](IndexTextWriter& w) { for (int i = 0; i < 100; ++i) w.add(i + 2, 1, "L1", "Photo", 5, 6, "M3", 8, 9); return w.text(); }},
+        {"no end of the record list", [](IndexTextWriter& w) { w.endMarker = false; return w.text(); }},
+        {"the rest behind a NUL", [](IndexTextWriter& w) {  // the NUL ends the text, also inside a line
+             w.endMarker = false;
+             const std::string t = w.text();
+             return t.substr(0, t.find("L0")) + '\0' + t.substr(t.find("L0")) + "//\r\n";
+         }},
+        {"no marker", [](IndexTextWriter&) { return std::string("no marker at all"); }},
+        {"empty", [](IndexTextWriter&) { return std::string(); }},
+        {"marker alone", [](IndexTextWriter&) { return std::string("//"); }},
+        {"no record list", [](IndexTextWriter&) { return std::string("//3"); }},
+        {"'/ ' at both markers", [](IndexTextWriter& w) {
+             w.preamble = "";
+             std::string t = w.text();
+             t[1] = ' ';
+             t[t.find("//") + 1] = ' ';
+             return t;
+         }},
+    };
+    for (const auto& c : cases) {
+        IndexTextWriter w = test::matchingIndex(100, 1);
+        EXPECT_EQ(Parsed(c.change(w)).count, 0) << c.what;
+    }
+}
+
+// All seven keys must match (names in no list search as position 0); a
+// negative block never matches; the last match wins, also one naming block 0.
+TEST(IndexSearch, AllSevenKeysMustMatchAndTheLastMatchWins) {
+    test::MemoryWatch watch;
+    CmContext* ctx = test::newInstance(test::CmSettings{});
+    using E = test::IndexEntry;
+    const struct { std::string E::*field; const char* value; int32_t want; uint32_t tableId; } cases[] = {
+        {&E::trailing, "", 321, 45}, {&E::name1, "L2", 0, 0},    {&E::name3, "M2", 0, 0}, {&E::name2, "Plain", 0, 0},
+        {&E::key8, "7", 0, 0},       {&E::key5, "4", 0, 0},      {&E::key6, "0", 0, 0},   {&E::key9, "-9", 0, 0},
+        {&E::blockNo, "-5", 0, 0},   {&E::tableId, "0", 321, 0xFFFFFFFFu},  // table id 0 is kept as -1
+    };
+    for (const auto& c : cases) {
+        IndexTextWriter w = test::matchingIndex(321, 45);
+        w.records[0].*c.field = c.value;
+        std::string text = w.text();
+        ctx->matchTableId = 0;
+        EXPECT_EQ(searchIndex(ctx, reinterpret_cast<const uint8_t*>(text.c_str())), c.want) << c.value;
+        EXPECT_EQ(ctx->matchTableId, c.tableId) << c.value;
+    }
+    IndexTextWriter w = test::matchingIndex(100, 5);
+    w.add(200, 9, "L1", "Photo", 5, 6, "M3", 8, 9);
+    w.add(300, 9, "L0", "Photo", 5, 6, "M3", 8, 9);  // no match
+    w.add(-7, 6, "L1", "Photo", 5, 6, "M3", 8, 9);   // a negative block is no match
+    std::string text = w.text();
+    EXPECT_EQ(searchIndex(ctx, reinterpret_cast<const uint8_t*>(text.c_str())), 200);
+    EXPECT_EQ(ctx->matchBlockNo, 200u);
+    w.add(0, 4, "L1", "Photo", 5, 6, "M3", 8, 9);
+    text = w.text();
+    EXPECT_EQ(searchIndex(ctx, reinterpret_cast<const uint8_t*>(text.c_str())), 0);
+    EXPECT_EQ(ctx->matchTableId, 4u) << "block 0 is a match: phase 1 then refuses it";
+    ctx->settings2.selectA = 0;
+    ctx->selectC = 0;
+    ctx->settings1.selectB = 0;
+    w = test::matchingIndex(77, 1);
+    w.records[0].name1 = w.records[0].name2 = w.records[0].name3 = "Unknown";
+    text = w.text();
+    EXPECT_EQ(searchIndex(ctx, reinterpret_cast<const uint8_t*>(text.c_str())), 77);
+    CmDelete(ctx);
+}
+
+TEST(CmInstance, DerivedKeys) {
+    const struct { uint32_t selectA, processMode, processLevel, pixelFormat, wantA, wantLevel; int16_t wantC; } cases[] = {
+        {0, 0, 7, 1, 3, 2, 4},  // selectA 0 means 3 and forces processLevel 2
+        {0, 4, 7, 1, 3, 0, 0},  // processMode 4 clears both
+        {1, 1, 0, 1, 1, 0, 4},  // processMode 1 gives 4 whatever processLevel holds
+        {1, 1, 9, 0, 1, 9, 4},  // ... also with pixelFormat 0
+        {1, 0, 3, 0, 1, 3, 0},  // pixelFormat 0 gives 0
+        {1, 2, 3, 1, 1, 3, 3},  // otherwise the low 16 bits of processLevel
+        {1, 2, 0x10005, 1, 1, 0x10005, 5},
+        {1, 2, 2, 1, 1, 2, 4},
+    };
+    for (const auto& c : cases) {
+        test::MemoryWatch watch;
+        test::CmSettings s;
+        s.s2.selectA = c.selectA;
+        s.s1.processMode = c.processMode;
+        s.s1.processLevel = c.processLevel;
+        s.s2.pixelFormat = c.pixelFormat;
+        CmContext* ctx = test::newInstance(s);
+        EXPECT_EQ(ctx->settings2.selectA, c.wantA);
+        EXPECT_EQ(ctx->settings1.processLevel, c.wantLevel);
+        EXPECT_EQ(ctx->selectC, c.wantC) << c.processMode << " " << c.processLevel;
+        EXPECT_EQ(ctx->phase, 1);
+        EXPECT_EQ(CmDelete(ctx), RC_OK);
+    }
+}
+
+// A table read into a fresh instance of its own, deleted with the result.
+struct Read {
+    test::MemoryWatch watch;
+    CmContext* ctx;
+    ColourTableWriter w;
+    std::vector<uint8_t> bytes;
+    uint32_t rc;
+    Read(const ColourTableWriter& writer, const test::CmSettings& s = {}, uint32_t tableId = 0)
+        : ctx(test::newInstance(s)), w(writer), bytes(w.build()) {
+        ctx->matchTableId = tableId;
+        rc = readColourTable(ctx, bytes.data());
+    }
+    ~Read() { CmDelete(ctx); }
+    const CmLut& lut() const { return *ctx->lut; }
+    // Byte c of node i (lutData order) as written and as read.
+    uint8_t written(size_t i, size_t c) const { return bytes[w.nodeDataOffset() + i * w.channels + c]; }
+    uint8_t node(size_t i, size_t c) const { return lut().lutData[i * lut().channels + c]; }
+};
+
+ColourTableWriter grid(int n, int channels = 4) {
+    ColourTableWriter w;
+    w.gridCount[0] = w.gridCount[1] = w.gridCount[2] = static_cast<uint8_t>(n);
+    w.channels = static_cast<uint8_t>(channels);
+    return w;
+}
+
+TEST(ColourTableRead, HeaderFieldsAndNodes) {
+    ColourTableWriter w = grid(4);
+    w.tableMode = 50;
+    w.blackMode = 2;  // reported as 1
+    w.adjustDominant[0] = 200;
+    w.adjustHue[1] = -5;
+    w.saturationOffset = -20;
+    w.adjustMinimum[2] = -128;
+    const int16_t ink[5] = {150, -2, 300, -32768, 32767};
+    std::memcpy(w.inkParam, ink, sizeof ink);
+    w.auxParam[3] = -300;
+    w.levels[0] = {0, 10, 20, 255};
+    w.levels[1] = {0, 100, 200, 255};
+    w.levels[2] = {0, 1, 2, 255};
+    w.extraData = {9, 8, 7, 6, 5};
+    const Read r(w, {}, 317);
+    ASSERT_EQ(r.rc, RC_OK);
+    EXPECT_EQ(std::vector<int>({r.ctx->tableMode, r.ctx->adjustDominant[0], r.ctx->adjustHue[1], r.ctx->saturationOffset,
+                                r.ctx->adjustMinimum[2], r.lut().auxParam[3], int(r.lut().blackMode), int(r.lut().modelId)}),
+              std::vector<int>({50, 200, -5, -20, -128, -300, 1, 317}));
+    for (int i = 0; i < 5; ++i) EXPECT_EQ(r.lut().inkParam[i], ink[i]);
+    for (int a = 0; a < 3; ++a) {
+        EXPECT_EQ(r.lut().gridCount[a], 4u);
+        EXPECT_EQ(std::memcmp(r.lut().grid[a], w.levels[a].data(), 4), 0);
+    }
+    ASSERT_NE(r.lut().extraData, nullptr);
+    EXPECT_EQ(std::memcmp(r.lut().extraData, w.extraData.data(), 5), 0);
+    // neutralMode 0; black mode 1 replaces the neutral nodes (below), the rest is copied.
+    EXPECT_EQ(r.lut().neutralMode, 0u);
+    for (size_t i : {size_t{27}, size_t{48}})  // nodes (1, 2, 3) and (3, 0, 0)
+        for (int c = 0; c < 4; ++c) EXPECT_EQ(r.node(i, c), r.written(i, c));
+}
+
+TEST(ColourTableRead, GridLimits) {
+    struct Case { const char* what; ColourTableWriter w; uint32_t rc; };
+    std::vector<Case> cases = {
+        {"48 points, 4 channels", grid(48), RC_OK}, {"16 points, 12 channels", grid(16, 12), RC_OK},
+        {"2 points, 1 channel", grid(2, 1), RC_OK}, {"one point", grid(1), RC_DATA},
+        {"49 points", grid(49, 3), RC_DATA},        {"no channels", grid(3, 0), RC_DATA},
+        {"13 channels", grid(3, 13), RC_DATA},      {"row of 204 bytes", grid(17, 12), RC_DATA},
+        {"unequal counts", grid(3), RC_DATA},       {"not starting at 0", grid(3), RC_DATA},
+        {"not ending at 255", grid(3), RC_DATA},    {"not rising strictly", grid(4), RC_DATA},
+    };
+    cases[8].w.gridCount[2] = 4;
+    cases[9].w.levels[1] = {1, 128, 255};
+    cases[10].w.levels[2] = {0, 128, 254};
+    cases[11].w.levels[0] = {0, 128, 128, 255};
+    for (Case& c : cases) {
+        c.w.extraData = {1, 2, 3};
+        Read r(c.w);
+        EXPECT_EQ(r.rc, c.rc) << c.what;
+        if (c.rc == RC_OK) continue;
+        EXPECT_EQ(r.watch.seam().allocs, 2u) << c.what << ": refused before any allocation of its own";
+        EXPECT_EQ(r.lut().lutData, nullptr) << c.what;
+    }
+}
+
+// neutralMode from pixelFormat, neutralSetting and processMode. Black modes 1
+// to 3 put the neutral list value v into node (i, i, i): black v, and c, m, y
+// v too when selectA is 2, else 0; black mode 3 with blackScaling scales
+// black: inkScale(128, 150, 100) = 114. neutralMode 1 and table mode 50 take
+// the neutral node list (10 i + c) instead.
+TEST(ColourTableRead, NeutralModeAndAxis) {
+    const struct { uint32_t pixelFormat, neutralSetting, processMode, want; } modes[] = {
+        {0, 49, 2, 0}, {1, 50, 0, 0}, {1, 49, 0, 1}, {7, 51, 2, 1}, {0, 50, 1, 1}, {1, 50, 1, 1},
+    };
+    for (const auto& c : modes) {
+        test::CmSettings s;
+        s.s2.pixelFormat = c.pixelFormat;
+        s.s1.neutralSetting = c.neutralSetting;
+        s.s1.processMode = c.processMode;
+        EXPECT_EQ(Read(grid(3), s).lut().neutralMode, c.want) << c.pixelFormat << " " << c.neutralSetting << " " << c.processMode;
+    }
+    const struct { uint32_t selectA, scaling; bool neutralMode1; uint8_t blackMode, tableMode; int want[3][4]; } cases[] = {
+        {2, 0, false, 0, 0, {{255, 255, 255, 127}, {128, 128, 128, 64}, {0, 0, 0, 0}}},  // the table's own nodes
+        {2, 0, false, 1, 0, {{0, 0, 0, 0}, {128, 128, 128, 128}, {255, 255, 255, 255}}},
+        {1, 0, false, 2, 0, {{0, 0, 0, 0}, {0, 0, 0, 128}, {0, 0, 0, 255}}},
+        {2, 1, false, 3, 0, {{0, 0, 0, 0}, {128, 128, 128, 114}, {255, 255, 255, 255}}},
+        {1, 1, false, 2, 0, {{0, 0, 0, 0}, {0, 0, 0, 128}, {0, 0, 0, 255}}},
+        {1, 0, true, 0, 50, {{0, 1, 2, 3}, {10, 11, 12, 13}, {20, 21, 22, 23}}},
+        {1, 0, true, 0, 49, {{255, 255, 255, 127}, {128, 128, 128, 64}, {0, 0, 0, 0}}},
+    };
+    for (const auto& c : cases) {
+        test::CmSettings s;
+        s.s2.selectA = c.selectA;
+        s.s2.blackScaling = c.scaling;
+        if (c.neutralMode1) {  // processLevel 2 without processMode 2, neutralSetting not 50
+            s.s1.processLevel = 2;
+            s.s1.processMode = 0;
+            s.s1.neutralSetting = 40;
+        }
+        ColourTableWriter w = grid(3);
+        w.blackMode = c.blackMode;
+        w.tableMode = c.tableMode;
+        w.inkParam[0] = 150;
+        w.neutralList = {0, 128, 255};
+        const Read r(w, s);
+        for (int i = 0; i < 3; ++i)
+            for (int ch = 0; ch < 4; ++ch)
+                EXPECT_EQ(r.node(13 * i, ch), c.want[i][ch]) << int(c.blackMode) << " " << c.selectA << " node " << i;
+        for (int ch = 0; ch < 4; ++ch) EXPECT_EQ(r.node(1, ch), r.written(1, ch)) << "(0, 0, 1) untouched";
+    }
+}
+
+}  // namespace
+}  // namespace inkdot
