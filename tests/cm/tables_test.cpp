@@ -81,50 +81,43 @@ TEST(IndexText, RecordFieldsAndNamePositions) {
     for (const auto& [token, value] : numbers) EXPECT_EQ(indexTokenNumber(token), value) << token;
 }
 
+// Each case edits the text of one matching record ("100 1 L1 Photo 5 6 M3 8
+// 9", lists "L0 L1 L2 L3", "Plain Photo", "M0 .. M4").
 TEST(IndexText, BrokenTextsGiveNoRecords) {
-    const auto grow = [](std::vector<std::string>& list, size_t n) {
-        while (list.size() < n) list.push_back("X" + std::to_string(list.size()));
+    const std::string text = test::matchingIndex(100, 1).text();
+    const auto edit = [&](const std::string& from, const std::string& to) {
+        std::string t = text;
+        return t.replace(t.find(from), from.size(), to);
     };
-    const auto insertBefore = [](IndexTextWriter& w, const char* at, const std::string& what) {
-        std::string t = w.text();
-        return t.insert(t.find(at), what);
+    const auto more = [](int n, std::string out = "") {  // n names more, one past a list's capacity
+        while (n-- > 0) out += " N" + std::to_string(n);
+        return out + " ";
     };
-    const struct { const char* what; std::function<std::string(IndexTextWriter&)> change; } cases[] = {
-        {"version 2", [](IndexTextWriter& w) { w.version = '2'; return w.text(); }},
-        {"version 4", [](IndexTextWriter& w) { w.version = '4'; return w.text(); }},
-        {"no version", [](IndexTextWriter& w) { w.version = '\0'; return w.text(); }},
-        {"SUB before the marker", [&](IndexTextWriter& w) { return insertBefore(w, "//", "\x1a"); }},
-        {"heading line of 300+ characters", [&](IndexTextWriter& w) { return insertBefore(w, "; block", std::string(300, 'h')); }},
-        {"token of 256 characters", [](IndexTextWriter& w) { w.records[0].key5 = std::string(256, '1'); return w.text(); }},
-        {"line of 300 characters", [](IndexTextWriter& w) { w.records[0].trailing = std::string(300, 'x'); return w.text(); }},
-        {"record name of 12 characters", [](IndexTextWriter& w) { w.records[0].name1 = "L1xxxxxxxxxx"; return w.text(); }},
-        {"list name of 12 characters", [](IndexTextWriter& w) { w.list3.push_back("M123456789ab"); return w.text(); }},
-        {"13 names in list 1", [&](IndexTextWriter& w) { grow(w.list1, 13); return w.text(); }},
-        {"33 names in list 2", [&](IndexTextWriter& w) { grow(w.list2, 33); return w.text(); }},
-        {"13 names in list 3", [&](IndexTextWriter& w) { grow(w.list3, 13); return w.text(); }},
-        {"101 records", [](IndexTextWriter& w) { for (int i = 0; i < 100; ++i) w.add(i + 2, 1, "L1", "Photo", 5, 6, "M3", 8, 9); return w.text(); }},
-        {"no end of the record list", [](IndexTextWriter& w) { w.endMarker = false; return w.text(); }},
-        {"the rest behind a NUL", [](IndexTextWriter& w) {  // the NUL ends the text, also inside a line
-             w.endMarker = false;
-             const std::string t = w.text();
-             return t.substr(0, t.find("L0")) + '\0' + t.substr(t.find("L0")) + "//\r\n";
-         }},
-        {"no marker", [](IndexTextWriter&) { return std::string("no marker at all"); }},
-        {"empty", [](IndexTextWriter&) { return std::string(); }},
-        {"marker alone", [](IndexTextWriter&) { return std::string("//"); }},
-        {"no record list", [](IndexTextWriter&) { return std::string("//3"); }},
-        {"'/ ' at both markers", [](IndexTextWriter& w) {
-             w.preamble = "";
-             std::string t = w.text();
-             t[1] = ' ';
-             t[t.find("//") + 1] = ' ';
-             return t;
-         }},
+    std::string records;
+    for (int i = 0; i < 100; ++i) records += std::to_string(i + 2) + " 1 L1 Photo 5 6 M3 8 9\r\n";
+    const std::pair<const char*, std::string> cases[] = {
+        {"version 2", edit("//3", "//2")},
+        {"version 4", edit("//3", "//4")},
+        {"no version", edit("//3", "//")},
+        {"'/ ' at both markers", edit("//3", "/ 3").replace(text.find("//\r\n"), 2, "/ ")},
+        {"SUB before the marker", edit("//3", "\x1a//3")},
+        {"heading line of 300+ characters", edit("; block", std::string(300, 'h'))},
+        {"token of 256 characters", edit(" 5 ", " " + std::string(256, '1') + " ")},
+        {"line of 300 characters", edit(" 9 ", " 9 " + std::string(300, 'x'))},
+        {"record name of 12 characters", edit("L1 P", "L1xxxxxxxxxx P")},
+        {"list name of 12 characters", edit("M4 ", "M4 M123456789ab ")},
+        {"13 names in list 1", edit("L3 ", "L3" + more(9))},
+        {"33 names in list 2", edit("Plain Photo ", "Plain Photo" + more(31))},
+        {"13 names in list 3", edit("M4 ", "M4" + more(8))},
+        {"101 records", edit("//\r\n", records + "//\r\n")},
+        {"no end of the record list", edit("//\r\n", "")},
+        {"the rest behind a NUL", edit("//\r\n", std::string(1, '\0') + "//\r\n")},
+        {"no marker", "no marker at all"},
+        {"empty", ""},
+        {"marker alone", "//"},
+        {"no record list", "//3"},
     };
-    for (const auto& c : cases) {
-        IndexTextWriter w = test::matchingIndex(100, 1);
-        EXPECT_EQ(Parsed(c.change(w)).count, 0) << c.what;
-    }
+    for (const auto& [what, broken] : cases) EXPECT_EQ(Parsed(broken).count, 0) << what;
 }
 
 // All seven keys must match (names in no list search as position 0); a

@@ -19,13 +19,6 @@ using test::HtBlocks;
 using test::HtInstance;
 using test::WatchedMono;
 
-HtSettings at(uint32_t method, uint32_t bits, uint32_t resX, uint32_t resY, uint32_t colourMode = 0) {
-    HtSettings s = test::htSettings(method, colourMode, bits);
-    s.resolutionX = resX;
-    s.resolutionY = resY;
-    return s;
-}
-
 TEST(HalftoneNew, ChecksInOrderCopiesAndPixelLayouts) {
     test::MemoryWatch watch;
     test::MonoLut mono([](int v) { return 255 - v; });
@@ -57,14 +50,6 @@ TEST(HalftoneNew, ChecksInOrderCopiesAndPixelLayouts) {
         ASSERT_NE(ctx, nullptr);
         EXPECT_EQ(HalftoneDelete(ctx), RC_OK);
     }
-    s = test::htSettings(1, 0, 1);
-    MemFaults& seam = watch.seam();
-    for (auto [fail, count] : {std::pair{&seam.failAllocAt, &seam.allocs}, std::pair{&seam.failLockAt, &seam.locks}}) {
-        *fail = *count + 1;
-        model = 0;
-        EXPECT_NE(HalftoneNew(&s, &lut, 0, &model, &ctx), RC_OK);
-        EXPECT_EQ(model, 345u) << "reported even when the record is not had";
-    }
 }
 
 // The answers: the first id, then the matrix id by the resolution class's
@@ -74,20 +59,20 @@ TEST(RequestList, AnswersByResolutionClass) {
     const std::vector<uint16_t> ids{100, 101, 102, 103, 104};
     const uint32_t end = 0xFFFFFFFFu, none = 0xDEADBEEFu;
     const struct { std::vector<uint16_t> ids; HtSettings s; uint32_t rc; std::vector<uint32_t> answers; } cases[] = {
-        {ids, at(1, 1, 720, 720), RC_OK, {100, 101, end}},
-        {ids, at(1, 1, 720, 360), RC_OK, {100, 102, end}},
-        {ids, at(1, 1, 600, 300), RC_OK, {100, 102, end}},
-        {ids, at(1, 1, 1440, 720), RC_OK, {100, 103, end}},
-        {ids, at(1, 1, 720, 1440), RC_OK, {100, 104, end}},
-        {ids, at(1, 1, 300, 600), RC_OK, {100, 104, end}},
-        {ids, at(3, 2, 720, 720), RC_OK, {100, 101, 200, end}},
-        {{}, at(1, 1, 720, 720), RC_OK, {end}},
-        {{40000, 32767}, at(1, 1, 720, 720), RC_OK, {0xFFFF9C40u, 32767}},
-        {{100, 101}, at(1, 1, 720, 480), RC_OK, {100, 101}},
-        {{100, 101}, at(1, 1, 720, 360), RC_DATA, {100, none}},  // position 2 is the terminator
-        {{100, 101}, at(1, 1, 1440, 720), RC_OK, {100, 0}},      // behind the terminator
-        {{1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11, 12, 13, 14, 15}, at(1, 1, 720, 720), RC_OK, {1}},
-        {{1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11, 12, 13, 14, 15, 16}, at(1, 1, 720, 720), RC_DATA, {none}},
+        {ids, test::htSettings(1, 0, 1), RC_OK, {100, 101, end}},
+        {ids, test::htSettings(1, 0, 1, 64, 720, 360), RC_OK, {100, 102, end}},
+        {ids, test::htSettings(1, 0, 1, 64, 600, 300), RC_OK, {100, 102, end}},
+        {ids, test::htSettings(1, 0, 1, 64, 1440, 720), RC_OK, {100, 103, end}},
+        {ids, test::htSettings(1, 0, 1, 64, 720, 1440), RC_OK, {100, 104, end}},
+        {ids, test::htSettings(1, 0, 1, 64, 300, 600), RC_OK, {100, 104, end}},
+        {ids, test::htSettings(3, 0, 2), RC_OK, {100, 101, 200, end}},
+        {{}, test::htSettings(1, 0, 1), RC_OK, {end}},
+        {{40000, 32767}, test::htSettings(1, 0, 1), RC_OK, {0xFFFF9C40u, 32767}},
+        {{100, 101}, test::htSettings(1, 0, 1, 64, 720, 480), RC_OK, {100, 101}},
+        {{100, 101}, test::htSettings(1, 0, 1, 64, 720, 360), RC_DATA, {100, none}},  // position 2 is the terminator
+        {{100, 101}, test::htSettings(1, 0, 1, 64, 1440, 720), RC_OK, {100, 0}},      // behind the terminator
+        {{1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11, 12, 13, 14, 15}, test::htSettings(1, 0, 1), RC_OK, {1}},
+        {{1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11, 12, 13, 14, 15, 16}, test::htSettings(1, 0, 1), RC_DATA, {none}},
     };
     for (const auto& c : cases) {
         HtBlocks blocks;
@@ -119,81 +104,6 @@ TEST(PhaseCounter, EveryCallCountsAndCallsAfterTheEndKeepTheInstance) {
     EXPECT_EQ(ht.ctx->kernel, nullptr);
 }
 
-// Instances whose protocol touches every allocation site fail at each in
-// turn, allocating and locking: every slot released, nothing leaked.
-TEST(AllocationFailure, EverySiteReleasesAllSlots) {
-    HtSettings wide = at(1, 1, 1440, 720, 1);
-    wide.width = 4100;  // four separate error lines
-    const struct { HtSettings s; int blocks; } configs[] = {
-        {test::htSettings(1, 0, 1), 6},  // record, line, replicated, curve, matrix, dot values
-        {test::htSettings(3, 0, 2), 6},  // no error line; dot-split table
-        {wide, 9},                       // four lines, replicated, grid, matrix, dot values
-        {test::htSettings(1, 1, 2), 7},
-    };
-    test::ColourLut colour(test::evenLevels(3), [](int r, int g, int b) {
-        return test::ColourLut::Node{uint8_t(r), uint8_t(g), uint8_t(b), 0};
-    });
-    test::MonoLut mono([](int v) { return 255 - v; });
-    const uint32_t phaseOf[] = {0, 1, 2, 3, 3, 4};  // mono two-bit dither, by failing site
-    for (const auto& c : configs) {
-        const CmLut& lut = c.s.colourMode ? colour.lut : mono.lut;
-        for (int n = 0; n <= 2 * c.blocks; ++n) {
-            test::MemoryWatch watch;
-            if (n > c.blocks) watch.seam().failLockAt = n - c.blocks; else watch.seam().failAllocAt = n;
-            HtInstance ht(c.s, lut);
-            if (n == 0 || n == 1 || n == c.blocks + 1) {  // nothing to fail; the record itself
-                EXPECT_TRUE(n != 0 || watch.seam().liveBlocks == c.blocks) << "a complete build takes every site";
-                continue;
-            }
-            EXPECT_EQ(ht.rc, n > c.blocks ? RC_MEM_LOCK : RC_MEM_ALLOC) << c.blocks << " " << n;
-            EXPECT_TRUE(test::allSlotsEmpty(*ht.ctx)) << c.blocks << ", failure " << n;
-            EXPECT_EQ(watch.seam().liveBlocks, 1) << c.blocks << ", failure " << n;
-            EXPECT_EQ(ht.ctx->failedPhase, ht.ctx->callCount);
-            if (c.s.outputBits == 2 && c.s.colourMode == 0 && n <= c.blocks) {
-                EXPECT_EQ(ht.ctx->callCount, phaseOf[n - 1]) << "failure " << n;
-            }
-        }
-    }
-}
-
-// Slot 5 owns a block with slot 6 a view behind it; slot 7 one with two views.
-// Views are never freed; a failed unlock keeps everything, a failed free
-// clears the handles and keeps the record.
-TEST(SlotRelease, ViewsNeverFreedAndFailuresKeepWhatTheyMust) {
-    for (int fault = 0; fault < 3; ++fault) {
-        test::MemoryWatch watch;
-        test::MonoLut lut([](int v) { return 255 - v; });
-        HtInstance ht(test::htSettings(1, 0, 1), lut.lut, HtBlocks{}, 0);
-        HtContext* ctx = ht.ctx;
-        ASSERT_EQ(acquireSlot(*ctx, kThresholdMatrix, 64, false), RC_OK);
-        setSlotView(*ctx, kToneTable, slotData<uint8_t>(*ctx, kThresholdMatrix) + 32, 32);
-        ASSERT_EQ(acquireSlot(*ctx, kDotValueTable, 1536, true), RC_OK);
-        setSlotView(*ctx, kEdThresholdTable, slotData<uint8_t>(*ctx, kDotValueTable) + 512, 512);
-        setSlotView(*ctx, kGridCellTable, slotData<uint8_t>(*ctx, kDotValueTable) + 1024, 512);
-        const uint32_t frees = watch.seam().frees, unlocks = watch.seam().unlocks;
-        void* lost = ctx->buffers[kThresholdMatrix].handle;
-        if (fault == 0) {
-            EXPECT_EQ(HalftoneDelete(ctx), RC_OK);
-            EXPECT_EQ(watch.seam().frees - frees, 3u);  // slots 5, 7 and the record
-            EXPECT_EQ(watch.seam().unlocks - unlocks, 3u);
-        } else if (fault == 1) {
-            watch.seam().failUnlockAt = unlocks + 2;  // slot 7's unlock
-            EXPECT_EQ(HalftoneDelete(ctx), RC_MEM_UNLOCK);
-            EXPECT_EQ(ctx->buffers[kThresholdMatrix].data, nullptr);  // already unlocked
-            EXPECT_NE(ctx->buffers[kDotValueTable].data, nullptr);
-            EXPECT_NE(ctx->buffers[kThresholdMatrix].handle, nullptr);  // nothing freed
-            EXPECT_EQ(HalftoneDelete(ctx), RC_OK);
-        } else {
-            watch.seam().failFreeAt = frees + 1;  // slot 5's free
-            EXPECT_EQ(HalftoneDelete(ctx), RC_MEM_FREE);
-            for (const HtBuffer& b : ctx->buffers) EXPECT_EQ(b.handle, nullptr);
-            EXPECT_EQ(HalftoneDelete(ctx), RC_OK);
-            EXPECT_EQ(releaseBlock(lost), RC_OK);
-        }
-        ht.ctx = nullptr;
-    }
-}
-
 // Two-bit output with method 0 has no kernel: Halftone answers 512 after
 // replication, which makes the checks before it visible.
 TEST(HalftoneCall, ChecksInOrder) {
@@ -215,42 +125,6 @@ TEST(HalftoneCall, ChecksInOrder) {
         EXPECT_EQ(run(one.ctx, phases < 3 ? 0 : 8, 4, 0), phases < 3 ? RC_DATA : RC_ARG + 5) << phases << " phases fed";
     }
     for (uint8_t b : dst) ASSERT_EQ(b, 0xA5) << "nothing written";
-}
-
-// scaleMode 2, 4: expansion 3, 5 is replication alone; 3, 5 (expansion 4, 6)
-// is doubling with replication by 2, 3; doubling and halving alone stay. The
-// replicated line holds a whole input line: 64 gray, 192 or 256 colour bytes.
-// A run of 7 (with doubling 5) output pixels replicates the input pixels it
-// reads and stops inside a repetition; nothing else of the line changes.
-TEST(HalftoneCall, ReplicationInFrontOfTheKernel) {
-    const struct { int32_t scaleMode; uint32_t inputFormat, count; int32_t doubling; uint32_t factor, lineBytes;
-                   std::vector<uint8_t> line; } cases[] = {
-        {2, 0, 7, 0, 3, 64, {1, 1, 1, 2, 2, 2, 3, 0xEE}},
-        {4, 0, 7, 0, 5, 64, {1, 1, 1, 1, 1, 2, 2, 0xEE}},
-        {3, 3, 5, 1, 2, 256, {1, 2, 3, 4, 1, 2, 3, 4, 5, 6, 7, 8, 0xEE}},
-        {5, 2, 5, 1, 3, 192, {1, 2, 3, 1, 2, 3, 1, 2, 3, 0xEE}},
-        {1, 0, 8, 1, 1, 64, {0xEE, 0xEE, 0xEE}},
-        {-1, 0, 8, -1, 1, 64, {0xEE, 0xEE, 0xEE}},
-    };
-    const uint8_t src[16] = {1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11, 12, 13, 14, 15, 16};
-    test::ColourLut colour(test::evenLevels(2), [](int, int, int) { return test::ColourLut::Node{}; });
-    test::MonoLut mono([](int v) { return 255 - v; });
-    for (const auto& c : cases) {
-        test::MemoryWatch watch;
-        HtSettings s = test::htSettings(0, c.inputFormat ? 1 : 0, 2, 64);
-        s.scaleMode = c.scaleMode;
-        if (c.inputFormat) s.inputFormat = c.inputFormat;
-        HtInstance ht(s, c.inputFormat ? colour.lut : mono.lut);
-        ASSERT_EQ(ht.rc, RC_OK);
-        EXPECT_EQ(ht.ctx->scaleMode, c.doubling) << c.scaleMode;
-        EXPECT_EQ(ht.ctx->replicationFactor, c.factor) << c.scaleMode;
-        EXPECT_EQ(ht.ctx->buffers[kReplicatedLine].size, c.lineBytes) << c.scaleMode;
-        uint8_t* line = slotData<uint8_t>(*ht.ctx, kReplicatedLine);
-        std::fill(line, line + c.lineBytes, 0xEE);
-        std::vector<uint8_t> dst(256, 0);
-        EXPECT_EQ(Halftone(ht.ctx, src, dst.data(), 64, 0, c.count, 0, 0, 0, 0, 0), RC_ARG);
-        EXPECT_EQ(std::vector<uint8_t>(line, line + c.line.size()), c.line) << c.scaleMode;
-    }
 }
 
 // The kernel every settings row leads to; method 2 is error diffusion, routed like method 1.

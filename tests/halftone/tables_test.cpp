@@ -21,13 +21,6 @@ using test::WatchedMono;
 using Node = test::ColourLut::Node;
 using Entries = std::vector<std::pair<int, int>>;
 
-HtSettings at(uint32_t method, uint32_t bits, uint32_t resX, uint32_t resY, uint32_t colourMode = 0) {
-    HtSettings s = test::htSettings(method, colourMode, bits);
-    s.resolutionX = resX;
-    s.resolutionY = resY;
-    return s;
-}
-
 HtBlocks with(uint8_t side, const std::function<DotSplitRow(int)>& split = test::layeredSplit) {
     HtBlocks blocks;
     const unsigned w = side == 255 ? 256 : side;
@@ -66,9 +59,9 @@ TEST(DotValueTable, PublishedValues) {
 // end. Two-bit does not; its thresholds before the dot split: 22 + 19, 25 + 19.
 TEST(ToneTable, ByMatrixSizeAndKernel) {
     const struct { HtSettings s; uint8_t side; Slot slot; uint32_t bytes; Entries entries; } cases[] = {
-        {at(1, 1, 720, 720), 64, kToneTable, 512, {{0, 0}, {1, 6}, {254, 4064}, {255, 4096}}},
-        {at(1, 1, 720, 720), 8, kToneTable, 512, {{0, 0}, {128, 0}, {254, 0}, {255, 64}}},
-        {at(3, 2, 720, 720), 64, kToneTable, 1024, {{0, 0}, {1, 16}, {100, 1600}, {254, 4064}, {255, 4096}}},
+        {test::htSettings(1, 0, 1), 64, kToneTable, 512, {{0, 0}, {1, 6}, {254, 4064}, {255, 4096}}},
+        {test::htSettings(1, 0, 1), 8, kToneTable, 512, {{0, 0}, {128, 0}, {254, 0}, {255, 64}}},
+        {test::htSettings(3, 0, 2), 64, kToneTable, 1024, {{0, 0}, {1, 16}, {100, 1600}, {254, 4064}, {255, 4096}}},
     };
     for (const auto& c : cases) {
         WatchedMono m(c.s, with(c.side));
@@ -77,11 +70,11 @@ TEST(ToneTable, ByMatrixSizeAndKernel) {
         expectEntries<uint16_t>(m.ctx(), c.slot, c.entries, "tone");
     }
     {
-        WatchedMono half(at(3, 1, 720, 720), with(64), -1, [](int v) { return 255 - v / 2; });
+        WatchedMono half(test::htSettings(3, 0, 1), with(64), -1, [](int v) { return 255 - v / 2; });
         EXPECT_EQ(half.ctx().buffers[kToneTable].size, 1024u);
         expectEntries<uint16_t>(half.ctx(), kToneTable, {{0, 4096}, {255, 1496}, {256, 4096}, {258, 4064}, {511, 1496}}, "dither");
     }
-    WatchedMono two(at(1, 2, 720, 720), HtBlocks{}, 3);
+    WatchedMono two(test::htSettings(1, 0, 2), HtBlocks{}, 3);
     expectEntries<int16_t>(two.ctx(), kEdThresholdTable, {{0, 128}, {1, 41}, {2, 44}, {255, 128}}, "two-bit");
 }
 
@@ -90,19 +83,12 @@ TEST(ToneTable, ByMatrixSizeAndKernel) {
 // value (ink parameter 0 at level 255), are refused keeping the earlier slots.
 TEST(ThresholdMatrix, SizesAndRefusals) {
     HtBlocks blocks;
-    const std::vector<uint16_t> values = {0x1234, 7, 65535, 300, 1, 2, 3, 4};
-    blocks.matrix = test::thresholdMatrixBlock(4, 2, values);
-    {
-        WatchedMono m(at(1, 1, 720, 720), blocks);
-        const uint16_t* matrix = slotData<uint16_t>(m.ctx(), kThresholdMatrix);
-        EXPECT_EQ(std::vector<uint16_t>(matrix, matrix + 8), values);
-    }
     const struct { uint8_t w, h; uint32_t width, cells, bytes; } cases[] = {
         {4, 2, 4, 8, 16}, {1, 3, 1, 3, 8}, {255, 16, 256, 4096, 8192},
         {0, 16, 0, 0, 0}, {16, 0, 0, 0, 0}, {3, 4, 0, 0, 0}, {12, 1, 0, 0, 0}, {254, 1, 0, 0, 0}, {255, 255, 0, 0, 0}};
     for (const auto& c : cases) {
         blocks.matrix = test::thresholdMatrixBlock(c.w, c.h, test::rampValues(c.cells));
-        WatchedMono n(at(1, 1, 720, 720), blocks);
+        WatchedMono n(test::htSettings(1, 0, 1), blocks);
         EXPECT_EQ(n.ht.rc, c.cells ? RC_OK : RC_DATA) << int(c.w) << "x" << int(c.h);
         if (c.cells == 0) {
             EXPECT_EQ(n.ht.answers[2], 0xFFFFFFFFu);
@@ -115,7 +101,7 @@ TEST(ThresholdMatrix, SizesAndRefusals) {
         EXPECT_EQ(n.ctx().buffers[kToneTable].data, slotData<uint8_t>(n.ctx(), kThresholdMatrix) + c.bytes);
     }
     test::MonoLut lut([](int v) { return 255 - v; }, 250, 0);
-    HtInstance ht(at(1, 1, 720, 720), lut.lut);
+    HtInstance ht(test::htSettings(1, 0, 1), lut.lut);
     EXPECT_EQ(ht.rc, RC_DATA);
     EXPECT_NE(ht.ctx->buffers[kDotValueTable].handle, nullptr);
     EXPECT_EQ(ht.ctx->kernel, nullptr);
@@ -128,7 +114,7 @@ TEST(ThresholdMatrix, SizesAndRefusals) {
 TEST(GridCellTable, LowerNodeAndItsWeight) {
     test::MemoryWatch watch;
     test::ColourLut lut({0, 255}, [](int, int, int) { return Node{}; });
-    HtInstance ht(at(1, 1, 720, 720, 1), lut.lut);
+    HtInstance ht(test::htSettings(1, 1, 1), lut.lut);
     expectEntries<uint8_t>(*ht.ctx, kGridCellTable, {{0, 0}, {1, 255}, {8, 0}, {9, 127}, {16, 1}, {17, 255},
                                                      {508, 30}, {509, 28}, {510, 31}, {511, 255}}, "grid cell");
     EXPECT_EQ(slotData<uint8_t>(*ht.ctx, kGridCellTable) - slotData<uint8_t>(*ht.ctx, kDotValueTable), 1024);
@@ -151,11 +137,11 @@ TEST(SpreadThresholds, ByClassMethodAndInkParameter) {
     const Four tall[] = {{40, 23, 6, 1}, {47, 30, 13, 2}, {63, 39, 14, 3}};   // DoubleY
     const Four other[] = {{56, 22, 11, 4}, {59, 27, 12, 5}, {60, 32, 14, 7}};  // any other class or method
     const struct { HtSettings s; const Four* t; } rows[] = {
-        {at(1, 1, 720, 720), square}, {at(3, 1, 360, 360), square}, {at(5, 1, 720, 720), square},
-        {at(1, 1, 1440, 720), wide},  {at(2, 1, 1440, 720), wide},  {at(1, 1, 720, 1440), tall},
-        {at(3, 1, 360, 720), tall},   {at(6, 1, 720, 1440), tall},  {at(3, 1, 1440, 720), other},
-        {at(0, 1, 1440, 720), other}, {at(5, 1, 1440, 720), other}, {at(1, 1, 720, 360), other},
-        {at(1, 1, 720, 480), other},
+        {test::htSettings(1, 0, 1), square}, {test::htSettings(3, 0, 1, 64, 360, 360), square}, {test::htSettings(5, 0, 1), square},
+        {test::htSettings(1, 0, 1, 64, 1440, 720), wide},  {test::htSettings(2, 0, 1, 64, 1440, 720), wide},  {test::htSettings(1, 0, 1, 64, 720, 1440), tall},
+        {test::htSettings(3, 0, 1, 64, 360, 720), tall},   {test::htSettings(6, 0, 1, 64, 720, 1440), tall},  {test::htSettings(3, 0, 1, 64, 1440, 720), other},
+        {test::htSettings(0, 0, 1, 64, 1440, 720), other}, {test::htSettings(5, 0, 1, 64, 1440, 720), other}, {test::htSettings(1, 0, 1, 64, 720, 360), other},
+        {test::htSettings(1, 0, 1, 64, 720, 480), other},
     };
     const auto spread = [](const HtSettings& s, int32_t inkParam0, uint32_t rc) {
         test::MemoryWatch watch;
@@ -171,13 +157,13 @@ TEST(SpreadThresholds, ByClassMethodAndInkParameter) {
         for (int p = 0; p < 3; ++p)
             EXPECT_EQ(spread(r.s, params[p], RC_OK), r.t[p])
                 << r.s.method << " " << r.s.resolutionX << "x" << r.s.resolutionY << " ink " << p;
-    for (int32_t param : {0, 249, 300, 501, -250}) spread(at(1, 1, 720, 720), param, RC_DATA);
+    for (int32_t param : {0, 249, 300, 501, -250}) spread(test::htSettings(1, 0, 1), param, RC_DATA);
     // Two-bit output: by class only, inkParam[0] not consulted; General and DoubleX refused.
-    EXPECT_EQ(spread(at(1, 2, 1440, 720), 0, RC_OK), (Four{14, 3, 0, 0}));
-    EXPECT_EQ(spread(at(1, 2, 720, 720), 0, RC_OK), (Four{15, 3, 1, 0}));
-    EXPECT_EQ(spread(at(3, 2, 720, 1440), 123, RC_OK), (Four{111, 8, 2, 0}));
-    spread(at(1, 2, 720, 480), 250, RC_ARG + 1);
-    spread(at(1, 2, 720, 360), 250, RC_ARG + 1);
+    EXPECT_EQ(spread(test::htSettings(1, 0, 2, 64, 1440, 720), 0, RC_OK), (Four{14, 3, 0, 0}));
+    EXPECT_EQ(spread(test::htSettings(1, 0, 2), 0, RC_OK), (Four{15, 3, 1, 0}));
+    EXPECT_EQ(spread(test::htSettings(3, 0, 2, 64, 720, 1440), 123, RC_OK), (Four{111, 8, 2, 0}));
+    spread(test::htSettings(1, 0, 2, 64, 720, 480), 250, RC_ARG + 1);
+    spread(test::htSettings(1, 0, 2, 64, 720, 360), 250, RC_ARG + 1);
 }
 
 // Worked by hand: method 5 at 1440x720 takes the last row (T1 = 56). Ink
@@ -186,7 +172,7 @@ TEST(SpreadThresholds, ByClassMethodAndInkParameter) {
 // H1, which the 1440x720 row's T1 = 30 would pick; line 1 prints 20 00 (H1
 // would give 21 00).
 TEST(SpreadThresholds, Method5At1440x720DiffusesWithTheLastRow) {
-    HtSettings s = at(5, 1, 1440, 720);
+    HtSettings s = test::htSettings(5, 0, 1, 64, 1440, 720);
     s.width = 10;
     HtBlocks blocks;
     blocks.matrix = test::thresholdMatrixBlock(1, 1, {0});
@@ -224,7 +210,7 @@ TEST(InkCurve, OneBitPlainTwoBitPadded) {
         {"never 3 or less", [](int) { return 255; }, 2, 516, {{0, 1}, {256, 255}}},
     };
     for (const auto& c : cases) {
-        WatchedMono m(at(3, c.bits, 720, 720), HtBlocks{}, 2, c.gray);
+        WatchedMono m(test::htSettings(3, 0, c.bits), HtBlocks{}, 2, c.gray);
         EXPECT_EQ(m.ctx().buffers[kConversionTable].size, c.bytes) << c.what;
         expectEntries<uint16_t>(m.ctx(), kConversionTable, c.entries, c.what);
     }
@@ -235,17 +221,17 @@ TEST(InkCurve, OneBitPlainTwoBitPadded) {
 // re-indexing without effect: only threshold entries 1 and 2 change, by class.
 TEST(DotSplit, RowsRefusalsAndThresholdsByResolution) {
     {
-        WatchedMono m(at(1, 2, 720, 720), with(64));
+        WatchedMono m(test::htSettings(1, 0, 2), with(64));
         EXPECT_EQ(m.ctx().buffers[kDotSplitTable].size, 768u);
         expectEntries<uint8_t>(m.ctx(), kDotSplitTable, {{600, 85}, {601, 85}, {602, 30}, {150, 50}, {151, 0}}, "split");
     }
-    EXPECT_EQ(WatchedMono(at(1, 2, 720, 720), with(64, [](int) { return DotSplitRow{85, 85, 85}; })).ht.rc, RC_OK);
+    EXPECT_EQ(WatchedMono(test::htSettings(1, 0, 2), with(64, [](int) { return DotSplitRow{85, 85, 85}; })).ht.rc, RC_OK);
     const struct { uint32_t resX, resY; int e1, e2; } cases[] = {{1440, 720, 26, 36}, {720, 720, 30, 38}, {360, 720, 30, 38}};
     for (const auto& c : cases) {
-        WatchedMono r(at(1, 2, c.resX, c.resY), with(64));
+        WatchedMono r(test::htSettings(1, 0, 2, 64, c.resX, c.resY), with(64));
         expectEntries<int16_t>(r.ctx(), kEdThresholdTable, {{0, 128}, {1, c.e1}, {2, c.e2}, {255, 128}}, "by class");
     }
-    WatchedMono over(at(1, 2, 720, 720), with(64, [](int r) {
+    WatchedMono over(test::htSettings(1, 0, 2), with(64, [](int r) {
         return r == 100 ? DotSplitRow{85, 85, 86} : DotSplitRow{uint8_t(r / 3), 1, 2};
     }));
     EXPECT_EQ(over.ht.rc, RC_DATA);
@@ -257,42 +243,13 @@ TEST(DotSplit, RowsRefusalsAndThresholdsByResolution) {
 }
 
 // Row r holds r % 3 ink in total: its threshold is that of level 0, 1 or 2.
-// Derived tables on rows 200 = {85, 85, 30}, 40 = {40, 0, 0} and 255 = {0, 0,
-// 255} with tone 16 i: t[30] = 480, t[85] = 1360, t[255] = 4096.
-TEST(DotSplit, ReindexedThresholdsAndDerivedTables) {
-    {
-        WatchedMono m(at(1, 2, 1440, 720), with(64, [](int r) {
-            return DotSplitRow{uint8_t(r % 3 == 2 ? 1 : 0), uint8_t(r % 3 == 1 ? 1 : 0), uint8_t(r % 3 == 2 ? 1 : 0)};
-        }));
-        const int16_t* ed = slotData<int16_t>(m.ctx(), kEdThresholdTable);
-        const int16_t byTotal[3] = {128, 26, 36};
-        for (int r = 0; r < 512; ++r) ASSERT_EQ(ed[r], byTotal[r % 256 % 3]) << r;
-    }
-    WatchedMono d(at(1, 2, 720, 720), with(64, [](int r) { return r == 255 ? DotSplitRow{0, 0, 255} : test::layeredSplit(r); }));
-    const HtContext& c = d.ctx();
-    const uint32_t want[][4] = {{200, 480u + ((480u + 1360u) << 16), 85u + (200u << 16), 1360u + 1360u + 480u},
-                                {40, 0, 40u + (40u << 16), 640},
-                                {255, 4096u + (4096u << 16), 255u << 16, 4096}};
-    for (const auto& w : want)
-        EXPECT_EQ((std::array{c.splitToneCumulative[w[0]], c.splitAmounts[w[0]], c.splitToneTotal[w[0]]}),
-                  (std::array{w[1], w[2], w[3]})) << "row " << w[0];
-}
-
-// A two-bit instance refuses a missing descriptor, one marked absent and one
-// of another format, keeping the slots; one-bit output does not read it.
-TEST(DotSplit, MissingOrInvalidDescriptorRefusedKeepingTheSlots) {
-    for (const test::Bytes& descriptor : {test::Bytes{}, test::dotSplitDescriptor(200, 0), test::dotSplitDescriptor(200, 1, 2)}) {
-        test::MemoryWatch watch;
-        test::MonoLut lut([](int v) { return 255 - v; });
-        lut.descriptor = descriptor;
-        lut.refresh();
-        HtInstance ht(at(1, 2, 720, 720), lut.lut, HtBlocks{}, 3);
-        EXPECT_EQ(ht.rc, RC_DATA);
-        EXPECT_EQ(ht.answers[2], 0xDEADBEEFu) << "no answer without a descriptor";
-        EXPECT_NE(ht.ctx->buffers[kConversionTable].handle, nullptr);
-        EXPECT_EQ(ht.ctx->buffers[kThresholdMatrix].data, nullptr);
-        EXPECT_EQ(HtInstance(at(1, 1, 720, 720), lut.lut).rc, RC_OK);
-    }
+TEST(DotSplit, ThresholdsReindexedByDotTotal) {
+    WatchedMono m(test::htSettings(1, 0, 2, 64, 1440, 720), with(64, [](int r) {
+        return DotSplitRow{uint8_t(r % 3 == 2 ? 1 : 0), uint8_t(r % 3 == 1 ? 1 : 0), uint8_t(r % 3 == 2 ? 1 : 0)};
+    }));
+    const int16_t* ed = slotData<int16_t>(m.ctx(), kEdThresholdTable);
+    const int16_t byTotal[3] = {128, 26, 36};
+    for (int r = 0; r < 512; ++r) ASSERT_EQ(ed[r], byTotal[r % 256 % 3]) << r;
 }
 
 // Colour grid of phase 2 from a two-node source (the cube's corners), at 32
@@ -319,7 +276,7 @@ TEST(GridResample, CornersAndOneNodeByHand) {
     for (uint32_t method : {1u, 0u}) {
         HtBlocks blocks;
         if (method == 0) blocks.gridLevels = {0xFF};  // not read with method 0
-        HtInstance ht(at(method, 1, 720, 720, 1), lut.lut, blocks, 2);
+        HtInstance ht(test::htSettings(method, 1, 1), lut.lut, blocks, 2);
         ASSERT_EQ(ht.rc, RC_OK);
         const uint32_t* grid = slotData<uint32_t>(*ht.ctx, kConversionTable);
         const uint32_t n = method ? 32 : 2;
@@ -358,7 +315,7 @@ TEST(GridResample, Refusals) {
         if (which == 8) lut.lut.grid[0][1] = 0;  // does not rise
         if (which == 9) lut.lut.gridCount[0] = 1;
         if (which == 10) lut.lut.gridCount[0] = 69;  // beyond the level row
-        HtInstance ht(at(which == 5 || which == 6 ? 3 : 1, 1, 720, 720, 1), lut.lut, feed, 2);
+        HtInstance ht(test::htSettings(which == 5 || which == 6 ? 3 : 1, 1, 1), lut.lut, feed, 2);
         EXPECT_EQ(ht.rc, which < 5 ? RC_ARG + 2 : which < 7 ? RC_ARG + 1 : RC_DATA) << which;
         EXPECT_EQ(ht.answers[1], which < 5 ? test::kMatrixGeneralId : ht.answers[1]) << "answered before the block was read";
         EXPECT_EQ(test::allSlotsEmpty(*ht.ctx), which < 7) << which;

@@ -185,15 +185,16 @@ struct HtBlocks {
     Bytes dotSplit = dotSplitBlock(layeredSplit);
 };
 
-// Settings with the usual defaults: one-bit error diffusion, monochrome, 720 x 720.
-inline HtSettings htSettings(uint32_t method, uint32_t colourMode, uint32_t outputBits, uint32_t width = 64) {
+// Settings with the usual defaults: dither mode 1, 720 x 720, 64 pixels wide.
+inline HtSettings htSettings(uint32_t method, uint32_t colourMode, uint32_t outputBits, uint32_t width = 64,
+                             uint32_t resolutionX = 720, uint32_t resolutionY = 720) {
     HtSettings s{};
     s.method = method;
     s.ditherMode = 1;
     s.inputFormat = colourMode == 0 ? 0 : 3;
     s.colourMode = colourMode;
-    s.resolutionX = 720;
-    s.resolutionY = 720;
+    s.resolutionX = resolutionX;
+    s.resolutionY = resolutionY;
     s.outputBits = outputBits;
     s.width = width;
     return s;
