@@ -40,8 +40,7 @@ struct Parsed {
 
 // Names count by their last place in a list; list 2 counts from its base
 // number when it has one (its first token does not begin with 'P'). Blanks
-// before tokens, blank lines and extra tokens change nothing; capacities at
-// their limits parse.
+// before tokens, blank lines and extra tokens change nothing.
 TEST(IndexText, RecordFieldsAndNamePositions) {
     IndexTextWriter w;
     w.list1 = {"A", "B", "C", "B"};
@@ -64,18 +63,8 @@ TEST(IndexText, RecordFieldsAndNamePositions) {
     ASSERT_EQ(l.count, 2);
     EXPECT_EQ(l.keys(0), (std::vector<int32_t>{1, 1, 5, 6, 8, 9, 1, 1, 3}));
     EXPECT_EQ(std::memcmp(plain.index->records, l.index->records, 2 * sizeof(IndexRecord)), 0);
-    IndexTextWriter full;
-    full.list1 = full.list3 = {};
-    full.list2 = {};
-    for (int i = 0; i < 12; ++i) full.list1.push_back("N" + std::to_string(i) + "xxxxxxxx");  // 11 characters
-    for (int i = 0; i < 32; ++i) full.list2.push_back("P" + std::to_string(i));
-    for (int i = 0; i < 12; ++i) full.list3.push_back("M" + std::to_string(i));
-    for (int i = 0; i < 100; ++i) full.add(i + 1, 1, "N11xxxxxxxx", "P31", 0, 0, "M11", 0, 0);
-    full.records[0].key5 = std::string(252, '0') + "123";  // a 255-character token
-    const Parsed f(full.text());
-    ASSERT_EQ(f.count, 100);
-    EXPECT_EQ(f.keys(0)[2], 123);
-    EXPECT_EQ(f.keys(99), (std::vector<int32_t>{100, 1, 0, 0, 0, 0, 11, 31, 11}));
+    loose.records[0].key5 = std::string(252, '0') + "123";  // a 255-character token, the longest
+    EXPECT_EQ(Parsed(loose.text()).keys(0)[2], 123);
     // A '-' anywhere makes a number negative; numbers wrap at 32 bits.
     const std::pair<const char*, int32_t> numbers[] = {{"", 0}, {"980", 980}, {"-12", -12}, {"1-2", -12}, {"4294967295", -1}};
     for (const auto& [token, value] : numbers) EXPECT_EQ(indexTokenNumber(token), value) << token;
@@ -96,12 +85,10 @@ TEST(IndexText, BrokenTextsGiveNoRecords) {
     std::string records;
     for (int i = 0; i < 100; ++i) records += std::to_string(i + 2) + " 1 L1 Photo 5 6 M3 8 9\r\n";
     const std::pair<const char*, std::string> cases[] = {
-        {"version 2", edit("//3", "//2")},
         {"version 4", edit("//3", "//4")},
         {"no version", edit("//3", "//")},
         {"'/ ' at both markers", edit("//3", "/ 3").replace(text.find("//\r\n"), 2, "/ ")},
         {"SUB before the marker", edit("//3", "\x1a//3")},
-        {"heading line of 300+ characters", edit("; block", std::string(300, 'h'))},
         {"token of 256 characters", edit(" 5 ", " " + std::string(256, '1') + " ")},
         {"line of 300 characters", edit(" 9 ", " 9 " + std::string(300, 'x'))},
         {"record name of 12 characters", edit("L1 P", "L1xxxxxxxxxx P")},
@@ -114,7 +101,6 @@ TEST(IndexText, BrokenTextsGiveNoRecords) {
         {"the rest behind a NUL", edit("//\r\n", std::string(1, '\0') + "//\r\n")},
         {"no marker", "no marker at all"},
         {"empty", ""},
-        {"marker alone", "//"},
         {"no record list", "//3"},
     };
     for (const auto& [what, broken] : cases) EXPECT_EQ(Parsed(broken).count, 0) << what;
@@ -125,6 +111,10 @@ TEST(IndexText, BrokenTextsGiveNoRecords) {
 TEST(IndexSearch, AllSevenKeysMustMatchAndTheLastMatchWins) {
     test::MemoryWatch watch;
     CmContext* ctx = test::newInstance(test::CmSettings{});
+    const auto search = [ctx](const IndexTextWriter& w) {
+        const std::string text = w.text();
+        return searchIndex(ctx, reinterpret_cast<const uint8_t*>(text.c_str()));
+    };
     using E = test::IndexEntry;
     const struct { std::string E::*field; const char* value; int32_t want; uint32_t tableId; } cases[] = {
         {&E::trailing, "", 321, 45}, {&E::name1, "L2", 0, 0},    {&E::name3, "M2", 0, 0}, {&E::name2, "Plain", 0, 0},
@@ -134,29 +124,25 @@ TEST(IndexSearch, AllSevenKeysMustMatchAndTheLastMatchWins) {
     for (const auto& c : cases) {
         IndexTextWriter w = test::matchingIndex(321, 45);
         w.records[0].*c.field = c.value;
-        std::string text = w.text();
         ctx->matchTableId = 0;
-        EXPECT_EQ(searchIndex(ctx, reinterpret_cast<const uint8_t*>(text.c_str())), c.want) << c.value;
+        EXPECT_EQ(search(w), c.want) << c.value;
         EXPECT_EQ(ctx->matchTableId, c.tableId) << c.value;
     }
     IndexTextWriter w = test::matchingIndex(100, 5);
     w.add(200, 9, "L1", "Photo", 5, 6, "M3", 8, 9);
     w.add(300, 9, "L0", "Photo", 5, 6, "M3", 8, 9);  // no match
     w.add(-7, 6, "L1", "Photo", 5, 6, "M3", 8, 9);   // a negative block is no match
-    std::string text = w.text();
-    EXPECT_EQ(searchIndex(ctx, reinterpret_cast<const uint8_t*>(text.c_str())), 200);
+    EXPECT_EQ(search(w), 200);
     EXPECT_EQ(ctx->matchBlockNo, 200u);
     w.add(0, 4, "L1", "Photo", 5, 6, "M3", 8, 9);
-    text = w.text();
-    EXPECT_EQ(searchIndex(ctx, reinterpret_cast<const uint8_t*>(text.c_str())), 0);
+    EXPECT_EQ(search(w), 0);
     EXPECT_EQ(ctx->matchTableId, 4u) << "block 0 is a match: phase 1 then refuses it";
     ctx->settings2.selectA = 0;
     ctx->selectC = 0;
     ctx->settings1.selectB = 0;
     w = test::matchingIndex(77, 1);
     w.records[0].name1 = w.records[0].name2 = w.records[0].name3 = "Unknown";
-    text = w.text();
-    EXPECT_EQ(searchIndex(ctx, reinterpret_cast<const uint8_t*>(text.c_str())), 77);
+    EXPECT_EQ(search(w), 77);
     CmDelete(ctx);
 }
 
@@ -217,22 +203,15 @@ TEST(ColourTableRead, HeaderFieldsAndNodes) {
     ColourTableWriter w = grid(4);
     w.tableMode = 50;
     w.blackMode = 2;  // reported as 1
-    w.adjustDominant[0] = 200;
-    w.adjustHue[1] = -5;
-    w.saturationOffset = -20;
-    w.adjustMinimum[2] = -128;
     const int16_t ink[5] = {150, -2, 300, -32768, 32767};
     std::memcpy(w.inkParam, ink, sizeof ink);
-    w.auxParam[3] = -300;
     w.levels[0] = {0, 10, 20, 255};
     w.levels[1] = {0, 100, 200, 255};
     w.levels[2] = {0, 1, 2, 255};
     w.extraData = {9, 8, 7, 6, 5};
     const Read r(w, {}, 317);
     ASSERT_EQ(r.rc, RC_OK);
-    EXPECT_EQ(std::vector<int>({r.ctx->tableMode, r.ctx->adjustDominant[0], r.ctx->adjustHue[1], r.ctx->saturationOffset,
-                                r.ctx->adjustMinimum[2], r.lut().auxParam[3], int(r.lut().blackMode), int(r.lut().modelId)}),
-              std::vector<int>({50, 200, -5, -20, -128, -300, 1, 317}));
+    EXPECT_EQ(std::vector<int>({r.ctx->tableMode, int(r.lut().blackMode), int(r.lut().modelId)}), std::vector<int>({50, 1, 317}));
     for (int i = 0; i < 5; ++i) EXPECT_EQ(r.lut().inkParam[i], ink[i]);
     for (int a = 0; a < 3; ++a) {
         EXPECT_EQ(r.lut().gridCount[a], 4u);
