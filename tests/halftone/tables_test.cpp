@@ -48,6 +48,11 @@ TEST(DotValueTable, PublishedValues) {
         EXPECT_EQ(ed[k], v) << "threshold " << k;
     buildDotValueTable(dot, true, 250, 100);
     for (int k = 0; k < 256; ++k) ASSERT_EQ(dot[k], 255);
+    // Flat dot values leave the entries tilted: the steep ends reach to entry 9,
+    // 29 x 9 / 10 + 20 = 46 (+ 2380 / 128 = 18), and 246: 255 - 46 - 18; entry 10
+    // is (128 + 20) / 3 = 49 (+ 18).
+    buildEdThresholdTable(ed, dot);
+    for (auto [k, v] : Entries{{9, 64}, {10, 67}, {246, 191}}) EXPECT_EQ(ed[k], v) << "threshold " << k;
     buildDotValueTable(dot, false, 500, -32768);
     EXPECT_EQ(dot[0], 1275);
 }
