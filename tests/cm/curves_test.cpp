@@ -215,34 +215,6 @@ TEST(Interpolate, WorkedTetrahedra) {
     EXPECT_EQ(out, (std::vector<uint8_t>{131, 158, 33, 68, 74, 62}));
 }
 
-// One cell of width w then one of 255 - w on every axis, each channel holding
-// the level of one axis (red twice: the four-channel and the general path).
-// Red comes back exactly: its weighted sum is a multiple of the cell width,
-// so any inexact division shows; green and blue come back low by less than
-// one step of their fraction rescaled to red's cell width.
-TEST(Interpolate, EveryCellWidthDividesExactly) {
-    for (uint32_t w = 1; w < 255; ++w) {
-        const uint32_t level[3] = {0, w, 255};
-        for (uint32_t channels : {3u, 4u}) {
-            const Grid g({0, uint8_t(w), 255}, channels, [&](uint32_t i0, uint32_t i1, uint32_t i2, uint32_t c) {
-                return static_cast<uint8_t>(level[c == 1 ? i1 : c == 2 ? i2 : i0]);
-            });
-            const auto cellWidth = [w](uint32_t v) { return v <= w ? w : 255 - w; };
-            for (uint32_t v = 0; v < 256; ++v) {
-                const uint8_t rgb[3] = {uint8_t(v), uint8_t(255 - v), uint8_t(v * 7)};
-                uint8_t out[4] = {};
-                interpolateRgb(g.lut, 1, rgb, out);
-                ASSERT_EQ(out[0], rgb[0]) << "cell width " << w;
-                ASSERT_EQ(out[3], channels == 4 ? rgb[0] : 0) << "cell width " << w;
-                for (int c = 1; c < 3; ++c) {
-                    ASSERT_LE(out[c], rgb[c]) << "cell width " << w << " channel " << c;
-                    ASSERT_LT(rgb[c] - out[c], double(cellWidth(rgb[c])) / cellWidth(v) + 1) << "cell width " << w;
-                }
-            }
-        }
-    }
-}
-
 // Sister paths agree: four channels at once (the packed lanes) against each
 // channel through a one-channel grid of its own, on uneven levels, with the
 // pixels' components in another order and a padding byte.

