@@ -199,32 +199,6 @@ ColourTableWriter grid(int n, int channels = 4) {
     return w;
 }
 
-TEST(ColourTableRead, HeaderFieldsAndNodes) {
-    ColourTableWriter w = grid(4);
-    w.tableMode = 50;
-    w.blackMode = 2;  // reported as 1
-    const int16_t ink[5] = {150, -2, 300, -32768, 32767};
-    std::memcpy(w.inkParam, ink, sizeof ink);
-    w.levels[0] = {0, 10, 20, 255};
-    w.levels[1] = {0, 100, 200, 255};
-    w.levels[2] = {0, 1, 2, 255};
-    w.extraData = {9, 8, 7, 6, 5};
-    const Read r(w, {}, 317);
-    ASSERT_EQ(r.rc, RC_OK);
-    EXPECT_EQ(std::vector<int>({r.ctx->tableMode, int(r.lut().blackMode), int(r.lut().modelId)}), std::vector<int>({50, 1, 317}));
-    for (int i = 0; i < 5; ++i) EXPECT_EQ(r.lut().inkParam[i], ink[i]);
-    for (int a = 0; a < 3; ++a) {
-        EXPECT_EQ(r.lut().gridCount[a], 4u);
-        EXPECT_EQ(std::memcmp(r.lut().grid[a], w.levels[a].data(), 4), 0);
-    }
-    ASSERT_NE(r.lut().extraData, nullptr);
-    EXPECT_EQ(std::memcmp(r.lut().extraData, w.extraData.data(), 5), 0);
-    // neutralMode 0; black mode 1 replaces the neutral nodes (below), the rest is copied.
-    EXPECT_EQ(r.lut().neutralMode, 0u);
-    for (size_t i : {size_t{27}, size_t{48}})  // nodes (1, 2, 3) and (3, 0, 0)
-        for (int c = 0; c < 4; ++c) EXPECT_EQ(r.node(i, c), r.written(i, c));
-}
-
 TEST(ColourTableRead, GridLimits) {
     struct Case { const char* what; ColourTableWriter w; uint32_t rc; };
     std::vector<Case> cases = {
@@ -270,7 +244,6 @@ TEST(ColourTableRead, NeutralModeAndAxis) {
         {2, 0, false, 1, 0, {{0, 0, 0, 0}, {128, 128, 128, 128}, {255, 255, 255, 255}}},
         {1, 0, false, 2, 0, {{0, 0, 0, 0}, {0, 0, 0, 128}, {0, 0, 0, 255}}},
         {2, 1, false, 3, 0, {{0, 0, 0, 0}, {128, 128, 128, 114}, {255, 255, 255, 255}}},
-        {1, 1, false, 2, 0, {{0, 0, 0, 0}, {0, 0, 0, 128}, {0, 0, 0, 255}}},
         {1, 0, true, 0, 50, {{0, 1, 2, 3}, {10, 11, 12, 13}, {20, 21, 22, 23}}},
         {1, 0, true, 0, 49, {{255, 255, 255, 127}, {128, 128, 128, 64}, {0, 0, 0, 0}}},
     };
