@@ -85,6 +85,7 @@ TEST(CmProtocol, CorrectionTablesFollowTheWeightsAndTheRouting) {
         {"30 against 70 and back", {70, 30, 50, 50}, {30, 70, 50, 50}, {}, {20, 0, 10, 10}},
         {"-21 and -23 give 0", {30, 30, 47, 50}, {51, 53, 50, 50}, {}, {0, 0, 8, 10}},
         {"swap 0 and 1", mixed, fifty, {{7, 1, 0, 2, 3}}, {0, 20, 10, 12}},
+        {"other key ignored", mixed, fifty, {{6, 1, 0, 2, 3}}, {20, 0, 10, 12}},
         {"last match wins", mixed, fifty, {{7, 1, 0, 2, 3}, {7, 0, 1, 3, 2}}, {20, 0, 12, 10}},
         {"row 4 ignored", mixed, fifty, {{7, 1, 0, 2, 3}, {7, 4, 1, 2, 3}}, {0, 20, 10, 12}},
         {"short record ignored", mixed, fifty, {{7, 3, 2, 1}}, {20, 0, 10, 12}},

@@ -13,6 +13,7 @@
 #include "cm/gamma.h"
 #include "cm/ink_scale.h"
 #include "cm/interpolate.h"
+#include "cm/log_table.h"
 #include "cm/tone_curves.h"
 #include "support/cm_fixture.h"
 #include "support/memory_watch.h"
@@ -21,6 +22,22 @@ namespace inkdot {
 namespace {
 
 using Three = std::array<int32_t, 3>;
+
+// The table holds 5000 ln p rounded for the 97 primes up to 509; logOf adds
+// them over a number's factors.
+TEST(LogTable, RoundedScaledLogarithmsOfThePrimesAddOverFactors) {
+    int j = 0;
+    for (int p = 2; p <= 509; ++p) {
+        bool prime = true;
+        for (int d = 2; d * d <= p; ++d) prime = prime && p % d != 0;
+        if (!prime) continue;
+        EXPECT_EQ(kPrimes[j], p);
+        EXPECT_EQ(kLogTable[j++], static_cast<uint32_t>(std::lround(5000.0 * std::log(p)))) << "prime " << p;
+    }
+    EXPECT_EQ(j, 97);
+    for (int a = 1; a <= 22; ++a)
+        for (int b = 1; a * b <= 511; ++b) ASSERT_EQ(logOf(a * b), logOf(a) + logOf(b)) << a << "x" << b;
+}
 
 TEST(Gamma, RisingAndWithinOneLevelOfThePowerCurve) {
     for (int g : {100, 101, 120, 149, 150, 151, 180, 220, 233, 260, 300}) {

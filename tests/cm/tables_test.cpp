@@ -43,16 +43,16 @@ struct Parsed {
 // before tokens, blank lines and extra tokens change nothing.
 TEST(IndexText, RecordFieldsAndNamePositions) {
     IndexTextWriter w;
-    w.list1 = {"A", "B", "C", "B"};
+    w.list1 = {"A", "B0123456789", "C", "B0123456789"};  // names of 11 characters, the longest
     w.list2Base = 10;
     w.list2 = {"X", "Y"};
-    w.add(120, 7, "B", "Y", 5, -6, "M2", 8, 9);
+    w.add(120, 7, "B0123456789", "Y", 5, -6, "M2", 8, 9);
     w.add(130, 0, "none", "none", 0, 0, "none", 0, 0);  // table id 0; names in no list
     const Parsed p(w.text());
     ASSERT_EQ(p.count, 2);
     EXPECT_EQ(p.keys(0), (std::vector<int32_t>{120, 7, 5, -6, 8, 9, 3, 11, 2}));
     EXPECT_EQ(p.keys(1), (std::vector<int32_t>{130, -1, 0, 0, 0, 0, 0, 0, 0})) << "not the base 10";
-    EXPECT_STREQ(p.index->records[0].name1, "B");
+    EXPECT_STREQ(p.index->records[0].name1, "B0123456789");
     IndexTextWriter loose = test::matchingIndex(1, 1);
     loose.add(2, 1, "L0", "Plain", 0, 0, "M0", 0, 0);
     const Parsed plain(loose.text());

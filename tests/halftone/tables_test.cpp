@@ -97,6 +97,7 @@ TEST(ThresholdMatrix, SizesAndRefusals) {
         EXPECT_EQ(n.ht.rc, c.cells ? RC_OK : RC_DATA) << int(c.w) << "x" << int(c.h);
         if (c.cells == 0) {
             EXPECT_EQ(n.ht.answers[2], 0xFFFFFFFFu);
+            EXPECT_EQ(n.ctx().failedPhase, 3u) << "later calls are refused";
             EXPECT_NE(n.ctx().buffers[kConversionTable].handle, nullptr);
             EXPECT_EQ(n.ctx().buffers[kThresholdMatrix].data, nullptr);
             continue;
@@ -244,13 +245,29 @@ TEST(DotSplit, RowsRefusalsAndThresholdsByResolution) {
 }
 
 // Row r holds r % 3 ink in total: its threshold is that of level 0, 1 or 2.
-TEST(DotSplit, ThresholdsReindexedByDotTotal) {
-    WatchedMono m(test::htSettings(1, 0, 2, 64, 1440, 720), with(64, [](int r) {
-        return DotSplitRow{uint8_t(r % 3 == 2 ? 1 : 0), uint8_t(r % 3 == 1 ? 1 : 0), uint8_t(r % 3 == 2 ? 1 : 0)};
+// Derived tables on rows 200 = {85, 85, 30}, 40 = {40, 0, 0} and 255 = {0, 0,
+// 255} with tone 16 i: t[30] = 480, t[85] = 1360, t[255] = 4096.
+TEST(DotSplit, ReindexedThresholdsAndDerivedTables) {
+    {
+        WatchedMono m(test::htSettings(1, 0, 2, 64, 1440, 720), with(64, [](int r) {
+            return DotSplitRow{uint8_t(r % 3 == 2 ? 1 : 0), uint8_t(r % 3 == 1 ? 1 : 0), uint8_t(r % 3 == 2 ? 1 : 0)};
+        }));
+        const int16_t* ed = slotData<int16_t>(m.ctx(), kEdThresholdTable);
+        const int16_t byTotal[3] = {128, 26, 36};
+        for (int r = 0; r < 512; ++r) ASSERT_EQ(ed[r], byTotal[r % 256 % 3]) << r;
+    }
+    const uint8_t rows[][3] = {{85, 85, 30}, {40, 0, 0}, {0, 0, 255}};
+    WatchedMono d(test::htSettings(1, 0, 2), with(64, [&](int r) {
+        const uint8_t* row = rows[r == 200 ? 0 : r == 40 ? 1 : 2];
+        return DotSplitRow{row[0], row[1], row[2]};
     }));
-    const int16_t* ed = slotData<int16_t>(m.ctx(), kEdThresholdTable);
-    const int16_t byTotal[3] = {128, 26, 36};
-    for (int r = 0; r < 512; ++r) ASSERT_EQ(ed[r], byTotal[r % 256 % 3]) << r;
+    const HtContext& c = d.ctx();
+    const uint32_t want[][4] = {{200, 480u + ((480u + 1360u) << 16), 85u + (200u << 16), 1360u + 1360u + 480u},
+                                {40, 0, 40u + (40u << 16), 640},
+                                {255, 4096u + (4096u << 16), 255u << 16, 4096}};
+    for (const auto& w : want)
+        EXPECT_EQ((std::array{c.splitToneCumulative[w[0]], c.splitAmounts[w[0]], c.splitToneTotal[w[0]]}),
+                  (std::array{w[1], w[2], w[3]})) << "row " << w[0];
 }
 
 // Colour grid of phase 2 from a two-node source (the cube's corners), at 32
