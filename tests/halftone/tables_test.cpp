@@ -59,9 +59,9 @@ TEST(DotValueTable, PublishedValues) {
 
 // Tone of the 64 x 64 matrix: 16 x 255 / 634 = 6 at level 1, 4096 at 255.
 // Fewer than 256 cells give tone only at full level; the one-bit mono dither
-// table composes the ink curve into both halves: with ink 255 - v / 2, entry
-// 255 + i is tone[255 - i / 2], tone[128] = 16 x 128 x 255 / 349 = 1496 at the
-// end. Two-bit does not; its thresholds before the dot split: 22 + 19, 25 + 19.
+// table composes the ink curve into both halves: with ink 255 - v / 2, entries
+// i and 256 + i are tone[255 - i / 2], tone[128] = 16 x 128 x 255 / 349 = 1496
+// at i = 255. Two-bit does not; its thresholds before the dot split: 22 + 19, 25 + 19.
 TEST(ToneTable, ByMatrixSizeAndKernel) {
     const struct { HtSettings s; uint8_t side; Slot slot; uint32_t bytes; Entries entries; } cases[] = {
         {test::htSettings(1, 0, 1), 64, kToneTable, 512, {{0, 0}, {1, 6}, {254, 4064}, {255, 4096}}},
@@ -188,14 +188,15 @@ TEST(SpreadThresholds, Method5At1440x720DiffusesWithTheLastRow) {
 }
 
 // One-bit output copies the black table. Two-bit pads it: entry 0 is the
-// spread W = 2 x (step size) / (drop at the topmost step) + 1, made even,
+// spread W = 2 (256 - s) / (a + b) + 1 for the topmost step at level s from
+// ink a (4 or more) to b (3 or less), made even,
 // then h = W / 2 copies of level 0's ink, the 256 levels, and level 255's ink
 // up to 2 W + 257 entries, in whole words. Without ink at full level, the
 // levels from the last step on are cleared.
 TEST(InkCurve, OneBitPlainTwoBitPadded) {
     const struct { const char* what; int (*gray)(int); uint32_t bits, bytes; Entries entries; } cases[] = {
         {"one-bit", [](int v) { return (v * 7) % 256; }, 1, 512, {{0, 0}, {1, 7}, {37, 3}, {255, 249}}},
-        // Steps 10 -> 2 at 50, 150, 250: the topmost counts, W = 2 x 5 / 8 + 1 = 2 (50 would give 34).
+        // Steps 10 -> 2 at 50, 150, 250: the topmost counts, W = 2 x 6 / 12 + 1 = 2 (50 would give 34).
         {"three steps", [](int v) { return v % 100 < 50 ? 10 : 2; }, 2, 520, {{0, 2}, {1, 10}, {2, 10}, {257, 2}}},
         // Step at 101: W = 2 x 155 / 107 + 1 = 3, made even: 2, h = 1; 2 W + 514 bytes.
         {"narrow", [](int v) { return v <= 100 ? 4 + v : 3; }, 2, 520,
