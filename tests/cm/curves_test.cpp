@@ -104,7 +104,7 @@ TEST(ColourAdjust, WorkedCases) {
         {kDominant, {200, 100, 50}, {50, 0, 0}, {150, 100, 50}, "cyan leads"},
         {kDominant, {200, 100, 50}, {0, 50, 50}, {200, 100, 50}, "cyan's percentage counts"},
         {kDominant, {10, 90, 40}, {0, 25, 0}, {10, 78, 40}, "90 - (50 x 25) / 100"},
-        {kDominant, {100, 200, 50}, {0, 50, 0}, {100, 150, 50}, "magenta leads"},
+        {kDominant, {50, 200, 100}, {0, 50, 0}, {50, 150, 100}, "magenta leads, toward yellow above cyan"},
         {kDominant, {50, 100, 200}, {0, 0, 50}, {50, 100, 150}, "yellow leads, above magenta above cyan"},
         {kDominant, {200, 100, 50}, {250, 0, 0}, {0, 100, 50}, "below 0 becomes 0"},
         {kDominant, {200, 200, 50}, {50, 50, 50}, {200, 200, 50}, "two equal maxima"},
