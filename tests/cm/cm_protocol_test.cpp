@@ -14,105 +14,76 @@
 namespace inkdot {
 namespace {
 
+using test::Bytes;
 using test::ColourTableWriter;
 using test::JobFiles;
 using test::kJobCorrectionBlock;
 using test::kJobTableBlock;
 
-// A job on the default 3 x 3 x 3 table (black mode 0), without a channel-weight record.
-struct CmJob : test::Job {
+// A job on the default 3 x 3 x 3 table (black mode 0), without a channel-weight
+// record, checked for leaks after the job is deleted.
+struct CmJob : test::MemoryWatch, test::Job {
     CmJob() : Job(test::jobConfig("colour management", 1, 1, 1), false) { files.putTable(ColourTableWriter{}); }
     // Byte c of node i (lutData order) as written and as the CmLut holds it.
     uint8_t written(size_t i, size_t c = 0) const {
         return files.cmBlocks.at(kJobTableBlock)[files.table.nodeDataOffset() + i * files.table.channels + c];
     }
     uint8_t node(size_t i, size_t c = 0) const { return lut().lutData[i * lut().channels + c]; }
-    size_t bytes() const { return size_t{lut().gridCount[0]} * lut().gridCount[0] * lut().gridCount[0] * lut().channels; }
-    bool gridAsRead() const {
-        return std::memcmp(lut().lutData, &files.cmBlocks.at(kJobTableBlock)[files.table.nodeDataOffset()], bytes()) == 0;
-    }
+    size_t nodes() const { return size_t{lut().gridCount[0]} * lut().gridCount[0] * lut().gridCount[0]; }
 };
 
-TEST(CmProtocol, TwoCallsWithoutChannelWeights) {
-    test::MemoryWatch watch;
-    CmJob job;
-    ASSERT_TRUE(job.runColour());
-    EXPECT_EQ(job.cmAsked, (std::vector<uint32_t>{0, kJobTableBlock}));
-    EXPECT_EQ(job.lut().tableBlockNo, kJobTableBlock);
-    EXPECT_EQ(job.lut().modelId, 317u);
-    EXPECT_EQ(job.cm->loader, nullptr);
-    EXPECT_TRUE(job.gridAsRead());  // neutral settings, processLevel other than 2
-    const int16_t layout[4] = {4, 1, 2, 3};
-    EXPECT_EQ(std::memcmp(job.cm->pixelLayout, layout, sizeof layout), 0);
-    uint32_t next = 5;  // after the end every call is out of order
-    EXPECT_EQ(CmSetResource(job.cm, job.files.cmBlocks[980].data(), &next), RC_DATA);
-    EXPECT_EQ(CmSetResource(job.cm, job.files.cmBlocks[980].data(), &next), RC_DATA);
-    // A fresh instance refuses null blocks and stays waiting for its index.
-    CmJob nulls;
-    ASSERT_TRUE(nulls.runColour(0));
-    EXPECT_EQ(CmSetResource(nulls.cm, nullptr, &next), RC_DATA);
-    EXPECT_EQ(CmSetResource(nulls.cm, nullptr, &next), RC_DATA);
-}
-
-TEST(CmProtocol, InvalidChannelWeightRecordsEndAfterTheTable) {
-    const auto rec = [](std::vector<uint8_t> w, size_t at = 0, uint8_t value = 0) {
-        std::vector<uint8_t> r = test::channelWeightRecord(1, w);
-        if (at != 0) r[at < r.size() ? at : r.size() - 1] = value;
-        return r;
-    };
-    const struct { const char* what; std::function<void(JobFiles&)> change; } cases[] = {
-        {"weight 29", [&](JobFiles& f) { f.useWeights(rec({50, 29, 50, 50})); }},
-        {"weight 71", [&](JobFiles& f) { f.useWeights(rec({50, 50, 50, 71})); }},
-        {"not CW:", [&](JobFiles& f) { f.useWeights(rec({50, 50, 50, 50}, 1, 'X')); }},
-        {"no FE FF", [&](JobFiles& f) { f.useWeights(rec({50, 50, 50, 50}, 99, 0xFE)); }},
-        {"no chunk 512", [](JobFiles& f) { f.dir.add(1, nullptr); f.s1.chunkDir = f.dir.get(); }},
-        {"empty directory", [](JobFiles& f) { f.s1.chunkDir = f.dir.get(); }},
-    };
-    for (const auto& c : cases) {
-        test::MemoryWatch watch;
+TEST(CmProtocol, TwoCallsWithoutChannelWeightsAndNothingAfterTheEnd) {
+    uint32_t next = 5;
+    {
         CmJob job;
-        c.change(job.files);
-        EXPECT_TRUE(job.runColour()) << c.what;
-        EXPECT_EQ(job.cmAsked.size(), 2u) << c.what;
-        EXPECT_EQ(job.cm->loader, nullptr) << c.what;
+        ASSERT_TRUE(job.runColour());
+        EXPECT_EQ(job.cmAsked, (std::vector<uint32_t>{0, kJobTableBlock}));
+        EXPECT_EQ(job.lut().tableBlockNo, kJobTableBlock);
+        EXPECT_EQ(job.cm->loader, nullptr);
+        for (size_t i = 0; i < 4 * job.nodes(); ++i) ASSERT_EQ(job.node(i / 4, i % 4), job.written(i / 4, i % 4));
+        const int16_t layout[4] = {4, 1, 2, 3};
+        EXPECT_EQ(std::memcmp(job.cm->pixelLayout, layout, sizeof layout), 0);
+        EXPECT_EQ(CmSetResource(job.cm, job.files.cmBlocks[980].data(), &next), RC_DATA);
     }
+    // A fresh instance refuses a null block, then an index naming block 0.
+    CmJob fresh;
+    fresh.files.putIndex(0, 0, 317, 1, 3);
+    ASSERT_TRUE(fresh.runColour(0));
+    EXPECT_EQ(CmSetResource(fresh.cm, nullptr, &next), RC_DATA);
+    const Bytes& index = fresh.files.cmBlocks[0];
+    EXPECT_EQ(CmSetResourceSized(fresh.cm, index.data(), static_cast<uint32_t>(index.size()), &next), RC_DATA);
+    EXPECT_EQ(next, 0u);
 }
 
-// Routing block 980: records {key, rows...}, each ended by 0xFE, then 0xFF.
-test::Bytes routing(const std::vector<test::Bytes>& records) {
-    test::Bytes out;
-    for (const auto& r : records) {
-        out.insert(out.end(), r.begin(), r.end());
-        out.push_back(0xFE);
-    }
-    out.push_back(0xFF);
-    return out;
-}
-
+// Channel c takes table d = (requested - base + 20) / 2 limited to 0..20,
+// unless every channel is within 2 of its base (then all take 10); a routing
+// record with key 7 moves channel c's table to row rows[c]. The tables add
+// 3 d, so every node byte must come back as min(255, b + 3 d). Records that
+// are no channel-weight record end the protocol after the table.
 TEST(CmProtocol, CorrectionTablesFollowTheWeightsAndTheRouting) {
-    // Channel c takes table d = (requested - base + 20) / 2 limited to 0..20,
-    // unless every channel is within 2 of its base (then all take 10); a
-    // routing record with key 7 moves channel c's table to row rows[c]. The
-    // tables add 3 d, so every node byte must come back as min(255, b + 3 d).
-    const std::vector<uint8_t> fifty{50, 50, 50, 50}, mixed{70, 30, 50, 54};  // mixed: 20, 0, 10, 12
-    test::Bytes long20{7, 1, 0, 2, 3}, long21;
+    const Bytes fifty{50, 50, 50, 50}, mixed{70, 30, 50, 54};  // mixed: 20, 0, 10, 12
+    Bytes long20{7, 1, 0, 2, 3}, long21;
     long20.resize(20, 9);
     long21 = long20;
     long21.push_back(9);
+    const auto bad = [](size_t at, uint8_t value) {
+        Bytes r = test::channelWeightRecord(1, {50, 50, 50, 50});
+        r[std::min(at, r.size() - 1)] = value;
+        return r;
+    };
     const struct Case {
         const char* what;
-        std::vector<uint8_t> requested, base;
-        std::vector<test::Bytes> records;
+        Bytes requested, base;
+        std::vector<Bytes> records;
         int table[4];
         uint32_t rc = RC_OK;
         bool indexMatches = true;
+        Bytes record = {};  // a channel-weight record of its own
     } cases[] = {
         {"differences 5, 0, -5, 1", {55, 50, 45, 50}, {50, 50, 50, 49}, {}, {12, 10, 7, 10}},
         {"all within 2", {52, 48, 50, 31}, {50, 50, 50, 33}, {}, {10, 10, 10, 10}},
-        {"one 3 away", {52, 48, 53, 50}, fifty, {}, {11, 9, 11, 10}},
         {"30 against 70 and back", {70, 30, 50, 50}, {30, 70, 50, 50}, {}, {20, 0, 10, 10}},
         {"-21 and -23 give 0", {30, 30, 47, 50}, {51, 53, 50, 50}, {}, {0, 0, 8, 10}},
-        {"no routing records", mixed, fifty, {}, {20, 0, 10, 12}},
         {"swap 0 and 1", mixed, fifty, {{7, 1, 0, 2, 3}}, {0, 20, 10, 12}},
         {"other key ignored", mixed, fifty, {{6, 1, 0, 2, 3}}, {20, 0, 10, 12}},
         {"last match wins", mixed, fifty, {{7, 1, 0, 2, 3}, {7, 0, 1, 3, 2}}, {20, 0, 12, 10}},
@@ -121,60 +92,53 @@ TEST(CmProtocol, CorrectionTablesFollowTheWeightsAndTheRouting) {
         {"20-byte record", mixed, fifty, {long20}, {0, 20, 10, 12}},
         {"21-byte record", mixed, fifty, {long21}, {0, 0, 0, 0}, RC_DATA},
         {"table index without a match", mixed, fifty, {}, {0, 0, 0, 0}, RC_DATA, false},
+        {"weight 29", {}, fifty, {}, {0, 0, 0, 0}, RC_OK, true, test::channelWeightRecord(1, {50, 29, 50, 50})},
+        {"not CW:", {}, fifty, {}, {0, 0, 0, 0}, RC_OK, true, bad(1, 'X')},
+        {"no FE FF", {}, fifty, {}, {0, 0, 0, 0}, RC_OK, true, bad(99, 0xFE)},
     };
     for (const Case& c : cases) {
-        test::MemoryWatch watch;
         CmJob job;
-        job.files.useWeights(test::channelWeightRecord(7, c.requested));
+        job.files.useWeights(c.record.empty() ? test::channelWeightRecord(7, c.requested) : c.record);
         job.files.cmBlocks[990] = c.base;
-        job.files.cmBlocks[980] = routing(c.records);
-        if (!c.indexMatches) job.files.putIndex(900, kJobCorrectionBlock, 1, 1, 3);  // searched with selectC 0
+        Bytes routing;  // block 980: records {key, rows...}, each ended by 0xFE, then 0xFF
+        for (const Bytes& r : c.records) {
+            routing.insert(routing.end(), r.begin(), r.end());
+            routing.push_back(0xFE);
+        }
+        routing.push_back(0xFF);
+        job.files.cmBlocks[980] = routing;
+        if (!c.indexMatches) job.files.putIndex(900, kJobCorrectionBlock, 1, 1, 3);
         EXPECT_EQ(job.runColour() ? RC_OK : job.failedRc, c.rc) << c.what;
         EXPECT_EQ(job.cm->loader, nullptr) << c.what;
-        for (size_t i = 0; i < job.bytes() / 4; ++i)
+        for (size_t i = 0; i < job.nodes(); ++i)
             for (int ch = 0; ch < 4; ++ch)
                 ASSERT_EQ(job.node(i, ch), std::min(255, job.written(i, ch) + 3 * c.table[ch])) << c.what << " node " << i;
-        uint32_t next = 0;
-        if (c.rc != RC_OK) {
-            EXPECT_EQ(CmSetResource(job.cm, job.files.cmBlocks[990].data(), &next), RC_DATA) << "no loader left";
-            continue;
-        }
-        EXPECT_EQ(job.cmAsked, (std::vector<uint32_t>{0, kJobTableBlock, 980, 990, 900, kJobCorrectionBlock}));
-        EXPECT_EQ(job.cm->selectC, 0);
-        EXPECT_EQ(job.lut().grayTable[255], job.written(26, 3)) << "black table built before the tables";
+        const std::vector<uint32_t> six{0, kJobTableBlock, 980, 990, 900, kJobCorrectionBlock};
+        const bool corrected = c.rc == RC_OK && c.record.empty();
+        EXPECT_TRUE(c.rc != RC_OK || job.cmAsked == (corrected ? six : std::vector<uint32_t>{0, kJobTableBlock})) << c.what;
+        EXPECT_TRUE(!corrected || job.lut().grayTable[255] == job.written(26, 3)) << "black table built before the tables";
     }
 }
 
-TEST(CmProtocol, DeleteInTheMiddleReleasesTheLoader) {
-    for (uint32_t calls = 2; calls <= 5; ++calls) {
-        test::MemoryWatch watch;
-        CmJob job;
-        job.files.useWeights(test::channelWeightRecord(7, {50, 50, 50, 50}));
-        ASSERT_TRUE(job.runColour(calls));
-        EXPECT_NE(job.cm->loader, nullptr);
-        job.release();
-    }
-}
-
-// Phase 2: rebuild, ink scaling, black table ---------------------------------
-
+// Offsets move the inner nodes only: node (0, 0, 1) has red 0 -> 50, moving
+// cyan down along the red axis; green stays 0 (0 - 50 limited), blue 127 as read.
 TEST(CmRebuild, CurvesMoveInnerNodesOnly) {
-    test::MemoryWatch watch;
     CmJob job;
     job.files.s1.offsetR = 50;
     job.files.s1.offsetG = -50;
     ASSERT_TRUE(job.runColour());
-    for (int c = 0; c < 4; ++c) EXPECT_EQ(job.node(0, c), job.written(0, c)) << "the end nodes keep their levels";
-    for (int c = 0; c < 4; ++c) EXPECT_EQ(job.node(26, c), job.written(26, c));
-    // Node (0, 0, 1): red 0 -> 50 moves cyan down along the red axis, green
-    // stays 0 (0 - 50 limited), blue 127 unchanged.
+    for (size_t i : {size_t{0}, size_t{26}})
+        for (int c = 0; c < 4; ++c) EXPECT_EQ(job.node(i, c), job.written(i, c)) << "the end nodes keep their levels";
     EXPECT_LT(job.node(1, 0), job.written(1, 0));
     EXPECT_EQ(job.node(1, 1), 255);
     EXPECT_EQ(job.node(1, 2), job.written(1, 2));
 }
 
+// In the adjusting mode (processLevel 2), node (1, 0, 0) is red: c, m, y = 0,
+// 255, 255; cyan is the minimum with gap 255: e = (2550 + 50) / 100 = 26, so
+// the colour becomes (255, 26, 0), interpolated from V100 (0, 255, 255, 0) x
+// 229 and V110 (0, 0, 255, 0) x 26. Node (0, 1, 1), cyan, has two equal minima.
 TEST(CmRebuild, ColourAdjustmentsInTheAdjustingMode) {
-    test::MemoryWatch watch;
     CmJob job;
     job.files.s1.processLevel = 2;
     job.files.s1.processMode = 0;
@@ -184,22 +148,20 @@ TEST(CmRebuild, ColourAdjustmentsInTheAdjustingMode) {
     w.adjustHue[0] = 10;
     job.files.putTable(w);
     ASSERT_TRUE(job.runColour()) << job.failedAt;
-    // Node (1, 0, 0) is red: c, m, y = 0, 255, 255; cyan is the minimum with
-    // gap 255: e = (2550 + 50) / 100 = 26, so the colour becomes (255, 26, 0),
-    // interpolated from V100 (0, 255, 255, 0) x 229 and V110 (0, 0, 255, 0) x 26.
     const uint8_t want[4] = {0, 229, 255, 0};
     for (int c = 0; c < 4; ++c) EXPECT_EQ(job.node(4, c), want[c]);
-    // Node (0, 1, 1), cyan, has two equal minima: as read.
     for (int c = 0; c < 4; ++c) EXPECT_EQ(job.node(3, c), job.written(3, c));
 }
 
+// Models 300 to 399 scale the whole table by the ink parameters (A = 160, B =
+// 130: 255 - 50 = 205 becomes 182, 0 stays 0, 127 becomes 108) unless the
+// gate is 2 or selectA is 1.
 TEST(CmRebuild, WholeTableInkScalingByModel) {
     const struct { int32_t model, gate; uint32_t selectA; bool scaled; } cases[] = {
         {299, 1, 3, false}, {300, 1, 3, true}, {399, 1, 3, true}, {400, 1, 3, false},
         {350, 2, 3, false}, {350, -5, 3, true}, {350, 1, 1, false},
     };
     for (const auto& c : cases) {
-        test::MemoryWatch watch;
         CmJob job;
         job.files.s2.inkScaleGate = c.gate;
         job.files.s2.selectA = c.selectA;
@@ -210,30 +172,30 @@ TEST(CmRebuild, WholeTableInkScalingByModel) {
         job.files.putTable(w);
         ASSERT_TRUE(job.runColour()) << c.model;
         EXPECT_EQ(job.lut().modelId, static_cast<uint32_t>(c.model));
-        for (size_t i = 0; i < job.bytes(); ++i) {
+        for (size_t i = 0; i < 4 * job.nodes(); ++i) {
             const uint8_t b = job.written(i / 4, i % 4);
             ASSERT_EQ(job.node(i / 4, i % 4), c.scaled ? inkScale(b, 160, 130) : b) << "model " << c.model << " byte " << i;
         }
     }
 }
 
+// Black is 255 at black input and 0 at white, linear on the diagonal. Mode 0:
+// 255 below level 255 becomes 254; gray[1] = (255 x 126 + 128 x 1) / 127.
+// Mode 1 (the neutral list 255, 128, 0): level 255 keeps its 0; gray[254] =
+// (128 x 1 + 0 x 126) / 127.
 TEST(CmRebuild, BlackTableRules) {
     for (uint8_t blackMode : {0, 1}) {
-        test::MemoryWatch watch;
         CmJob job;
         ColourTableWriter w;
         w.blackMode = blackMode;
-        // Black is 255 at black input and 0 at white, linear on the diagonal.
         w.node = [](uint8_t r, uint8_t g, uint8_t b, uint8_t* inks) {
             inks[0] = inks[1] = inks[2] = 0;
             inks[3] = static_cast<uint8_t>(255 - (r + g + b) / 3);
         };
-        w.neutralList = {255, 128, 0};  // used by black mode 1
+        w.neutralList = {255, 128, 0};
         job.files.putTable(w);
         ASSERT_TRUE(job.runColour());
         const uint8_t* gray = job.lut().grayTable;
-        // Mode 0: 255 below level 255 becomes 254; gray[1] = (255 x 126 + 128 x 1) / 127.
-        // Mode 1: level 255 keeps its 0; gray[254] = (128 x 1 + 0 x 126) / 127.
         const int want[2][4][2] = {{{0, 254}, {1, 254}, {200, 55}, {255, 0}}, {{0, 255}, {253, 2}, {254, 1}, {255, 0}}};
         for (const auto& [v, g] : want[blackMode]) EXPECT_EQ(gray[v], g) << "mode " << int(blackMode) << " at " << v;
         for (int v = 0; v < 255; ++v) EXPECT_NE(gray[v], blackMode == 0 ? 255 : 0) << v;

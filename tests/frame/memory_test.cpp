@@ -22,8 +22,7 @@ TEST(MemoryService, ZeroFillZeroBytesAndTheFailureMessage) {
     ASSERT_NE(p, nullptr);
     for (int i = 0; i < 4096; ++i) ASSERT_EQ(p[i], 0) << i;
     EXPECT_EQ(MemLock(p), p);
-    EXPECT_EQ(MemUnlock(p), 0u);
-    EXPECT_EQ(MemFree(p), 0u);
+    EXPECT_EQ(MemUnlock(p) | MemFree(p), 0u);
     void* first = platform::allocate(0, false);
     void* second = platform::allocate(0, true);
     ASSERT_TRUE(first != nullptr && second != nullptr && first != second);
@@ -33,23 +32,23 @@ TEST(MemoryService, ZeroFillZeroBytesAndTheFailureMessage) {
     EXPECT_EQ(watch.seam().messages, 1u);
     EXPECT_STREQ(watch.seam().lastMessage, "size = 1234567");
     char text[platform::kAllocTextChars];
-    platform::formatAllocFailure(text, 0);
-    EXPECT_STREQ(text, "size = 0");
     platform::formatAllocFailure(text, 0xFFFFFFFFu);  // all 32 bits unsigned
     EXPECT_STREQ(text, "size = 4294967295");
 }
 
+// A failed lock frees the block it could not lock; a failed unlock frees
+// nothing; a failed free keeps the block for a later release.
 TEST(MemoryService, ObtainBlockFollowsTheCallerPattern) {
     test::MemoryWatch watch;
     void* block = nullptr;
     watch.seam().failAllocAt = 1;
     EXPECT_EQ(obtainBlock(8, true, &block), RC_MEM_ALLOC);
-    watch.seam().failLockAt = 1;  // a failed lock frees the block it could not lock
+    watch.seam().failLockAt = 1;
     EXPECT_EQ(obtainBlock(8, true, &block), RC_MEM_LOCK);
     EXPECT_EQ(watch.seam().liveBlocks, 0);
     ASSERT_EQ(obtainBlock(8, true, &block), RC_OK);
     watch.seam().failUnlockAt = watch.seam().unlocks + 1;
-    EXPECT_EQ(releaseBlock(block), RC_MEM_UNLOCK);  // not freed after a failed unlock
+    EXPECT_EQ(releaseBlock(block), RC_MEM_UNLOCK);
     EXPECT_EQ(watch.seam().liveBlocks, 1);
     watch.seam().failFreeAt = watch.seam().frees + 1;
     EXPECT_EQ(releaseBlock(block), RC_MEM_FREE);

@@ -1,6 +1,6 @@
 // Builds colour table blocks for tests: header parameters, grid levels, node
 // data from a function of the node's input colour, the two neutral lists and
-// an optional data area appended at the end.
+// an optional data area appended at the end. Neutral node i holds 10 i + c in channel c.
 #pragma once
 
 #include <algorithm>
@@ -21,10 +21,8 @@ struct ColourTableWriter {
     int8_t saturationOffset = 0;
     int8_t adjustMinimum[3] = {};
     int16_t inkParam[5] = {100, 100, 0, 0, 0};
-    int16_t auxParam[4] = {};
     std::vector<uint8_t> extraData;  // optional data area
     std::vector<uint8_t> neutralList;   // n values; empty: 200 + i
-    std::vector<uint8_t> neutralNodes;  // n x channels; empty: 10 x i + c
     // Ink bytes of a node from its red, green, blue levels. The default is a
     // simple CMYK separation: c, m, y = 255 - r, g, b; black = their minimum / 2.
     // Empty: defaultNode(channels).
@@ -60,7 +58,6 @@ struct ColourTableWriter {
         }
         out[39] = static_cast<uint8_t>(saturationOffset);
         for (int i = 0; i < 5; ++i) putBe16(out, 48 + 2 * i, inkParam[i]);
-        for (int i = 0; i < 4; ++i) putBe16(out, 64 + 2 * i, auxParam[i]);
         for (int i = 0; i < 3; ++i) out[72 + i] = gridCount[i];
         out[75] = channels;
         std::vector<uint8_t> lv[3];
@@ -81,7 +78,7 @@ struct ColourTableWriter {
         for (int i = 0; i < n; ++i) out.push_back(neutralList.empty() ? static_cast<uint8_t>(200 + i) : neutralList[i]);
         for (int i = 0; i < n; ++i)
             for (int c = 0; c < channels; ++c)
-                out.push_back(neutralNodes.empty() ? static_cast<uint8_t>(10 * i + c) : neutralNodes[i * channels + c]);
+                out.push_back(static_cast<uint8_t>(10 * i + c));
         if (!extraData.empty()) {
             putU32le(out, 16, static_cast<uint32_t>(out.size()));
             putU32le(out, 20, static_cast<uint32_t>(extraData.size()));

@@ -15,10 +15,12 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <array>
 #include <cstdint>
 #include <functional>
 #include <initializer_list>
+#include <numeric>
 #include <vector>
 
 #include "halftone/ht_context.h"
@@ -56,8 +58,8 @@ constexpr uint16_t kDotSplitId = 200;
 
 // n levels spread evenly from 0 to 255 (level i = 255 i / (n - 1)).
 inline Bytes evenLevels(unsigned n) {
-    Bytes levels;
-    for (unsigned i = 0; i < n; ++i) levels.push_back(static_cast<uint8_t>(255 * i / (n - 1)));
+    Bytes levels(n);
+    for (unsigned i = 0; i < n; ++i) levels[i] = static_cast<uint8_t>(255 * i / (n - 1));
     return levels;
 }
 
@@ -80,7 +82,7 @@ inline Bytes thresholdMatrixBlock(uint8_t widthByte, uint8_t heightByte, const s
 // 0, 1, 2 ... cells - 1: every threshold once.
 inline std::vector<uint16_t> rampValues(unsigned cells) {
     std::vector<uint16_t> values(cells);
-    for (unsigned i = 0; i < cells; ++i) values[i] = static_cast<uint16_t>(i);
+    std::iota(values.begin(), values.end(), uint16_t{0});
     return values;
 }
 
@@ -98,10 +100,8 @@ inline Bytes dotSplitBlock(const std::function<DotSplitRow(int)>& rowFor) {
 
 // A split that puts a level's ink into small dots up to 85, then medium, then large.
 inline DotSplitRow layeredSplit(int level) {
-    const int s = level < 85 ? level : 85;
-    const int m = level < 85 ? 0 : (level < 170 ? level - 85 : 85);
-    const int l = level < 170 ? 0 : level - 170;
-    return {static_cast<uint8_t>(s), static_cast<uint8_t>(m), static_cast<uint8_t>(l)};
+    const auto layer = [level](int from) { return static_cast<uint8_t>(std::clamp(level - from, 0, 85)); };
+    return {layer(0), layer(85), layer(170)};
 }
 
 // Dot-split descriptor as colour management keeps it in extraData.
@@ -148,17 +148,15 @@ struct ColourLut {
     ColourLut(const Bytes& levels, const std::function<Node(int, int, int)>& nodeAt,
               int32_t inkParam0 = 250, int32_t inkParam1 = 100)
         : descriptor(dotSplitDescriptor(kDotSplitId)) {
-        const unsigned n = static_cast<unsigned>(levels.size());
-        for (unsigned a = 0; a < n; ++a)
-            for (unsigned b = 0; b < n; ++b)
-                for (unsigned c = 0; c < n; ++c) {
-                    const Node node = nodeAt(levels[a], levels[b], levels[c]);
-                    nodes.insert(nodes.end(), node.begin(), node.end());
-                }
+        const auto n = static_cast<unsigned>(levels.size());
+        for (unsigned i = 0; i < n * n * n; ++i) {
+            const Node node = nodeAt(levels[i / n / n], levels[i / n % n], levels[i % n]);
+            nodes.insert(nodes.end(), node.begin(), node.end());
+        }
         lut.channels = 4;
         for (unsigned axis = 0; axis < 3; ++axis) {
             lut.gridCount[axis] = n;
-            for (unsigned i = 0; i < n; ++i) lut.grid[axis][i] = levels[i];
+            std::copy(levels.begin(), levels.end(), lut.grid[axis]);
         }
         lut.inkParam[0] = inkParam0;
         lut.inkParam[1] = inkParam1;
@@ -185,15 +183,16 @@ struct HtBlocks {
     Bytes dotSplit = dotSplitBlock(layeredSplit);
 };
 
-// Settings with the usual defaults: one-bit error diffusion, monochrome, 720 x 720.
-inline HtSettings htSettings(uint32_t method, uint32_t colourMode, uint32_t outputBits, uint32_t width = 64) {
+// Settings with the usual defaults: dither mode 1, 720 x 720, 64 pixels wide.
+inline HtSettings htSettings(uint32_t method, uint32_t colourMode, uint32_t outputBits, uint32_t width = 64,
+                             uint32_t resolutionX = 720, uint32_t resolutionY = 720) {
     HtSettings s{};
     s.method = method;
     s.ditherMode = 1;
     s.inputFormat = colourMode == 0 ? 0 : 3;
     s.colourMode = colourMode;
-    s.resolutionX = 720;
-    s.resolutionY = 720;
+    s.resolutionX = resolutionX;
+    s.resolutionY = resolutionY;
     s.outputBits = outputBits;
     s.width = width;
     return s;
@@ -201,9 +200,8 @@ inline HtSettings htSettings(uint32_t method, uint32_t colourMode, uint32_t outp
 
 // True when no slot holds a block or a view.
 inline bool allSlotsEmpty(const HtContext& ctx) {
-    for (const HtBuffer& b : ctx.buffers)
-        if (b.handle != nullptr || b.data != nullptr) return false;
-    return true;
+    return std::all_of(std::begin(ctx.buffers), std::end(ctx.buffers),
+                       [](const HtBuffer& b) { return b.handle == nullptr && b.data == nullptr; });
 }
 
 // An instance created by HalftoneNew and fed every block its protocol asks
@@ -236,9 +234,9 @@ struct HtInstance {
     HtInstance& operator=(const HtInstance&) = delete;
 
     // One further call, as a driver would make it.
-    uint32_t feed(const Bytes& block, uint32_t* next = nullptr) {
-        uint32_t ignored = 0;
-        return HalftoneSetResource(ctx, block.data(), next ? next : &ignored);
+    uint32_t feed(const Bytes& block) {
+        uint32_t next = 0;
+        return HalftoneSetResource(ctx, block.data(), &next);
     }
 };
 

@@ -58,11 +58,6 @@ struct IndexTextWriter {
         return out;
     }
 
-    const uint8_t* bytes(std::string& storage) const {
-        storage = text();
-        return reinterpret_cast<const uint8_t*>(storage.c_str());
-    }
-
 private:
     std::string names(const std::vector<std::string>& list) const {
         std::string out;

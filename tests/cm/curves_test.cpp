@@ -1,0 +1,256 @@
+// The arithmetic of colour management worked by hand: logarithms, gamma,
+// brightness and contrast, saturation, the colour adjustments, ink scaling,
+// the curve record, and tetrahedral interpolation.
+#include <gtest/gtest.h>
+
+#include <array>
+#include <cmath>
+#include <cstring>
+#include <random>
+#include <vector>
+
+#include "cm/colour_adjust.h"
+#include "cm/gamma.h"
+#include "cm/ink_scale.h"
+#include "cm/interpolate.h"
+#include "cm/log_table.h"
+#include "cm/tone_curves.h"
+#include "support/cm_fixture.h"
+#include "support/memory_watch.h"
+
+namespace inkdot {
+namespace {
+
+using Three = std::array<int32_t, 3>;
+
+// The table holds 5000 ln p rounded for the 97 primes up to 509; logOf adds
+// them over a number's factors.
+TEST(LogTable, RoundedScaledLogarithmsOfThePrimesAddOverFactors) {
+    int j = 0;
+    for (int p = 2; p <= 509; ++p) {
+        bool prime = true;
+        for (int d = 2; d * d <= p; ++d) prime = prime && p % d != 0;
+        if (!prime) continue;
+        EXPECT_EQ(kPrimes[j], p);
+        EXPECT_EQ(kLogTable[j++], static_cast<uint32_t>(std::lround(5000.0 * std::log(p)))) << "prime " << p;
+    }
+    EXPECT_EQ(j, 97);
+    for (int a = 1; a <= 22; ++a)
+        for (int b = 1; a * b <= 511; ++b) ASSERT_EQ(logOf(a * b), logOf(a) + logOf(b)) << a << "x" << b;
+}
+
+TEST(Gamma, RisingAndWithinOneLevelOfThePowerCurve) {
+    for (int g : {100, 101, 120, 149, 150, 151, 180, 220, 233, 260, 300}) {
+        int32_t levels[256];
+        gammaLevels(g, levels);
+        for (int v = 0; v <= 255; ++v) {
+            ASSERT_EQ(levels[v], gammaLevel(v, g)) << "whole curve and single level, " << v << " " << g;
+            ASSERT_LE(std::abs(levels[v] - 255.0 * std::pow(v / 255.0, g / 100.0)), g == 100 ? 1e-9 : 1.0) << v << " " << g;
+            ASSERT_TRUE(v == 0 || levels[v] >= levels[v - 1]) << v << " gamma " << g;
+        }
+        EXPECT_EQ(std::pair(levels[0], levels[255]), std::pair(0, 255)) << g;
+    }
+    // 255 x (128 / 255)^2 = 64.25 rounds to 64; (129 / 255)^2 x 255 = 65.26 to 65.
+    EXPECT_EQ(gammaLevel(128, 200), 64);
+    EXPECT_EQ(gammaLevel(129, 200), 65);
+}
+
+TEST(ToneCurves, BrightnessAndContrastWorkedValues) {
+    // Brightness 50: D = 200, P = 64, A = 118, linear below P, cubic from P;
+    // -50: P = 192, cubic below P, linear from P. Contrast 50: D = 200,
+    // P1 = 96, A1 = 474, P2 = 160, A2 = 474; -50: (T - 128) / 2 + 128.
+    // Brightness -50 then contrast 50: T[160] = 73 and A2 x (73 - 256)^3 needs
+    // 64 bits: -2904902838 / 6553600 + 256 < 0 gives 0 (32 bits would wrap to 255).
+    // Contrast 40: D = 166, P2 = 466 x 128 / 332 = 179, A2 = 10878976 / 17787 =
+    // 611; T[179] = 611 x (-77)^3 / 6553600 + 256 = 256 - 42 = 214 (linear: 212).
+    const struct { int32_t b, k; int i, want; } cases[] = {
+        {50, 0, 10, 20},    {50, 0, 63, 126},   {50, 0, 64, 129},  {50, 0, 128, 219},  {50, 0, 255, 255},
+        {-50, 0, 100, 18},  {-50, 0, 191, 125}, {-50, 0, 192, 128}, {-50, 0, 255, 254}, {0, 50, 50, 9},
+        {0, 50, 100, 72},   {0, 50, 128, 128},  {0, 50, 200, 244}, {0, -50, 0, 64},    {0, -50, 255, 191},
+        {-50, 50, 160, 0},  {-50, 50, 191, 94}, {0, 40, 179, 214}, {0, 40, 178, 211},
+    };
+    for (const auto& c : cases) {
+        int32_t t[256];
+        brightnessContrastCurve(c.b, c.k, t);
+        EXPECT_EQ(t[c.i], c.want) << "brightness " << c.b << " contrast " << c.k << " at " << c.i;
+    }
+}
+
+TEST(Saturation, SpreadsFromTheSmallestComponent) {
+    const struct { int32_t s; Three rgb, want; } cases[] = {
+        {50, {10, 60, 110}, {10, 85, 160}},    // red smallest: k1 = 150
+        {50, {10, 10, 110}, {10, 10, 160}},    // r <= g, b >= r
+        {50, {60, 10, 110}, {85, 10, 160}},    // green smallest
+        {50, {60, 110, 10}, {80, 150, 10}},    // blue smallest: weaker k2 = 140
+        {-50, {10, 60, 110}, {10, 35, 60}},    // k1 = 50
+        {-50, {60, 110, 10}, {40, 70, 10}},    // k2 = 100 - 40 = 60: (50 x 60) / 100 + 10
+        {-1, {60, 110, 10}, {60, 110, 10}},    // k2 = 100 + (-80 / 100) = 100: no change
+        {1, {10, 60, 110}, {10, 60, 111}},     // k1 = 101: 10 + (50 x 101) / 100 = 60, 10 + 101
+        {50, {10, 200, 250}, {10, 255, 255}},  // limited to 255
+        {27, {128, 128, 128}, {128, 128, 128}},  // gray passes unchanged
+        {-100000, {10, 60, 110}, {10, 0, 0}},    // any factor stays in 0..255
+    };
+    for (const auto& c : cases) {
+        Three v = c.rgb;
+        spreadSaturation(c.s, v[0], v[1], v[2]);
+        EXPECT_EQ(v, c.want) << c.s << " " << c.rgb[0] << "," << c.rgb[1] << "," << c.rgb[2];
+    }
+}
+
+TEST(ColourAdjust, WorkedCases) {
+    enum Kind { kDominant, kMinimum, kHue };
+    const struct { Kind kind; Three v; std::array<int16_t, 3> p; Three want; const char* why; } cases[] = {
+        // The unique maximum moves toward the next by its percentage of the gap.
+        {kDominant, {200, 100, 50}, {50, 0, 0}, {150, 100, 50}, "cyan leads"},
+        {kDominant, {200, 100, 50}, {0, 50, 50}, {200, 100, 50}, "cyan's percentage counts"},
+        {kDominant, {10, 90, 40}, {0, 25, 0}, {10, 78, 40}, "90 - (50 x 25) / 100"},
+        {kDominant, {50, 200, 100}, {0, 50, 0}, {50, 150, 100}, "magenta leads, toward yellow above cyan"},
+        {kDominant, {50, 100, 200}, {0, 0, 50}, {50, 100, 150}, "yellow leads, above magenta above cyan"},
+        {kDominant, {200, 100, 50}, {250, 0, 0}, {0, 100, 50}, "below 0 becomes 0"},
+        {kDominant, {200, 200, 50}, {50, 50, 50}, {200, 200, 50}, "two equal maxima"},
+        // The others move away from the unique minimum by its percentage of their gap.
+        {kMinimum, {200, 100, 50}, {0, 0, 50}, {175, 75, 50}, "yellow minimum"},
+        {kMinimum, {30, 100, 10}, {0, 0, 200}, {0, 60, 10}, "30 - 40 becomes 0"},
+        {kMinimum, {30, 100, 10}, {0, 0, -50}, {40, 110, 10}, "negative widens, no upper limit"},
+        {kMinimum, {200, 50, 50}, {90, 90, 90}, {200, 50, 50}, "two equal minima"},
+        // Hue: difference 50, percentage 1: (50 + 50) / 100 = 1, half away from zero.
+        {kHue, {50, 100, 200}, {1, 0, 0}, {50, 99, 200}, "cyan min, h >= 0: magenta"},
+        {kHue, {50, 100, 200}, {-1, 0, 0}, {50, 100, 199}, "cyan min, h < 0: yellow"},
+        {kHue, {100, 50, 200}, {0, 1, 0}, {100, 50, 199}, "magenta min, h >= 0: yellow"},
+        {kHue, {100, 50, 200}, {0, -1, 0}, {99, 50, 200}, "magenta min, h < 0: cyan"},
+        {kHue, {200, 100, 50}, {0, 0, 1}, {199, 100, 50}, "yellow min, h >= 0: cyan"},
+        {kHue, {200, 100, 50}, {0, 0, -1}, {200, 99, 50}, "yellow min, h < 0: magenta"},
+        {kHue, {50, 100, 200}, {0, 0, 0}, {50, 100, 200}, "0 + 50 truncates to 0"},
+        {kHue, {0, 100, 200}, {50, 0, 0}, {0, 50, 200}, "(100 x 50 + 50) / 100 = 50"},
+        {kHue, {0, 100, 200}, {127, 0, 0}, {0, 0, 200}, "100 - 127 limited to 0"},
+        {kHue, {200, 50, 50}, {9, 9, 9}, {200, 50, 50}, "two equal minima"},
+    };
+    for (const auto& c : cases) {
+        Three v = c.v;
+        const std::array<uint16_t, 3> u{uint16_t(c.p[0]), uint16_t(c.p[1]), uint16_t(c.p[2])};
+        if (c.kind == kDominant) adjustDominant(v.data(), u.data());
+        if (c.kind == kMinimum) adjustMinimum(v.data(), c.p.data());
+        if (c.kind == kHue) adjustHue(v.data(), c.p.data());
+        EXPECT_EQ(v, c.want) << c.why;
+    }
+}
+
+TEST(InkScale, WorkedValues) {
+    const struct { int v, a, b, want; const char* why; } cases[] = {
+        {128, 150, 100, 114, "t = 127^2 x 50 + 1 = 806451, u = (3162 + 25500) / 100 = 286, (143 + 32640) / 286"},
+        {0, 150, 100, 0, "u = (12750 + 25500) / 100 = 382; (191 + 0) / 382"},
+        {255, 150, 100, 255, "t = 1, u = 255"},
+        {1, 150, 100, 1, "u = 381: (190 + 255) / 381; without the half divisor 0"},
+        {11, 150, 100, 8, "t = 244^2 x 50 + 1, u = (11673 + 25500) / 100 = 371: (185 + 2805) / 371 = 8.06"},
+        {77, 100, 100, 77, "100 % is the identity"},
+        {200, 50, 50, 255, "u = 127: (63 + 51000) / 127 = 402, clamped"},
+        {77, 0, 0, 77, "u = 0: the value stays"},
+        {200, 0, -1000, 0, "negative u: clamped to 0"},
+    };
+    for (const auto& c : cases) EXPECT_EQ(inkScale(uint8_t(c.v), c.a, c.b), c.want) << c.why;
+    for (int v = 0; v <= 255; ++v) (void)inkScale(static_cast<uint8_t>(v), 32767, -32768);  // wraps in 32 bits
+}
+
+// Offset 50 lifts red and clips at 255; smoothing (v[i-1] + v[i] + v[i+1]) / 3
+// from the left then creeps along the top: 204 sees (254 + 254 + 255) / 3.
+// Gamma 0 in chunk 1 means 150, the curves' own: identity. Ready-made curves from chunk 256 skip every check.
+TEST(CurveBuild, OffsetGammaAndReadyMadeCurvesApplied) {
+    test::MemoryWatch watch;
+    constexpr CurveLayout kNodeLayout{4, {1, 2, 3}};
+    int32_t gamma = 0;
+    uint8_t ready[768];
+    for (int i = 0; i < 768; ++i) ready[i] = static_cast<uint8_t>(i * 7);
+    test::ChunkDir dir;
+    dir.add(1u, &gamma);
+    const struct { int32_t offsetR, gamma; bool ready; std::vector<std::array<int, 3>> entries; } cases[] = {
+        {0, 0, false, {{0, 0, 0}, {1, 100, 100}, {2, 255, 255}}},
+        {50, 0, false, {{0, 0, 50}, {0, 100, 150}, {0, 204, 254}, {0, 253, 254}, {0, 254, 255}, {1, 100, 100}}},
+        {0, 999, true, {{0, 1, 7}, {1, 0, 0}, {2, 255, 249}}},
+    };
+    for (const auto& c : cases) {
+        CmSettings1 s{};
+        s.chunkDir = dir.get();
+        s.offsetR = c.offsetR;
+        gamma = c.gamma;
+        if (c.ready) {
+            dir.add(256, ready);
+            s.curveSource = 1;
+            s.brightness = 200;
+        }
+        CurveRecord* rec = nullptr;
+        ASSERT_EQ(buildCurves(s, kNodeLayout, &rec), RC_OK);
+        for (const auto& [k, i, want] : c.entries) EXPECT_EQ(rec->curve[k][i], want) << c.offsetR << " " << c.gamma;
+        EXPECT_EQ(rec->componentPos[2], 3u);
+        EXPECT_EQ(releaseCurves(rec), RC_OK);
+    }
+    CurveRecord* rec = nullptr;
+    // Applied: the component bytes only, also in place; green 85 + 10, saturation 50.
+    CmSettings1 s{};
+    s.offsetG = 10;
+    s.saturation = 50;
+    ASSERT_EQ(buildCurves(s, kNodeLayout, &rec), RC_OK);
+    uint8_t src[8] = {0xAA, 10, 60, 110, 0xBB, 7, 7, 7};
+    uint8_t dst[8] = {1, 2, 3, 4, 5, 6, 7, 8};
+    EXPECT_EQ(applyCurves(*rec, 2, src, dst), RC_OK);
+    EXPECT_EQ(std::vector<uint8_t>(dst, dst + 8), (std::vector<uint8_t>{1, 10, 95, 160, 5, 7, 17, 7}));
+    applyCurves(*rec, 2, src, src);
+    EXPECT_EQ(std::vector<uint8_t>(src, src + 8), (std::vector<uint8_t>{0xAA, 10, 95, 160, 0xBB, 7, 17, 7}));
+    EXPECT_EQ(releaseCurves(rec), RC_OK);
+}
+
+// A CmLut over node data value(i0, i1, i2, c), levels the same on every axis.
+struct Grid {
+    CmLut lut{};
+    std::vector<uint8_t> data;
+    template <typename F>
+    Grid(const std::vector<uint8_t>& levels, uint32_t channels, F value) {
+        const auto n = static_cast<uint32_t>(levels.size());
+        lut.channels = channels;
+        for (int a = 0; a < 3; ++a) {
+            lut.gridCount[a] = n;
+            std::copy(levels.begin(), levels.end(), lut.grid[a]);
+        }
+        for (uint32_t i = 0; i < n * n * n * channels; ++i)
+            data.push_back(value(i / channels / n / n, i / channels / n % n, i / channels % n, i % channels));
+        lut.lutData = data.data();
+    }
+};
+
+TEST(Interpolate, WorkedTetrahedra) {
+    // Two points per axis, one channel, eight unrelated node values (index a*4 + b*2 + c).
+    const uint8_t v[8] = {10, 30, 90, 200, 250, 60, 120, 40};
+    const Grid g({0, 255}, 1, [&](uint32_t a, uint32_t b, uint32_t c, uint32_t) { return v[a * 4 + b * 2 + c]; });
+    const std::vector<uint8_t> rgb = {
+        200, 100, 50,   // fx >= fy >= fz: V000 55, V100 100, V110 50, V111 50 -> (550 + 25000 + 6000 + 2000) / 255
+        200, 30, 50,    // fx >= fz > fy: V000 55, V100 150, V101 20, V111 30 -> (550 + 37500 + 1200 + 1200) / 255
+        100, 50, 200,   // fz > fx >= fy: V000 55, V001 100, V101 50, V111 50 -> (550 + 3000 + 3000 + 2000) / 255
+        100, 200, 50,   // fy > fx >= fz: V000 55, V010 100, V110 50, V111 50 -> (550 + 9000 + 6000 + 2000) / 255
+        100, 200, 150,  // fy >= fz > fx: V000 55, V010 50, V011 50, V111 100 -> (550 + 4500 + 10000 + 4000) / 255
+        100, 150, 200,  // fz > fy > fx: V000 55, V001 50, V011 50, V111 100 -> (550 + 1500 + 10000 + 4000) / 255
+    };
+    std::vector<uint8_t> out(6);
+    interpolateRgb(g.lut, 6, rgb.data(), out.data());
+    EXPECT_EQ(out, (std::vector<uint8_t>{131, 158, 33, 68, 74, 62}));
+}
+
+// Sister paths agree: four channels at once (the packed lanes) against each
+// channel through a one-channel grid of its own, on uneven levels, with the
+// pixels' components in another order and a padding byte.
+TEST(Interpolate, FourChannelPathAgreesWithSingleChannels) {
+    std::mt19937 rng(2024);
+    std::vector<uint8_t> values(9 * 9 * 9 * 4), src(4 * 3000), got(4 * 3000), one(3000);
+    for (auto& b : values) b = static_cast<uint8_t>(rng());
+    for (auto& b : src) b = static_cast<uint8_t>(rng());
+    const std::vector<uint8_t> levels{0, 1, 30, 31, 100, 180, 181, 254, 255};
+    const auto node = [&](uint32_t a, uint32_t b, uint32_t c, uint32_t ch) { return values[((a * 9 + b) * 9 + c) * 4 + ch]; };
+    const PixelLayout layout{4, 3, 1, 0};
+    interpolatePixels(Grid(levels, 4, node).lut, layout, 3000, src.data(), got.data());
+    for (uint32_t ch = 0; ch < 4; ++ch) {
+        const Grid single(levels, 1, [&](uint32_t a, uint32_t b, uint32_t c, uint32_t) { return node(a, b, c, ch); });
+        interpolatePixels(single.lut, layout, 3000, src.data(), one.data());
+        for (uint32_t p = 0; p < 3000; ++p) ASSERT_EQ(got[4 * p + ch], one[p]) << "pixel " << p << " channel " << ch;
+    }
+}
+
+}  // namespace
+}  // namespace inkdot
