@@ -46,10 +46,6 @@ struct Output {
     const uint8_t* plane(unsigned k) const { return bytes.data() + kGuard + k * kStride; }
 };
 
-unsigned pixelAt(const KernelSetup& k, const uint8_t* plane, uint32_t i) {
-    return k.outputBits == 1 ? bitAt(plane, i) : codeAt(plane, i);
-}
-
 // One run of `count` random pixels from column 5 of line 3.
 struct Scenario {
     KernelSetup setup;
@@ -82,7 +78,7 @@ TEST(EveryKernel, BitOffsetShiftsTheRunAndNothingOutsideItIsTouched) {
         ASSERT_EQ(plain.run(in, 0, kCount), RC_OK);
         uint32_t dots = 0;  // the tables must print some pixels and leave others
         for (unsigned p = 0; p < planes; ++p)
-            for (uint32_t i = 0; i < kCount; ++i) dots += pixelAt(k, plain.out.plane(p), i) != 0;
+            for (uint32_t i = 0; i < kCount; ++i) dots += pixelAt(k.outputBits, plain.out.plane(p), i) != 0;
         ASSERT_GT(dots, 0u);
         ASSERT_LT(dots, planes * kCount);
         for (uint32_t b = 1; b < perByte; b += 2) {
@@ -97,10 +93,10 @@ TEST(EveryKernel, BitOffsetShiftsTheRunAndNothingOutsideItIsTouched) {
                     EXPECT_EQ(std::vector<uint8_t>(s, s + kStride), std::vector<uint8_t>(kStride, kFill)) << p;
                     continue;
                 }
-                for (uint32_t i = 0; i < b; ++i) ASSERT_EQ(pixelAt(k, s, i), pixelAt(k, fill.plane(0), i));
+                for (uint32_t i = 0; i < b; ++i) ASSERT_EQ(pixelAt(k.outputBits, s, i), pixelAt(k.outputBits, fill.plane(0), i));
                 for (uint32_t i = 0; i < kCount; ++i)
-                    ASSERT_EQ(pixelAt(k, s, b + i), pixelAt(k, plain.out.plane(p), i)) << "plane " << p << " pixel " << i;
-                for (uint32_t i = b + kCount; i < usedBytes * perByte; ++i) ASSERT_EQ(pixelAt(k, s, i), 0u);
+                    ASSERT_EQ(pixelAt(k.outputBits, s, b + i), pixelAt(k.outputBits, plain.out.plane(p), i)) << "plane " << p << " pixel " << i;
+                for (uint32_t i = b + kCount; i < usedBytes * perByte; ++i) ASSERT_EQ(pixelAt(k.outputBits, s, i), 0u);
                 for (uint32_t i = usedBytes; i < kStride; ++i) ASSERT_EQ(s[i], kFill);
             }
             for (uint32_t i = 0; i < kGuard; ++i) ASSERT_EQ(shifted.out.bytes[i], kFill);
@@ -132,6 +128,67 @@ TEST(EveryKernel, DoublingEqualsEachPixelGivenTwice) {
             ASSERT_EQ(doubled.run(in, 0, count), RC_OK);
             EXPECT_EQ(doubled.out.bytes, plain.out.bytes);
             for (unsigned l = 0; l < 4; ++l) EXPECT_EQ(doubled.hc.errorLines[l], plain.hc.errorLines[l]) << l;
+        }
+    }
+}
+
+// Sister kernels agree over random runs on random tables: a kernel that
+// halves (scaleMode -1) prints what its sister prints from the input pairs
+// reduced byte by byte to the smaller byte (the larger in the one-bit
+// 1440 x 720 class), or reads one pixel per output pixel (kSame); the
+// DoubleY dither kernels without halving are their sisters outright; the
+// hybrid's planes 0, 2 and 3 are Dither1Colour's.
+TEST(EveryKernel, SisterKernelsAgree) {
+    enum Reduce { kSame, kSmaller, kLarger };
+    struct Sister {
+        KernelSetup a, b;
+        Reduce reduce;
+        unsigned planes;  // compared planes; error lines too when all the kernel writes
+    };
+    const auto halving = [](KernelSetup s) { return (s.scaleMode = -1, s); };
+    const KernelSetup mono2 = monoSetup(2), colour2 = colourSetup(2), ed2y = edSetup(1, 2, 360, 720);
+    KernelSetup ink2y = ed2y, hybrid = colourSetup();
+    ink2y.inputFormat = 4;
+    hybrid.ditherMode = 0;
+    const Sister sisters[] = {
+        {halving(doubleY(mono2)), mono2, kSmaller, 1},    {halving(doubleY(colour2)), colour2, kSmaller, 15},
+        {doubleY(mono2), mono2, kSame, 1},                {doubleY(colour2), colour2, kSame, 15},
+        {halving(monoSetup()), monoSetup(), kSmaller, 1}, {halving(mono2), mono2, kSame, 1},
+        {edSetup(0, 1, 360, 360, -1), edSetup(0, 1, 360, 360), kSmaller, 1},
+        {edSetup(0, 1, 1440, 720, -1), edSetup(0, 1, 1440, 720), kLarger, 1},
+        {edSetup(0, 1, 360, 720, -1), edSetup(0, 1, 360, 720), kSmaller, 1},
+        {edSetup(0, 2, 360, 720, -1), edSetup(0, 2, 360, 720), kSmaller, 1},
+        {halving(ed2y), ed2y, kSmaller, 15},              {halving(ink2y), ink2y, kSmaller, 15},
+        {edSetup(1, 2, 720, 720, -1), edSetup(1, 2, 720, 720), kSame, 15},
+        {hybrid, colourSetup(), kSame, 13},
+    };
+    std::mt19937 rng(23);
+    for (const Sister& s : sisters) {
+        Scenario a(s.a), b(s.b);
+        SCOPED_TRACE(testing::Message() << chooseKernel(a.hc.ready()).name << " / " << chooseKernel(b.hc.ready()).name);
+        const uint32_t pixelBytes = s.a.colourMode ? (s.a.inputFormat == 4 ? 4 : 3) : 1;
+        const uint32_t perPixel = s.reduce == kSame ? 1 : 2;
+        for (uint32_t line = 0; line < 12; ++line) {
+            const uint32_t count = 1 + rng() % 61, startX = rng() % (65 - count), bitOffset = rng() % 4;
+            std::vector<uint8_t> in = randomPixels(perPixel * count * pixelBytes, rng());
+            for (uint32_t i = 0; i < in.size(); i += pixelBytes)
+                if (rng() % 4 == 0) std::fill_n(&in[i], pixelBytes, s.a.inputFormat == 4 ? 0 : 255);  // white
+            std::vector<uint8_t> reduced = in;
+            if (s.reduce != kSame) {
+                reduced.resize(count * pixelBytes);
+                for (uint32_t i = 0; i < reduced.size(); ++i) {
+                    const uint8_t* pair = &in[i / pixelBytes * 2 * pixelBytes + i % pixelBytes];
+                    reduced[i] = s.reduce == kSmaller ? std::min(pair[0], pair[pixelBytes]) : std::max(pair[0], pair[pixelBytes]);
+                }
+            }
+            ASSERT_EQ(a.hc.run(in.data(), a.out.dst(), kStride, bitOffset, count, startX, line), RC_OK);
+            ASSERT_EQ(b.hc.run(reduced.data(), b.out.dst(), kStride, bitOffset, count, startX, line), RC_OK);
+            for (unsigned p = 0; p < 4; ++p) {
+                if (s.planes >> p & 1) {
+                    ASSERT_TRUE(std::equal(a.out.plane(p), a.out.plane(p) + kStride, b.out.plane(p))) << p;
+                }
+            }
+            for (unsigned l = 0; l < 4 && s.planes != 13; ++l) ASSERT_EQ(a.hc.errorLines[l], b.hc.errorLines[l]) << line;
         }
     }
 }
@@ -174,7 +231,7 @@ TEST(EveryKernel, WhiteRunPrintsNothingAndLeavesNoError) {
         const std::vector<uint8_t> white(8 * 36, k.inputFormat == 4 ? 0 : 255);
         ASSERT_EQ(s.run(white, 0, 36), RC_OK);
         for (unsigned p = 0; p < (k.colourMode ? 4u : 1u); ++p)
-            for (uint32_t i = 0; i < 36; ++i) ASSERT_EQ(pixelAt(k, s.out.plane(p), i), 0u) << "plane " << p;
+            for (uint32_t i = 0; i < 36; ++i) ASSERT_EQ(pixelAt(k.outputBits, s.out.plane(p), i), 0u) << "plane " << p;
         for (const auto& line : s.hc.errorLines) EXPECT_EQ(line, std::vector<int32_t>(line.size(), 0));
     }
 }
