@@ -104,112 +104,83 @@ TEST(EveryKernel, BitOffsetShiftsTheRunAndNothingOutsideItIsTouched) {
     }
 }
 
-// Doubling (scaleMode 1) is the plain reading of every input pixel twice,
-// for three-byte and ink input alike.
-TEST(EveryKernel, DoublingEqualsEachPixelGivenTwice) {
-    const std::vector<uint8_t> in = randomPixels(4 * 40, 4);
-    std::vector<KernelSetup> setups = everyKernelSetup();
-    for (KernelSetup k : everyKernelSetup()) {
-        k.inputFormat = 4;
-        if (k.colourMode != 0) setups.push_back(k);
-    }
-    for (KernelSetup k : setups) {
-        const uint32_t pixelBytes = k.colourMode ? (k.inputFormat == 4 ? 4 : 3) : 1;
-        for (uint32_t count : {30u, 31u}) {
-            std::vector<uint8_t> twice;
-            for (uint32_t i = 0; i < count; ++i)
-                twice.insert(twice.end(), in.begin() + (i / 2) * pixelBytes, in.begin() + (i / 2 + 1) * pixelBytes);
-            k.scaleMode = 0;
-            Scenario plain(k);
-            k.scaleMode = 1;
-            Scenario doubled(k);
-            SCOPED_TRACE(testing::Message() << chooseKernel(doubled.hc.ready()).name << ", " << count << " pixels");
-            ASSERT_EQ(plain.run(twice, 0, count), RC_OK);
-            ASSERT_EQ(doubled.run(in, 0, count), RC_OK);
-            EXPECT_EQ(doubled.out.bytes, plain.out.bytes);
-            for (unsigned l = 0; l < 4; ++l) EXPECT_EQ(doubled.hc.errorLines[l], plain.hc.errorLines[l]) << l;
-        }
-    }
-}
-
-// Sister kernels agree over random runs on random tables: a kernel that
-// halves (scaleMode -1) prints what its sister prints from the input pairs
-// reduced byte by byte to the smaller byte (the larger in the one-bit
-// 1440 x 720 class), or reads one pixel per output pixel (kSame); the
-// DoubleY dither kernels without halving are their sisters outright; the
-// hybrid's planes 0, 2 and 3 are Dither1Colour's.
+// Sister kernels agree over random runs (on next and skipped lines, at any
+// offset, with white pixels) on the same random tables. Doubling (scaleMode
+// 1) is the plain reading of every input pixel twice. A kernel that halves
+// (scaleMode -1) prints what its sister prints from the input pairs reduced
+// byte by byte to the smaller byte (the larger in the one-bit monochrome
+// 1440 x 720 class), or reads one pixel per output pixel (kSame): the plain
+// one-bit colour kernels are so the cached ones' sisters. inputFormat 2 and
+// 3 are one layout. The DoubleY dither kernels without halving are their
+// sisters outright; the hybrid's planes 0, 2 and 3 are Dither1Colour's;
+// three-plane output (colourMode 2) is the first three planes and lines.
 TEST(EveryKernel, SisterKernelsAgree) {
-    enum Reduce { kSame, kSmaller, kLarger };
+    enum Reduce { kSame, kSmaller, kLarger, kTwice };
     struct Sister {
         KernelSetup a, b;
         Reduce reduce;
-        unsigned planes;  // compared planes; error lines too when all the kernel writes
+        unsigned planes = 15, lines = 4;  // compared planes (a mask) and error lines
     };
-    const auto halving = [](KernelSetup s) { return (s.scaleMode = -1, s); };
+    const auto with = [](KernelSetup s, int32_t scaleMode, uint32_t inputFormat = 0) {
+        s.scaleMode = scaleMode;
+        s.inputFormat = inputFormat ? inputFormat : s.inputFormat;
+        return s;
+    };
     const KernelSetup mono2 = monoSetup(2), colour2 = colourSetup(2), ed2y = edSetup(1, 2, 360, 720);
-    KernelSetup ink2y = ed2y, hybrid = colourSetup();
-    ink2y.inputFormat = 4;
-    hybrid.ditherMode = 0;
-    const Sister sisters[] = {
-        {halving(doubleY(mono2)), mono2, kSmaller, 1},    {halving(doubleY(colour2)), colour2, kSmaller, 15},
-        {doubleY(mono2), mono2, kSame, 1},                {doubleY(colour2), colour2, kSame, 15},
-        {halving(monoSetup()), monoSetup(), kSmaller, 1}, {halving(mono2), mono2, kSame, 1},
-        {edSetup(0, 1, 360, 360, -1), edSetup(0, 1, 360, 360), kSmaller, 1},
-        {edSetup(0, 1, 1440, 720, -1), edSetup(0, 1, 1440, 720), kLarger, 1},
-        {edSetup(0, 1, 360, 720, -1), edSetup(0, 1, 360, 720), kSmaller, 1},
-        {edSetup(0, 2, 360, 720, -1), edSetup(0, 2, 360, 720), kSmaller, 1},
-        {halving(ed2y), ed2y, kSmaller, 15},              {halving(ink2y), ink2y, kSmaller, 15},
-        {edSetup(1, 2, 720, 720, -1), edSetup(1, 2, 720, 720), kSame, 15},
-        {hybrid, colourSetup(), kSame, 13},
+    KernelSetup hybrid = colourSetup(), threePlanes = edSetup(1, 1, 360, 360), threePlanes1440 = edSetup(1, 1, 1440, 720);
+    hybrid.ditherMode = 0, threePlanes.colourMode = threePlanes1440.colourMode = 2;
+    std::vector<Sister> sisters = {
+        {with(doubleY(mono2), -1), mono2, kSmaller},    {with(doubleY(colour2), -1), colour2, kSmaller},
+        {doubleY(mono2), mono2, kSame},                 {doubleY(colour2), colour2, kSame},
+        {with(monoSetup(), -1), monoSetup(), kSmaller}, {with(mono2, -1), mono2, kSame},
+        {edSetup(0, 1, 360, 360, -1), edSetup(0, 1, 360, 360), kSmaller},
+        {edSetup(0, 1, 1440, 720, -1), edSetup(0, 1, 1440, 720), kLarger},
+        {edSetup(0, 1, 360, 720, -1), edSetup(0, 1, 360, 720), kSmaller},
+        {edSetup(0, 2, 360, 720, -1), edSetup(0, 2, 360, 720), kSmaller},
+        {with(ed2y, -1), ed2y, kSmaller},               {with(ed2y, -1, 4), with(ed2y, 0, 4), kSmaller},
+        {edSetup(1, 2, 720, 720, -1), edSetup(1, 2, 720, 720), kSame},
+        {edSetup(1, 1, 360, 360, -1), edSetup(1, 1, 360, 360), kSame},
+        {edSetup(1, 1, 1440, 720, -1), edSetup(1, 1, 1440, 720), kSame},
+        {threePlanes, edSetup(1, 1, 360, 360), kSame, 7, 3},
+        {threePlanes1440, edSetup(1, 1, 1440, 720), kSame, 7, 3},
+        {hybrid, colourSetup(), kSame, 13, 0},
     };
+    for (const KernelSetup& k : everyKernelSetup()) {
+        sisters.push_back({with(k, 1), with(k, 0), kTwice});
+        if (k.colourMode == 0) continue;
+        sisters.push_back({with(k, 1, 4), with(k, 0, 4), kTwice});
+        sisters.push_back({with(k, k.scaleMode, 3), with(k, k.scaleMode, 2), kSame});
+        sisters.push_back({with(k, 1, 3), with(k, 1, 2), kSame});
+    }
     std::mt19937 rng(23);
     for (const Sister& s : sisters) {
         Scenario a(s.a), b(s.b);
         SCOPED_TRACE(testing::Message() << chooseKernel(a.hc.ready()).name << " / " << chooseKernel(b.hc.ready()).name);
+        if (s.a.method == 1 && s.a.outputBits == 1) {  // 16-bit matrix values
+            for (size_t i = 0; i < a.hc.matrix.size(); ++i) a.hc.matrix[i] = b.hc.matrix[i] = static_cast<uint16_t>(rng());
+        }
         const uint32_t pixelBytes = s.a.colourMode ? (s.a.inputFormat == 4 ? 4 : 3) : 1;
-        const uint32_t perPixel = s.reduce == kSame ? 1 : 2;
-        for (uint32_t line = 0; line < 12; ++line) {
+        for (uint32_t line = 0; line < 30; line += 1 + rng() % 2) {
             const uint32_t count = 1 + rng() % 61, startX = rng() % (65 - count), bitOffset = rng() % 4;
-            std::vector<uint8_t> in = randomPixels(perPixel * count * pixelBytes, rng());
+            const uint32_t inPixels = s.reduce == kSame ? count : s.reduce == kTwice ? (count + 1) / 2 : 2 * count;
+            std::vector<uint8_t> in = randomPixels(inPixels * pixelBytes, rng()), sister(count * pixelBytes);
             for (uint32_t i = 0; i < in.size(); i += pixelBytes)
                 if (rng() % 4 == 0) std::fill_n(&in[i], pixelBytes, s.a.inputFormat == 4 ? 0 : 255);  // white
-            std::vector<uint8_t> reduced = in;
-            if (s.reduce != kSame) {
-                reduced.resize(count * pixelBytes);
-                for (uint32_t i = 0; i < reduced.size(); ++i) {
-                    const uint8_t* pair = &in[i / pixelBytes * 2 * pixelBytes + i % pixelBytes];
-                    reduced[i] = s.reduce == kSmaller ? std::min(pair[0], pair[pixelBytes]) : std::max(pair[0], pair[pixelBytes]);
-                }
+            for (uint32_t i = 0; i < sister.size(); ++i) {
+                const uint32_t pixel = i / pixelBytes, byte = i % pixelBytes;
+                const uint32_t first = s.reduce == kTwice ? pixel / 2 : s.reduce == kSame ? pixel : 2 * pixel;
+                const uint8_t x = in[first * pixelBytes + byte];
+                const uint8_t y = s.reduce == kSmaller || s.reduce == kLarger ? in[(first + 1) * pixelBytes + byte] : x;
+                sister[i] = s.reduce == kLarger ? std::max(x, y) : std::min(x, y);
             }
             ASSERT_EQ(a.hc.run(in.data(), a.out.dst(), kStride, bitOffset, count, startX, line), RC_OK);
-            ASSERT_EQ(b.hc.run(reduced.data(), b.out.dst(), kStride, bitOffset, count, startX, line), RC_OK);
+            ASSERT_EQ(b.hc.run(sister.data(), b.out.dst(), kStride, bitOffset, count, startX, line), RC_OK);
             for (unsigned p = 0; p < 4; ++p) {
                 if (s.planes >> p & 1) {
                     ASSERT_TRUE(std::equal(a.out.plane(p), a.out.plane(p) + kStride, b.out.plane(p))) << p;
                 }
             }
-            for (unsigned l = 0; l < 4 && s.planes != 13; ++l) ASSERT_EQ(a.hc.errorLines[l], b.hc.errorLines[l]) << line;
-        }
-    }
-}
-
-// inputFormat 2 and 3 are one layout to every colour kernel: the same pixels,
-// three bytes apart, give the same planes and error lines, also when doubled.
-TEST(EveryKernel, Formats2And3ReadTheSameThreeBytePixels) {
-    const std::vector<uint8_t> in = randomPixels(3 * 40, 6);
-    for (KernelSetup k : everyKernelSetup()) {
-        if (k.colourMode == 0) continue;
-        for (int32_t scaleMode : {k.scaleMode, 1}) {
-            k.scaleMode = scaleMode;
-            k.inputFormat = 2;
-            Scenario two(k);
-            k.inputFormat = 3;
-            Scenario three(k);
-            SCOPED_TRACE(testing::Message() << chooseKernel(three.hc.ready()).name << ", scaleMode " << scaleMode);
-            ASSERT_EQ(two.run(in, 1, 37), RC_OK);
-            ASSERT_EQ(three.run(in, 1, 37), RC_OK);
-            EXPECT_EQ(two.out.bytes, three.out.bytes);
-            for (unsigned l = 0; l < 4; ++l) EXPECT_EQ(two.hc.errorLines[l], three.hc.errorLines[l]) << l;
+            for (unsigned l = 0; l < s.lines; ++l) ASSERT_EQ(a.hc.errorLines[l], b.hc.errorLines[l]) << line;
         }
     }
 }
@@ -252,46 +223,6 @@ TEST(EveryKernel, OnlyMonochromeKernelsRefuseOption11) {
         EXPECT_EQ(s.out.bytes, Output{}.bytes);
         EXPECT_EQ(s.hc.ctx.prevLineNo, 99u);
         EXPECT_EQ(s.hc.errorLines[0], std::vector<int32_t>(s.hc.errorLines[0].size(), 0));
-    }
-}
-
-// The cached-table colour kernels are their plain sisters with the tables
-// copied once per call: over runs on repeated, next and skipped lines, at
-// every offset, with white pixels and 16-bit matrix values, they write the
-// same bytes, error cells and run state. With three-plane output (colourMode
-// 2) the cached kernels write planes 0..2 alike and leave plane 3 alone.
-TEST(EveryKernel, CachedColourKernelsEqualTheirPlainSisters) {
-    const std::pair<HtKernel, HtKernel> sisters[] = {{Ed1ColourGeneral, Ed1ColourGeneralB},
-                                                     {Ed1Colour1440x720, Ed1Colour1440x720B}};
-    const KernelSetup k{.inputFormat = 2, .colourMode = 1};
-    std::mt19937 rng(8);
-    std::vector<uint16_t> matrix(16 * 8);
-    for (auto& m : matrix) m = static_cast<uint16_t>(rng());
-    for (auto [plain, cached] : sisters) {
-        KernelSetup threePlanes = k;
-        threePlanes.colourMode = 2;
-        Scenario a(k), b(k), c(threePlanes);
-        for (Scenario* s : {&a, &b, &c}) s->hc.setMatrix(16, 8, matrix);
-        uint32_t line = 0;
-        for (unsigned r = 0; r < 40; ++r) {
-            line += rng() % 3;
-            const uint32_t startX = rng() % 64, count = rng() % (65 - startX), bitOffset = rng() % 8;
-            std::vector<uint8_t> in = randomPixels(3 * count, r);
-            for (uint32_t i = 0; i < in.size(); i += 15) in[i] = in[i + 1] = in[i + 2] = 255;  // every fifth pixel white
-            HtRun run{in.data(), a.out.dst(), kStride, bitOffset, count, startX, line, 0};
-            ASSERT_EQ(plain(a.hc.ctx, run), RC_OK);
-            run.dst = b.out.dst();
-            ASSERT_EQ(cached(b.hc.ctx, run), RC_OK);
-            run.dst = c.out.dst();
-            ASSERT_EQ(cached(c.hc.ctx, run), RC_OK);
-            ASSERT_EQ(a.out.bytes, b.out.bytes) << "run " << r;
-            const auto plane3 = c.out.bytes.begin() + kGuard + 3 * kStride;
-            ASSERT_TRUE(std::equal(c.out.bytes.begin(), plane3, a.out.bytes.begin()));
-            ASSERT_EQ(std::count(plane3, c.out.bytes.end(), kFill), long{kStride});
-            for (unsigned l = 0; l < 3; ++l) ASSERT_EQ(c.hc.errorLines[l], a.hc.errorLines[l]) << "run " << r;
-            for (unsigned l = 0; l < 4; ++l) ASSERT_EQ(a.hc.errorLines[l], b.hc.errorLines[l]) << "run " << r;
-            ASSERT_EQ(a.hc.ctx.prevRunEnd, b.hc.ctx.prevRunEnd);
-        }
     }
 }
 
