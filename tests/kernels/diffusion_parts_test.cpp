@@ -1,5 +1,5 @@
 // The shared parts of the kernels on hand-worked cases: the continuity rule,
-// the paired threshold rule, the node neighbour test, and the spread patterns
+// the node neighbour test, and the spread patterns
 // (each delivers its weight; a row spread without a jump equals the pattern
 // of its column).
 #include <gtest/gtest.h>
@@ -12,7 +12,6 @@
 #include "kernels/diffusion/spread_row.h"
 #include "kernels/ed1/ed1_colour_run.h"
 #include "kernels/grid_node.h"
-#include "kernels/paired_threshold.h"
 
 namespace inkdot {
 namespace {
@@ -49,21 +48,6 @@ TEST(Continuity, ColumnsClearedByCase) {
         }
         EXPECT_EQ(ctx.prevLineNo, c.line) << c.what;
         EXPECT_EQ(ctx.prevRunEnd, c.start + 10) << c.what;
-    }
-}
-
-// 10 + 20 fits 63: A below 10, B on 10..29. 3000 + 2000 > 4095: A below 3000,
-// B above 4095 - 2000 = 2095; both on 2096..2999.
-TEST(PairedThreshold, HandWorkedPairs) {
-    struct Case { int32_t a, b, maxT, threshold; bool dotA, dotB; };
-    const Case cases[] = {{10, 20, 63, 9, true, false},     {10, 20, 63, 10, false, true},
-                          {10, 20, 63, 29, false, true},    {10, 20, 63, 30, false, false},
-                          {3000, 2000, 4095, 2095, true, false}, {3000, 2000, 4095, 2096, true, true},
-                          {3000, 2000, 4095, 3000, false, true}};
-    for (const Case& c : cases) {
-        const PairDots d = pairedThreshold(c.a, c.b, c.maxT, c.threshold);
-        EXPECT_EQ(d.a, c.dotA) << c.a << " " << c.b << " " << c.threshold;
-        EXPECT_EQ(d.b, c.dotB) << c.a << " " << c.b << " " << c.threshold;
     }
 }
 
@@ -131,6 +115,7 @@ TEST(SpreadRow, EveryRowSpreadsLikeItsColumnsPattern) {
     expectTableRowsMatchSpread<Colour1440x720Family>(rng);
     expectTableRowsMatchSpread<DoubleYColourFamily>(rng);
     expectRowMatchesSpread<PatternRow{{Pattern::H5, Pattern::G5a, Pattern::Y0, Pattern::H0b}}>(rng);
+    expectRowMatchesSpread<PatternRow{{Pattern::G0, Pattern::H0a, Pattern::H0b, Pattern::Y0}}>(rng);  // no carry
 }
 
 }  // namespace
