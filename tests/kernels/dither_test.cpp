@@ -62,6 +62,12 @@ std::function<void(HandContext&)> hybrid(uint16_t m, std::function<void(HandCont
         tables(hc);
     };
 }
+void nodesApart(HandContext& hc) {
+    marked(hc, {30}, {4, 4, 4, 4});
+    for (uint8_t n : {0, 1, 2}) onNode(hc, n, n);
+    hc.setNode(0, 0, 0, packInks(20, 0, 0, 0)), hc.setNode(1, 0, 0, packInks(40, 0, 0, 0));
+    hc.setNode(0, 0, 2, packInks(40, 0, 0, 0));
+}
 std::vector<Cell> line0From(int from, std::vector<int32_t> values) {
     std::vector<Cell> cells;
     for (int32_t v : values) cells.push_back({0, from++, v});
@@ -105,6 +111,10 @@ TEST(Dither, HandWorkedRuns) {
              hc.setNode(0, 0, 0, packInks(10, 30, 70, 50)), hc.setNode(0, 0, 1, packInks(21, 41, 81, 61));
              hc.setNode(3, 3, 3, packInks(10, 30, 70, 50));
          }, {0, 0, 0, 255, 255, 255, 1, 0, 0, 1, 0, 0}, 4, 0, 0, "1011 1011 1000 1011"}},
+        // Node indices 1 apart are smoothed ((40 + 20) >> 1 = 30 on m = 4, no rounding), 2
+        // apart are not; byte 2 selects the first node index.
+        {kColour, {"one node apart smooths", nodesApart, {0, 0, 0, 0, 0, 1}, 2, 0, 0, "01 00 00 00"}},
+        {kColour, {"two nodes apart do not", nodesApart, {0, 0, 0, 2, 0, 0}, 2, 0, 0, "00 00 00 00"}},
         // Tone 16 overfills both pairs: the odd last pixel prints all four planes.
         {kColour, {"white in the main pass but looked up as the odd last pixel", [](HandContext& hc) {
              marked(hc, {50}), onNode(hc, 255, 31), hc.setNode(31, 31, 31, packInks(50, 50, 50, 50));
@@ -224,31 +234,7 @@ TEST(Dither, HandWorkedRuns) {
              hc.tone[5] = 100, hc.tone[6] = 50, hc.tone[7] = 50, hc.tone[9] = 3950;
              onNode(hc, 0, 0), hc.setNode(0, 0, 0, packInks(7, 5, 6, 9));
          }, {0, 0, 0}, 1, x, 0, lastPixel[x]}});
-    // Along each axis node indices 1 apart are smoothed ((40 + 20) >> 1 = 30 on m = 4, no
-    // rounding), 2 apart are not; byte 2 selects the first node index.
-    for (unsigned axis = 0; axis < 3; ++axis)
-        for (uint8_t far : {1, 2}) {
-            std::vector<uint8_t> in(6, 0);
-            in[3 + axis] = far;
-            cases.push_back({kColour, {"one node apart smooths, two apart do not", [=](HandContext& hc) {
-                 marked(hc, {30}, {4, 4, 4, 4});
-                 for (uint8_t n : {0, 1, 2}) onNode(hc, n, n);
-                 uint32_t node[3] = {0, 0, 0};
-                 node[2 - axis] = far;
-                 hc.setNode(0, 0, 0, packInks(20, 0, 0, 0)), hc.setNode(node[0], node[1], node[2], packInks(40, 0, 0, 0));
-             }, in, 2, 0, 0, far == 1 ? "01 00 00 00" : "00 00 00 00"}});
-        }
     for (const auto& [setup, c] : cases) checkRun(setup, c);
-}
-
-// Smoothing stays within a run: the next run starts unsmoothed.
-TEST(Dither, EachColourRunStartsUnsmoothed) {
-    HandContext hc(kColour.settings());
-    marked(hc, {30}, {4, 4, 4, 4});
-    onNode(hc, 0, 0), onNode(hc, 1, 1);
-    hc.setNode(0, 0, 0, packInks(20, 0, 0, 0)), hc.setNode(0, 0, 1, packInks(40, 0, 0, 0));
-    EXPECT_EQ(runPlanes(hc, {0, 0, 0, 1, 0, 0}, 2, 0), "01 00 00 00") << "smoothed within a run";
-    EXPECT_EQ(runPlanes(hc, {1, 0, 0, 1, 0, 0}, 2, 2), "00 00 00 00") << "not with the run before";
 }
 
 }  // namespace

@@ -223,31 +223,47 @@ TEST(EveryKernel, OnlyMonochromeKernelsRefuseOption11) {
     }
 }
 
-// Every error-diffusion kernel applies the rule to the lines it diffuses,
-// even for an empty run, and leaves the margins and the other lines alone.
+// Every error-diffusion kernel applies the continuity rule to the lines it
+// diffuses, even for an empty run, and leaves the margins and the other
+// lines alone; the run state left is the run's own line and end. Bands are
+// 16 lines: 31 is a band's last line, 32 a first.
 TEST(EveryKernel, DiffusionKernelsApplyTheContinuityRule) {
-    // Line 2 after creation (line 1 skipped) clears every column; line 15 after a
-    // line 14 that reached the width, from column 20, clears columns 0..19.
-    struct Case { uint32_t previousLine, previousEnd, line, startX, clearedTo; };
-    const Case cases[] = {{0, 0, 2, 0, 64}, {14, 64, 15, 20, 20}};
+    struct Case {
+        const char* what;
+        uint32_t prevLine, prevEnd, line, start, from, to;  // columns cleared: [from, to)
+    };
+    const Case cases[] = {
+        {"line 1 after creation", 0, 0, 1, 0, 0, 0},
+        {"a skipped line clears the whole line", 0, 0, 2, 0, 0, 64},
+        {"line 31 after 30 clears up to its start", 30, 64, 31, 20, 0, 20},
+        {"a second run on line 31 clears the gap", 31, 20, 31, 30, 20, 30},
+        {"line 31 after a run that ended the line: from 0", 31, 64, 31, 20, 0, 20},
+        {"line 32 clears behind the last run of 31", 31, 20, 32, 0, 20, 64},
+        {"a run that ended line 31 hands over nothing", 31, 64, 32, 0, 0, 0},
+        {"a run continuing where the last ended", 31, 20, 31, 20, 0, 0},
+        {"gaps matter only on band edges", 17, 10, 17, 20, 0, 0},
+        {"going back is no case", 5, 10, 3, 0, 0, 0},
+        {"line 0 after 0xFFFFFFFF opens a band", 0xFFFFFFFFu, 50, 0, 0, 50, 64},
+    };
     for (const KernelSetup& k : everyKernelSetup()) {
         if (k.method != 1) continue;
         for (const Case& c : cases) {
             HandContext h(k.settings());
-            SCOPED_TRACE(testing::Message() << chooseKernel(h.ready()).name << ", line " << c.line);
+            SCOPED_TRACE(testing::Message() << chooseKernel(h.ready()).name << ": " << c.what);
             for (auto& l : h.errorLines) std::fill(l.begin(), l.end(), 7);
-            h.ctx.prevLineNo = c.previousLine;
-            h.ctx.prevRunEnd = c.previousEnd;
+            h.ctx.prevLineNo = c.prevLine;
+            h.ctx.prevRunEnd = c.prevEnd;
             std::vector<uint8_t> out(64, 0);
-            ASSERT_EQ(h.run(nullptr, out.data(), 16, 0, 0, c.startX, c.line), RC_OK);
+            ASSERT_EQ(h.run(nullptr, out.data(), 16, 0, 0, c.start, c.line), RC_OK);
             for (unsigned l = 0; l < 4; ++l) {
                 const bool diffused = l < (k.colourMode ? 3u : 1u);
                 for (int x = -30; x < 94; ++x) {
-                    const bool cleared = diffused && x >= 0 && x < static_cast<int>(c.clearedTo);
+                    const bool cleared = diffused && x >= static_cast<int>(c.from) && x < static_cast<int>(c.to);
                     ASSERT_EQ(h.line(l)[x], cleared ? 0 : 7) << "line " << l << ", column " << x;
                 }
             }
             EXPECT_EQ(h.ctx.prevLineNo, c.line);
+            EXPECT_EQ(h.ctx.prevRunEnd, c.start);
         }
     }
 }
