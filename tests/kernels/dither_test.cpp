@@ -58,7 +58,6 @@ std::function<void(HandContext&)> hybrid(uint16_t m, std::function<void(HandCont
         hc.setSpread(32, 9, 4, 2);
         for (uint8_t n : {0, 1, 3}) onNode(hc, n, n);
         onNode(hc, 255, 31);
-        hc.ctx.prevRunEnd = 1234;  // no run end is kept
         tables(hc);
     };
 }
@@ -212,17 +211,10 @@ TEST(Dither, HandWorkedRuns) {
          }), {1, 0, 0, 255, 255, 255}, 2, 20, 0, "00 10 00 00",
          line0From(5, {-213, 0, -213, -213, -213, -213, -213, -213, -213, -213, -213, -213, -213, -213, -213, -213,
                        -213, -213, -213, -213, -213, -213, -213, -213, -213, -213, -213, -213, -213, -213, 0})}},
-        {kHybrid, {"hybrid: no ink in plane 1 drops the cell", hybrid(0x43, [](HandContext& hc) {
-             hc.setNode(0, 0, 0, packInks(9, 0, 9, 9)), hc.line(0)[20] = 3000, hc.line(0)[21] = -3000;
-         }), {0, 0, 0, 0, 0, 0}, 2, 20, 0, "00 00 00 00", {{0, 20, 0}, {0, 21, 0}}}},
         // maxT 255 - m 0 = 255 < tone 256 for planes 1 and 2.
         {kHybrid, {"hybrid: the odd last pixel uses the matrix and leaves its cell", hybrid(0, [](HandContext& hc) {
              hc.tone[30] = 256, hc.setNode(0, 0, 0, packInks(0, 30, 0, 0)), hc.line(0)[7] = 777;
          }), {0, 0, 0}, 1, 7, 0, "0 1 0 0", {{0, 7, 777}}}},
-        // Line 9 after line 0 would clear the whole line under the continuity rule; 50 < 128 - 20.
-        {kHybrid, {"hybrid: no continuity rule", hybrid(0x43, [](HandContext& hc) {
-             hc.setNode(0, 0, 0, packInks(0, 50, 0, 0)), hc.line(0)[40] = 999;
-         }), {0, 0, 0, 0, 0, 0}, 2, 0, 9, "00 00 00 00", {{0, 40, 999}}}},
     };
     // One pixel at columns 0..5 of row 0, maxT - m = 99, 100, 149, 150, 0, 4095:
     // planes 1 and 2 pair on maxT - m (1 where 100 > it, else 2 where 150 > it);

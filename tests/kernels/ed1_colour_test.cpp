@@ -1,7 +1,7 @@
 // One-bit colour error diffusion on hand-worked runs, each over the kernels
 // it holds for: grid node choice and smoothing, per-plane thresholds,
-// activity histories, the odd last pixel, white pixels, ink input, the parity
-// forms and dot values. Levels are observed through the error lines: a pixel
+// activity histories, the odd last pixel, white pixels, ink input and the
+// parity forms. Levels are observed through the error lines: a pixel
 // that prints no dot and has no pending error leaves 8 x level in its own
 // cell for every pattern reached here (G1, Y1, H0a, H0b).
 #include <gtest/gtest.h>
@@ -96,19 +96,10 @@ std::function<void(HandContext&)> parity(uint16_t m, uint8_t l0, uint8_t l1, uin
         if (dot) hc.edThreshold[l0] = hc.edThreshold[l1] = hc.edThreshold[l3] = -100;
     };
 }
-// Dot value 40000: the plain kernels read planes 0 and 1 as unsigned and
-// plane 3 as signed, the cached kernels every plane as signed.
-void bigDotValue(HandContext& hc) {
-    palette(hc, 1, 100, 100, 0, 100);
-    hc.dotValue[100] = static_cast<int16_t>(40000 - 65536);
-    hc.edThreshold[100] = -1000;
-    hc.setSpread(0, 0, 0, 0);  // G1 / Y1 / H1: 8/32 at x after a dot; 1440: 4/32
-}
 void inkInput(HandContext& hc) { hc.ctx.inputFormat = 4; }
 
 TEST(Ed1Colour, HandWorkedRuns) {
     const int32_t e4 = 4 - 255, e30 = 30 - 255, e3 = 3 - 255;
-    const int32_t eSigned = 100 - (40000 - 65536), eUnsigned = 100 - 40000;
     struct Case {
         unsigned kernels;
         RunCase run;
@@ -195,14 +186,6 @@ TEST(Ed1Colour, HandWorkedRuns) {
                     "10 10 00 10", {{0, 20, e3}, {0, 21, 0}}}},
         {kDoubleY, {"L = 3 below T4 with a dot, even: G4b (1 at x + 11)", parity(0x42, 3, 0, 0, true), px("1w"), 2, 10,
                     0, "10 10 00 10", {{0, 20, 0}, {0, 21, e3}}}},
-        {kGeneral | kDoubleY, {"plain: planes 0 and 1 read the dot value unsigned", bigDotValue, px("1w"), 2, 0, 0,
-                               "10 10 00 10", {{0, 0, 8 * eUnsigned}, {1, 0, 8 * eUnsigned}, {2, 0, 8 * eSigned}}}},
-        {k1440, {"plain 1440: planes 0 and 1 unsigned", bigDotValue, px("1w"), 2, 0, 0, "10 10 00 10",
-                 {{0, 0, 4 * eUnsigned}, {1, 0, 4 * eUnsigned}, {2, 0, 4 * eSigned}}}},
-        {kGeneralB, {"cached: every plane signed", bigDotValue, px("1w"), 2, 0, 0, "10 10 00 10",
-                     {{0, 0, 8 * eSigned}, {1, 0, 8 * eSigned}, {2, 0, 8 * eSigned}}}},
-        {k1440B, {"cached 1440: every plane signed", bigDotValue, px("1w"), 2, 0, 0, "10 10 00 10",
-                  {{0, 0, 4 * eSigned}, {1, 0, 4 * eSigned}, {2, 0, 4 * eSigned}}}},
         {kAll, {"an empty matrix is refused", [](HandContext& hc) { hc.ctx.matrixHeight = 0; }, px("ww"), 2, 0, 0,
                 "refused"}},
         // The cached kernels keep one matrix row of at most 256 columns; the plain ones

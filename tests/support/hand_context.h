@@ -87,25 +87,21 @@ public:
     explicit HandContext(const HtSettings& s) {
         std::memcpy(&ctx.method, &s, sizeof s);
         ctx.replicationFactor = 1;
-        for (unsigned k = 0; k < 4; ++k) {
-            errorLines[k].assign(s.width + 60, 0);
-            ctx.buffers[kErrorLine0 + k].data = errorLines[k].data();
-        }
+        for (unsigned k = 0; k < 4; ++k) attach(kErrorLine0 + k, errorLines[k], s.width + 60, 0);
         setMatrix(1, 1, {0});
-        conversion.assign(32 * 32 * 32, 0);
-        ctx.buffers[kConversionTable].data = conversion.data();
-        tone.assign(512, 0);
-        ctx.buffers[kToneTable].data = tone.data();
-        dotValue.assign(256, 255);
-        ctx.buffers[kDotValueTable].data = dotValue.data();
-        edThreshold.assign(512, 128);
-        ctx.buffers[kEdThresholdTable].data = edThreshold.data();
-        gridCell.assign(512, 0);
-        ctx.buffers[kGridCellTable].data = gridCell.data();
-        dotSplit.assign(768, 0);
-        ctx.buffers[kDotSplitTable].data = dotSplit.data();
-        replicated.assign(s.width * 6 + 8, 0);
-        ctx.buffers[kReplicatedLine].data = replicated.data();
+        attach(kConversionTable, conversion, 32 * 32 * 32, 0u);
+        attach(kToneTable, tone, 512, uint16_t{0});
+        attach(kDotValueTable, dotValue, 256, int16_t{255});
+        attach(kEdThresholdTable, edThreshold, 512, int16_t{128});
+        attach(kGridCellTable, gridCell, 512, uint8_t{0});
+        attach(kDotSplitTable, dotSplit, 768, uint8_t{0});
+        attach(kReplicatedLine, replicated, s.width * 6 + 8, uint8_t{0});
+    }
+    // Slot `slot` holds `size` entries of `value` in `table`.
+    template <class T>
+    void attach(unsigned slot, std::vector<T>& table, size_t size, T value) {
+        table.assign(size, value);
+        ctx.buffers[slot].data = table.data();
     }
 
     // Matrix cells row by row (missing ones 0); width must be a power of two.
