@@ -144,12 +144,6 @@ TEST(Dither, HandWorkedRuns) {
              hc.tone[1] = 100, hc.tone[2] = 200, hc.tone[3] = 300;
              hc.setSplit(9, 1, 2, 3), curve(hc, {{50, 9}});
          }, std::vector<uint8_t>(8, 50), 8, 0, 0, "33221100"}},
-        {kMono2, {"a full large row is large on every cell, an empty row never prints", [](HandContext& hc) {
-             hc.setMatrix(16, 16, permutationMatrix(16, 1));
-             hc.tone[255] = 256;  // above every matrix value
-             hc.setSplit(200, 0, 0, 255), curve(hc, {{10, 200}, {20, 0}});
-         }, {10, 10, 10, 10, 10, 10, 10, 10, 10, 10, 10, 10, 10, 10, 10, 10, 20, 20, 20, 20}, 20, 0, 5,
-         "33333333333333330000"}},
         // Columns 0..4 read shift cells 0, 1, 2, 3, 5 (modulo W = 4: 0, 1, 2, 3, 1) at x + 24.
         {kMono2, {"the matrix shifts the level before the curve", [](HandContext& hc) {
              const uint16_t shift[] = {0, 1, 2, 3, 5};

@@ -96,6 +96,8 @@ std::function<void(HandContext&)> parity(uint16_t m, uint8_t l0, uint8_t l1, uin
         if (dot) hc.edThreshold[l0] = hc.edThreshold[l1] = hc.edThreshold[l3] = -100;
     };
 }
+// A level above T1 without a dot, then a white pixel over a pending error.
+void levelThenWhite(HandContext& hc) { palette(hc, 1, 10, 20, 0, 30), pending(hc, 1, 2, 3200); }
 void inkInput(HandContext& hc) { hc.ctx.inputFormat = 4; }
 
 TEST(Ed1Colour, HandWorkedRuns) {
@@ -118,11 +120,11 @@ TEST(Ed1Colour, HandWorkedRuns) {
                 levels(2, 18, 31, 57)}},
         // A level above T1 without a dot spreads its carry: G1 4/32, H0 none, Y1 8/32; the
         // white pixel writes it over its pending error.
-        {kGeneral | kGeneralB, {"white takes G1's carry", [](HandContext& hc) { palette(hc, 1, 10, 20, 0, 30), pending(hc, 1, 2, 3200); },
+        {kGeneral | kGeneralB, {"white takes G1's carry", levelThenWhite,
                                 px("1w"), 2, 0, 0, "00 00 00 00", {{0, 1, 40}, {1, 1, 80}, {2, 1, 120}}}},
-        {k1440 | k1440B, {"white takes H0's carry", [](HandContext& hc) { palette(hc, 1, 10, 20, 0, 30), pending(hc, 1, 2, 3200); },
+        {k1440 | k1440B, {"white takes H0's carry", levelThenWhite,
                           px("1w"), 2, 0, 0, "00 00 00 00", {{0, 1, 0}, {1, 1, 0}, {2, 1, 0}}}},
-        {kDoubleY, {"white takes Y1's carry", [](HandContext& hc) { palette(hc, 1, 10, 20, 0, 30), pending(hc, 1, 2, 3200); },
+        {kDoubleY, {"white takes Y1's carry", levelThenWhite,
                     px("1w"), 2, 0, 0, "00 00 00 00", {{0, 1, 80}, {1, 1, 160}, {2, 1, 240}}}},
         {kAll, {"a run of one only dithers the pair: no diffusion", [](HandContext& hc) {
                     lastPair(200, 0, 0, 100, 0, 0)(hc), pending(hc, 0, 8, 32000);
@@ -160,10 +162,6 @@ TEST(Ed1Colour, HandWorkedRuns) {
                     inkInput(hc), hc.setFlatMatrix(16, 16, 10);
                     hc.tone[31] = hc.tone[40] = 1000;
                 }, {31, 0, 0, 40}, 1, 0, 0, "1 0 0 1"}},
-        // Ink input: the four bytes are the levels, never averaged with the previous pixel.
-        {kGeneral | k1440 | kDoubleY, {"ink input takes the bytes as levels", [](HandContext& hc) {
-             example(0x83, 7, {20, 30, 40, 50}, 48)(hc), inkInput(hc);
-         }, {20, 30, 40, 50, 16, 32, 48, 64}, 2, 0, 0, "10 10 01 10", levels(1, 16, 32, 64)}},
         // All four zero is white and drops its cell; one byte of ink makes the pixel diffuse.
         {kGeneral | k1440 | kDoubleY, {"ink white is all four zero", [](HandContext& hc) {
              inkInput(hc), pending(hc, 40, 42, 32 * 1000);
