@@ -42,11 +42,6 @@ void splitRows(HandContext& hc, std::vector<uint8_t> small, std::vector<uint8_t>
     for (uint8_t r : medium) hc.setSplit(r, 0, 8, 0);
     for (uint8_t r : large) hc.setSplit(r, 0, 0, 8);
 }
-// The padded mono curve with no level spread: byte v reads amount[v].
-void curve(HandContext& hc, std::vector<std::pair<uint8_t, uint16_t>> amounts) {
-    hc.monoCurve()[0] = 1;
-    for (auto [v, amount] : amounts) hc.monoCurve()[v + 1] = amount;
-}
 // Amounts 10, 40, 31, 32: rows 10 and 31 would print large, 40 and 32 medium.
 void lastPixelRows(HandContext& hc) { matrix(hc, 4, 4, 0), splitRows(hc, {}, {40, 32}, {10, 31}); }
 // The hybrid: byte 1 sits on node 1, 3 on node 3 (two pixels on them are two
@@ -142,7 +137,8 @@ TEST(Dither, HandWorkedRuns) {
         {kMono2, {"the three-size code stacks large, medium, small", [](HandContext& hc) {
              hc.setMatrix(8, 8, {0, 299, 300, 499, 500, 599, 600, 4095});
              hc.tone[1] = 100, hc.tone[2] = 200, hc.tone[3] = 300;
-             hc.setSplit(9, 1, 2, 3), curve(hc, {{50, 9}});
+             hc.setSplit(9, 1, 2, 3);
+             hc.monoCurve()[0] = 1, hc.monoCurve()[50 + 1] = 9;  // no level spread: byte 50 reads row 9
          }, std::vector<uint8_t>(8, 50), 8, 0, 0, "33221100"}},
         // Columns 0..4 read shift cells 0, 1, 2, 3, 5 (modulo W = 4: 0, 1, 2, 3, 1) at x + 24.
         {kMono2, {"the matrix shifts the level before the curve", [](HandContext& hc) {

@@ -186,15 +186,12 @@ TEST(Ed1Colour, HandWorkedRuns) {
                     0, "10 10 00 10", {{0, 20, 0}, {0, 21, e3}}}},
         {kAll, {"an empty matrix is refused", [](HandContext& hc) { hc.ctx.matrixHeight = 0; }, px("ww"), 2, 0, 0,
                 "refused"}},
-        // The cached kernels keep one matrix row of at most 256 columns; the plain ones
-        // read the matrix in place.
+        // The cached kernels keep one matrix row of at most 256 columns.
         {kGeneralB | k1440B, {"a matrix wider than 256 is refused untouched", [](HandContext& hc) {
              hc.setFlatMatrix(512, 1, 0x83), pending(hc, 20, 21, 1234);
          }, px("ww"), 2, 0, 0, "refused", {{2, 20, 1234}}}},
         {kGeneralB | k1440B, {"256 columns are not", [](HandContext& hc) { hc.setFlatMatrix(256, 1, 0x83); }, px("ww"), 2,
                               0, 0, "00 00 00 00"}},
-        {kGeneral | k1440, {"plain kernels read 512 columns", [](HandContext& hc) { hc.setFlatMatrix(512, 1, 0x83); },
-                            px("ww"), 2, 0, 0, "00 00 00 00"}},
     };
     for (const Case& c : cases)
         for (unsigned k = 0; k < 5; ++k)

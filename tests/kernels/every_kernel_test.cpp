@@ -1,7 +1,7 @@
 // Properties every kernel keeps, checked on each of them through Halftone:
-// where a run writes, what a bit offset does, what doubling means, who
-// refuses option11, what an empty run does, how the continuity rule clears
-// the error lines, and that sister kernels agree.
+// where a run writes, what a bit offset does, who refuses option11, that
+// sister kernels agree, that white prints nothing, and how the continuity
+// rule clears the error lines.
 #include <gtest/gtest.h>
 
 #include <algorithm>
@@ -65,7 +65,8 @@ std::vector<uint8_t> randomPixels(size_t bytes, unsigned seed) {
 // A run at bit offset b writes the pixels it writes at offset 0, b places
 // further on; keeps the b leading pixels of the first byte; clears the rest
 // of its last byte; stores its line; and touches nothing else, in front of or
-// behind it. An empty run so rewrites only an offset byte.
+// behind it. An empty run so rewrites only an offset byte. Option 11 is
+// refused by the monochrome kernels only.
 TEST(EveryKernel, BitOffsetShiftsTheRunAndNothingOutsideItIsTouched) {
     const std::vector<uint8_t> in = randomPixels(8 * 37, 3);
     for (const KernelSetup& k : everyKernelSetup()) {
@@ -79,6 +80,9 @@ TEST(EveryKernel, BitOffsetShiftsTheRunAndNothingOutsideItIsTouched) {
             for (unsigned p = 0; p < planes; ++p)
                 for (uint32_t i = 0; i < count; ++i) dots += pixelAt(k.outputBits, plain.out.plane(p), i) != 0;
             ASSERT_TRUE(count == 0 || (dots > 0 && dots < planes * count));
+            Scenario option11(k);  // the monochrome kernels refuse it and change nothing, the colour ones ignore it
+            EXPECT_EQ(option11.run(in, 0, count, 1), k.colourMode ? RC_OK : RC_ARG + 11);
+            EXPECT_TRUE(k.colourMode || option11.out.bytes == Output{}.bytes);
             for (uint32_t b = 0; b < perByte; b = b ? b + 2 : 1) {
                 Scenario shifted(k);
                 ASSERT_EQ(shifted.run(in, b, count), RC_OK);
@@ -202,20 +206,6 @@ TEST(EveryKernel, WhiteRunPrintsNothingAndLeavesNoError) {
         for (unsigned p = 0; p < (k.colourMode ? 4u : 1u); ++p)
             for (uint32_t i = 0; i < 36; ++i) ASSERT_EQ(pixelAt(k.outputBits, s.out.plane(p), i), 0u) << "plane " << p;
         for (const auto& line : s.hc.errorLines) EXPECT_EQ(line, std::vector<int32_t>(line.size(), 0));
-    }
-}
-
-// The monochrome kernels refuse option11 and change nothing; the colour
-// kernels ignore it.
-TEST(EveryKernel, OnlyMonochromeKernelsRefuseOption11) {
-    const std::vector<uint8_t> in = randomPixels(8 * 16, 5);
-    for (const KernelSetup& k : everyKernelSetup()) {
-        Scenario s(k);
-        SCOPED_TRACE(chooseKernel(s.hc.ready()).name);
-        EXPECT_EQ(s.run(in, 0, 16, 1), k.colourMode ? RC_OK : RC_ARG + 11);
-        if (k.colourMode == 0) {
-            EXPECT_EQ(s.out.bytes, Output{}.bytes);
-        }
     }
 }
 

@@ -66,20 +66,15 @@ inline KernelSetup edSetup(uint32_t colourMode, uint32_t outputBits, uint32_t re
 // the error-diffusion ones (every class; the plain one-bit colour kernels
 // through halving).
 inline std::vector<KernelSetup> everyKernelSetup() {
-    std::vector<KernelSetup> all = {monoSetup(1), colourSetup(1), monoSetup(2), colourSetup(2),
-                                    doubleY(monoSetup(2)), doubleY(colourSetup(2))};
-    all.push_back(KernelSetup{.method = 0, .ditherMode = 1});
-    all.push_back(KernelSetup{.method = 0, .ditherMode = 1, .inputFormat = 2, .colourMode = 1});
-    all.push_back(KernelSetup{.method = 3, .ditherMode = 0, .inputFormat = 2, .colourMode = 1});
-    const KernelSetup diffusion[] = {
-        edSetup(0, 1, 360, 360),      edSetup(0, 1, 1440, 720),     edSetup(0, 1, 360, 720),
-        edSetup(1, 1, 360, 360, -1),  edSetup(1, 1, 1440, 720, -1), edSetup(1, 1, 360, 720),
-        edSetup(1, 1, 360, 360),      edSetup(1, 1, 1440, 720),     edSetup(0, 2, 720, 720),
-        edSetup(0, 2, 1440, 720),     edSetup(0, 2, 360, 720),      edSetup(1, 2, 720, 720),
-        edSetup(1, 2, 1440, 720),     edSetup(1, 2, 360, 720),
-    };
-    all.insert(all.end(), std::begin(diffusion), std::end(diffusion));
-    return all;
+    return {monoSetup(1), colourSetup(1), monoSetup(2), colourSetup(2), doubleY(monoSetup(2)), doubleY(colourSetup(2)),
+            KernelSetup{.method = 0, .ditherMode = 1},
+            KernelSetup{.method = 0, .ditherMode = 1, .inputFormat = 2, .colourMode = 1},
+            KernelSetup{.method = 3, .ditherMode = 0, .inputFormat = 2, .colourMode = 1},
+            edSetup(0, 1, 360, 360),     edSetup(0, 1, 1440, 720),     edSetup(0, 1, 360, 720),
+            edSetup(1, 1, 360, 360, -1), edSetup(1, 1, 1440, 720, -1), edSetup(1, 1, 360, 720),
+            edSetup(1, 1, 360, 360),     edSetup(1, 1, 1440, 720),     edSetup(0, 2, 720, 720),
+            edSetup(0, 2, 1440, 720),    edSetup(0, 2, 360, 720),      edSetup(1, 2, 720, 720),
+            edSetup(1, 2, 1440, 720),    edSetup(1, 2, 360, 720)};
 }
 
 class HandContext {
@@ -196,25 +191,10 @@ inline unsigned pixelAt(uint32_t outputBits, const uint8_t* plane, uint32_t i) {
     return outputBits == 1 ? (plane[i / 8] >> (7 - i % 8)) & 1 : (plane[i / 4] >> (6 - 2 * (i % 4))) & 3;
 }
 
-// One run of `count` pixels from column startX of line lineNo; the pixels of
-// each plane the kernel writes as text, planes separated by spaces
-// ("0110 0000 ..." one-bit, codes "0".."3" two-bit).
-inline std::string runPlanes(HandContext& hc, const std::vector<uint8_t>& in, uint32_t count, uint32_t startX = 0,
-                             uint32_t lineNo = 0) {
-    constexpr uint32_t kStride = 16;
-    std::vector<uint8_t> out(4 * kStride, 0xA5);
-    if (hc.run(in.data(), out.data(), kStride, 0, count, startX, lineNo) != RC_OK) return "refused";
-    std::string planes;
-    for (unsigned k = 0; k < (hc.ctx.colourMode ? 4u : 1u); ++k) {
-        if (k) planes += ' ';
-        for (uint32_t i = 0; i < count; ++i) planes += static_cast<char>('0' + pixelAt(hc.ctx.outputBits, &out[k * kStride], i));
-    }
-    return planes;
-}
-
 // One hand-worked run: the tables, `count` pixels of `in` from column startX
-// of line `line`, the planes it writes (as runPlanes gives them) and error
-// cells it leaves.
+// of line `line`, the pixels of each plane it writes as text, planes
+// separated by spaces ("0110 0000 ..." one-bit, codes "0".."3" two-bit;
+// "refused" for a result code), and error cells it leaves.
 struct Cell {
     unsigned line;
     int column;
@@ -234,7 +214,17 @@ inline void checkRun(const KernelSetup& k, const RunCase& c, void (*prep)(HandCo
     HandContext hc(k.settings());
     if (prep) prep(hc);
     c.tables(hc);
-    EXPECT_EQ(runPlanes(hc, c.in, c.count, c.startX, c.line), c.planes) << c.what;
+    constexpr uint32_t kStride = 16;
+    std::vector<uint8_t> out(4 * kStride, 0xA5);
+    std::string planes = "refused";
+    if (hc.run(c.in.data(), out.data(), kStride, 0, c.count, c.startX, c.line) == RC_OK) {
+        planes.clear();
+        for (unsigned p = 0; p < (hc.ctx.colourMode ? 4u : 1u); ++p) {
+            if (p) planes += ' ';
+            for (uint32_t i = 0; i < c.count; ++i) planes += static_cast<char>('0' + pixelAt(k.outputBits, &out[p * kStride], i));
+        }
+    }
+    EXPECT_EQ(planes, c.planes) << c.what;
     for (const Cell& e : c.cells)
         EXPECT_EQ(hc.line(e.line)[e.column], e.value) << c.what << ": line " << e.line << ", column " << e.column;
 }

@@ -1,6 +1,5 @@
-// Shared parts of the kernels: the node neighbour test on hand-worked
-// cases, and the spread rows (a row spread without a jump leaves what the
-// run-time pattern of its column leaves).
+// The spread rows of the colour error diffusion: a row spread without a
+// jump leaves what the run-time pattern of its column leaves.
 #include <gtest/gtest.h>
 
 #include <random>
@@ -8,17 +7,9 @@
 
 #include "kernels/diffusion/spread_row.h"
 #include "kernels/ed1/ed1_colour_run.h"
-#include "kernels/grid_node.h"
 
 namespace inkdot {
 namespace {
-
-TEST(GridNode, NeighbourMaskExamples) {
-    EXPECT_EQ(neighbourMask(packNodes(5, 5, 5), packNodes(4, 6, 5)), 0xFFFFFFFFu);
-    EXPECT_EQ(neighbourMask(packNodes(5, 5, 5), packNodes(5, 5, 7)), 0u);  // one axis two nodes away
-    EXPECT_EQ(neighbourMask(packNodes(0, 0, 0), kNoNodes), 0u);            // the first pixel of a run
-    EXPECT_EQ(neighbourMask(packNodes(256, 0, 256), packNodes(255, 1, 256)), 0xFFFFFFFFu);
-}
 
 // spreadRow leaves what spread() leaves with the column's pattern, over
 // random lines and errors (-5: odd negatives halve downwards).
