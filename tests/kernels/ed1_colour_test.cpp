@@ -102,10 +102,7 @@ void inkInput(HandContext& hc) { hc.ctx.inputFormat = 4; }
 
 TEST(Ed1Colour, HandWorkedRuns) {
     const int32_t e4 = 4 - 255, e30 = 30 - 255, e3 = 3 - 255;
-    struct Case {
-        unsigned kernels;
-        RunCase run;
-    };
+    struct Case { unsigned kernels; RunCase run; };
     const Case cases[] = {
         {kAll, {"conversion takes the matrix-chosen node", example(0x83, -1, {}, 48), {40, 50, 60, 255, 255, 255}, 2, 5,
                 0, "00 00 10 00", levels(5, 16, 32, 64)}},

@@ -66,7 +66,8 @@ std::vector<uint8_t> randomPixels(size_t bytes, unsigned seed) {
 // further on; keeps the b leading pixels of the first byte; clears the rest
 // of its last byte; stores its line; and touches nothing else, in front of or
 // behind it. An empty run so rewrites only an offset byte. Option 11 is
-// refused by the monochrome kernels only.
+// refused by the monochrome kernels only. White runs (even counts: an odd
+// last pixel is looked up, white or not) print nothing, whatever the tables.
 TEST(EveryKernel, BitOffsetShiftsTheRunAndNothingOutsideItIsTouched) {
     const std::vector<uint8_t> in = randomPixels(8 * 37, 3);
     for (const KernelSetup& k : everyKernelSetup()) {
@@ -83,6 +84,18 @@ TEST(EveryKernel, BitOffsetShiftsTheRunAndNothingOutsideItIsTouched) {
             Scenario option11(k);  // the monochrome kernels refuse it and change nothing, the colour ones ignore it
             EXPECT_EQ(option11.run(in, 0, count, 1), k.colourMode ? RC_OK : RC_ARG + 11);
             EXPECT_TRUE(k.colourMode || option11.out.bytes == Output{}.bytes);
+            // A white run (all bytes 255, or no ink in ink input; of the monochrome kernels
+            // only the two-bit diffusion knows white) prints nothing and leaves no error.
+            for (uint32_t format : {k.inputFormat, 4u}) {
+                if ((k.colourMode == 0 && (k.method != 1 || k.outputBits != 2 || format == 4)) || count == 0) continue;
+                KernelSetup form = k;
+                form.inputFormat = format;
+                Scenario white(form);
+                ASSERT_EQ(white.run(std::vector<uint8_t>(8 * 36, format == 4 ? 0 : 255), 0, 36), RC_OK) << format;
+                for (unsigned p = 0; p < planes; ++p)
+                    for (uint32_t i = 0; i < 36; ++i) ASSERT_EQ(pixelAt(k.outputBits, white.out.plane(p), i), 0u) << p;
+                for (const auto& line : white.hc.errorLines) EXPECT_EQ(line, std::vector<int32_t>(line.size(), 0));
+            }
             for (uint32_t b = 0; b < perByte; b = b ? b + 2 : 1) {
                 Scenario shifted(k);
                 ASSERT_EQ(shifted.run(in, b, count), RC_OK);
@@ -118,11 +131,7 @@ TEST(EveryKernel, BitOffsetShiftsTheRunAndNothingOutsideItIsTouched) {
 // three-plane output (colourMode 2) is the first three planes and lines.
 TEST(EveryKernel, SisterKernelsAgree) {
     enum Reduce { kSame, kSmaller, kLarger, kTwice };
-    struct Sister {
-        KernelSetup a, b;
-        Reduce reduce;
-        unsigned planes = 15, lines = 4;  // compared planes (a mask) and error lines
-    };
+    struct Sister { KernelSetup a, b; Reduce reduce; unsigned planes = 15, lines = 4; };  // planes: a mask
     const auto with = [](KernelSetup s, int32_t scaleMode, uint32_t inputFormat = 0) {
         s.scaleMode = scaleMode;
         s.inputFormat = inputFormat ? inputFormat : s.inputFormat;
@@ -187,37 +196,12 @@ TEST(EveryKernel, SisterKernelsAgree) {
     }
 }
 
-// A white run (all bytes 255, or no ink in ink input; for the monochrome
-// kernels only the two-bit diffusion knows white) prints nothing and leaves
-// the error lines at zero, whatever the tables. The count is even: an odd
-// last pixel is looked up, white or not.
-TEST(EveryKernel, WhiteRunPrintsNothingAndLeavesNoError) {
-    std::vector<KernelSetup> setups;
-    for (KernelSetup k : everyKernelSetup()) {
-        if (k.colourMode == 0 && !(k.method == 1 && k.outputBits == 2)) continue;
-        setups.push_back(k);
-        if (k.colourMode != 0) setups.push_back((k.inputFormat = 4, k));
-    }
-    for (const KernelSetup& k : setups) {
-        Scenario s(k);
-        SCOPED_TRACE(testing::Message() << chooseKernel(s.hc.ready()).name << ", input form " << k.inputFormat);
-        const std::vector<uint8_t> white(8 * 36, k.inputFormat == 4 ? 0 : 255);
-        ASSERT_EQ(s.run(white, 0, 36), RC_OK);
-        for (unsigned p = 0; p < (k.colourMode ? 4u : 1u); ++p)
-            for (uint32_t i = 0; i < 36; ++i) ASSERT_EQ(pixelAt(k.outputBits, s.out.plane(p), i), 0u) << "plane " << p;
-        for (const auto& line : s.hc.errorLines) EXPECT_EQ(line, std::vector<int32_t>(line.size(), 0));
-    }
-}
-
 // Every error-diffusion kernel applies the continuity rule to the lines it
 // diffuses, even for an empty run, and leaves the margins and the other
 // lines alone; the run state left is the run's own line and end. Bands are
 // 16 lines: 31 is a band's last line, 32 a first.
 TEST(EveryKernel, DiffusionKernelsApplyTheContinuityRule) {
-    struct Case {
-        const char* what;
-        uint32_t prevLine, prevEnd, line, start, from, to;  // columns cleared: [from, to)
-    };
+    struct Case { const char* what; uint32_t prevLine, prevEnd, line, start, from, to; };  // cleared: [from, to)
     const Case cases[] = {
         {"line 1 after creation", 0, 0, 1, 0, 0, 0},
         {"a skipped line clears the whole line", 0, 0, 2, 0, 0, 64},

@@ -26,13 +26,8 @@ namespace inkdot::test {
 // Instance settings with the kernel tests' defaults: one-bit error
 // diffusion, monochrome, 720 x 720, 64 pixels wide.
 struct KernelSetup {
-    uint32_t method = 1;
-    uint32_t ditherMode = 0;
-    uint32_t inputFormat = 0;
-    uint32_t colourMode = 0;
-    uint32_t resolutionX = 720;
-    uint32_t resolutionY = 720;
-    uint32_t outputBits = 1;
+    uint32_t method = 1, ditherMode = 0, inputFormat = 0, colourMode = 0;
+    uint32_t resolutionX = 720, resolutionY = 720, outputBits = 1;
     int32_t scaleMode = 0;
     uint32_t width = 64;
 
@@ -153,11 +148,8 @@ public:
     std::vector<uint16_t> matrix;
     std::vector<uint32_t> conversion;
     std::vector<uint16_t> tone;
-    std::vector<int16_t> dotValue;
-    std::vector<int16_t> edThreshold;
-    std::vector<uint8_t> gridCell;
-    std::vector<uint8_t> dotSplit;
-    std::vector<uint8_t> replicated;
+    std::vector<int16_t> dotValue, edThreshold;
+    std::vector<uint8_t> gridCell, dotSplit, replicated;
 };
 
 inline uint32_t packInks(uint32_t c0, uint32_t c1, uint32_t c2, uint32_t c3) {
@@ -195,11 +187,7 @@ inline unsigned pixelAt(uint32_t outputBits, const uint8_t* plane, uint32_t i) {
 // of line `line`, the pixels of each plane it writes as text, planes
 // separated by spaces ("0110 0000 ..." one-bit, codes "0".."3" two-bit;
 // "refused" for a result code), and error cells it leaves.
-struct Cell {
-    unsigned line;
-    int column;
-    int32_t value;
-};
+struct Cell { unsigned line; int column; int32_t value; };
 struct RunCase {
     const char* what;
     std::function<void(HandContext&)> tables;
