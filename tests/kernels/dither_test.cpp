@@ -73,8 +73,8 @@ TEST(Dither, HandWorkedRuns) {
         {kMono, {"tone above the matrix value prints, equal does not", [](HandContext& hc) {
              hc.setMatrix(4, 1, {4, 5, 6, 0}), hc.tone[10] = 5;
          }, std::vector<uint8_t>(8, 10), 8, 0, 0, "10011001"}},
-        {kMono, {"tone 0 never prints, even on matrix 0", [](HandContext& hc) { hc.tone[4] = 1; }, {3, 4, 3, 4}, 4, 0, 0,
-                 "0101"}},
+        {kMono, {"tone 0 never prints, even on matrix 0", [](HandContext& hc) { hc.tone[4] = 1; }, {3, 4, 3, 4}, 4,
+                 0, 0, "0101"}},
         // Row y of the 4 x 3 matrix holds 0 in column y only; line 7 reads row 1, columns 9
         // and 13 are column 1 of the row.
         {kMono, {"matrix row follows the line, column wraps", [](HandContext& hc) {
@@ -166,9 +166,9 @@ TEST(Dither, HandWorkedRuns) {
              hc.setGridCell(50, 2, 128), hc.setGridCell(60, 2, 129), onNode(hc, 70, 5);
              hc.setNode(5, 2, 3, packInks(10, 40, 31, 32));
          }, {50, 60, 70}, 1, 0, 0, "0 2 0 2"}},
-        {kInk2, {"ink input's odd last pixel keeps small amounts", lastPixelRows, {10, 40, 31, 32}, 1, 0, 0, "3 2 3 2"}},
+        {kInk2, {"ink: the odd last pixel keeps small amounts", lastPixelRows, {10, 40, 31, 32}, 1, 0, 0, "3 2 3 2"}},
         {kInk2, {"ink input: amounts as they are, pixels without ink skipped but the last", [](HandContext& hc) {
-             matrix(hc, 4, 4, 0), splitRows(hc, {}, {9}, {0});  // a zero amount would print large but for the white test
+             matrix(hc, 4, 4, 0), splitRows(hc, {}, {9}, {0});  // 0 would print large but for the white test
          }, {0, 0, 0, 0, 9, 0, 9, 0, 0, 0, 0, 0}, 3, 0, 0, "023 033 023 033"}},
         {kColour2, {"white in the main pass but looked up as the odd last pixel", [](HandContext& hc) {
              matrix(hc, 4, 4, 0), splitRows(hc, {}, {}, {60});

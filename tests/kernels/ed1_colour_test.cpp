@@ -142,11 +142,11 @@ TEST(Ed1Colour, HandWorkedRuns) {
                 "11111000 11110000 00000000 11111111"}},
         {kAll, {"activity: white pixels do not count", busy, px("1w2222w2"), 8, 0, 0,
                 "10111100 10111000 00000000 10111101"}},
-        {kAll, {"odd last pixel: plane 3 alone", lastPair(200, 0, 0, 100, 0, 0), px("ww1"), 3, 0, 0, "000 000 000 001"}},
-        {kAll, {"odd last pixel: planes 3 and 0", lastPair(250, 0, 0, 100, 0, 0), px("ww1"), 3, 0, 0, "001 000 000 001"}},
-        {kAll, {"odd last pixel: plane 2 by the pair sum", lastPair(0, 40, 50, 0, 100, 200), px("1"), 1, 0, 0, "0 0 1 0"}},
-        {kAll, {"odd last pixel: plane 1 alone", lastPair(0, 40, 50, 0, 250, 10), px("1"), 1, 0, 0, "0 1 0 0"}},
-        {kAll, {"odd last pixel: 200 is not above 245", lastPair(0, 40, 50, 0, 100, 100), px("1"), 1, 0, 0, "0 0 0 0"}},
+        {kAll, {"last pixel: plane 3 alone", lastPair(200, 0, 0, 100, 0, 0), px("ww1"), 3, 0, 0, "000 000 000 001"}},
+        {kAll, {"last pixel: planes 3 and 0", lastPair(250, 0, 0, 100, 0, 0), px("ww1"), 3, 0, 0, "001 000 000 001"}},
+        {kAll, {"last pixel: plane 2 by the pair sum", lastPair(0, 40, 50, 0, 100, 200), px("1"), 1, 0, 0, "0 0 1 0"}},
+        {kAll, {"last pixel: plane 1 alone", lastPair(0, 40, 50, 0, 250, 10), px("1"), 1, 0, 0, "0 1 0 0"}},
+        {kAll, {"last pixel: 200 is not above 245", lastPair(0, 40, 50, 0, 100, 100), px("1"), 1, 0, 0, "0 0 0 0"}},
         // The last pixel's nodes are chosen at mid-matrix (q = 128 moves weight 128) and a
         // level of 31 or less counts as 0, except in ink input.
         {kAll, {"odd last pixel: nodes at mid-matrix, faint levels dropped", [](HandContext& hc) {
@@ -177,8 +177,8 @@ TEST(Ed1Colour, HandWorkedRuns) {
                           0, "00 00 00 00", {{0, 7, 4 * 30}}}},
         {k1440 | k1440B, {"L = 30 without a dot, even: H0b (none at x - 3)", parity(0x42, 30, 0, 0, false), px("1w"), 2,
                           10, 0, "00 00 00 00", {{0, 7, 0}}}},
-        {kDoubleY, {"L = 3 below T4 with a dot, odd: G4a (1 at x + 10)", parity(0x43, 3, 0, 0, true), px("1w"), 2, 10, 0,
-                    "10 10 00 10", {{0, 20, e3}, {0, 21, 0}}}},
+        {kDoubleY, {"L = 3 below T4 with a dot, odd: G4a (1 at x + 10)", parity(0x43, 3, 0, 0, true), px("1w"), 2, 10,
+                    0, "10 10 00 10", {{0, 20, e3}, {0, 21, 0}}}},
         {kDoubleY, {"L = 3 below T4 with a dot, even: G4b (1 at x + 11)", parity(0x42, 3, 0, 0, true), px("1w"), 2, 10,
                     0, "10 10 00 10", {{0, 20, 0}, {0, 21, e3}}}},
         {kAll, {"an empty matrix is refused", [](HandContext& hc) { hc.ctx.matrixHeight = 0; }, px("ww"), 2, 0, 0,
@@ -187,8 +187,8 @@ TEST(Ed1Colour, HandWorkedRuns) {
         {kGeneralB | k1440B, {"a matrix wider than 256 is refused untouched", [](HandContext& hc) {
              hc.setFlatMatrix(512, 1, 0x83), pending(hc, 20, 21, 1234);
          }, px("ww"), 2, 0, 0, "refused", {{2, 20, 1234}}}},
-        {kGeneralB | k1440B, {"256 columns are not", [](HandContext& hc) { hc.setFlatMatrix(256, 1, 0x83); }, px("ww"), 2,
-                              0, 0, "00 00 00 00"}},
+        {kGeneralB | k1440B, {"256 columns are not", [](HandContext& hc) { hc.setFlatMatrix(256, 1, 0x83); }, px("ww"),
+                              2, 0, 0, "00 00 00 00"}},
     };
     for (const Case& c : cases)
         for (unsigned k = 0; k < 5; ++k)

@@ -59,9 +59,9 @@ TEST(Ed1Mono, HandWorkedRuns) {
              hc.ctx.prevLineNo = 5, hc.ctx.prevRunEnd = 60;
          }, {1, 2}, 2, 60, 5, "01", {{0, 57, 0}, {0, 58, 120}, {0, 59, -592}, {0, 60, -592}, {0, 61, -1664},
                                      {0, 62, -1544}, {0, 63, -832}, {0, 64, 0}}}},
-        {kGeneral, {"white takes G1's carry", dotThenWhite, {1, 0, 0}, 3, 10, 3, "100", {{0, 11, 4 * -55}, {0, 12, 0}}}},
-        {k1440, {"white takes H1's carry", dotThenWhite, {1, 0, 0}, 3, 10, 3, "100", {{0, 11, 0}, {0, 12, 0}}}},
-        {kDoubleY, {"white takes Y1's carry", dotThenWhite, {1, 0, 0}, 3, 10, 3, "100", {{0, 11, 8 * -55}, {0, 12, 0}}}},
+        {kGeneral, {"white: G1's carry", dotThenWhite, {1, 0, 0}, 3, 10, 3, "100", {{0, 11, 4 * -55}, {0, 12, 0}}}},
+        {k1440, {"white: H1's carry", dotThenWhite, {1, 0, 0}, 3, 10, 3, "100", {{0, 11, 0}, {0, 12, 0}}}},
+        {kDoubleY, {"white: Y1's carry", dotThenWhite, {1, 0, 0}, 3, 10, 3, "100", {{0, 11, 8 * -55}, {0, 12, 0}}}},
         {kGeneral, {"the dot value is read unsigned: 0xFFFF removes 65535 (G1)", mono(100, 0, -1), {1}, 1, 10, 0, "1",
                     line0(10, -2, 100 - 65535, "44884")}},
         {kGeneral, {"curve entry 0xFFEC is level -20, tables read at 236: G5b", mono(-20, -100, 10), {1}, 1, 30, 0, "1",
@@ -71,10 +71,10 @@ TEST(Ed1Mono, HandWorkedRuns) {
         {kGeneral, {"G4a: lowest bands, even cell", mono(2, -100, 255, 0x42), {1}, 1, 30, 0, "1",
                     line0(30, -10, e2, "111111222222222111111")}},
         {kGeneral, {"G3: between T3 and T2", mono(6, -100), {1}, 1, 30, 0, "1", line0(30, -7, e6, "112222333331111")}},
-        {kGeneral, {"G5b: lowest bands, odd cell", mono(2, -100), {1}, 1, 30, 0, "1", line0(30, -14, e2, std::string(29, '1'))}},
+        {kGeneral, {"G5b: odd cell", mono(2, -100), {1}, 1, 30, 0, "1", line0(30, -14, e2, std::string(29, '1'))}},
         {kGeneral, {"G2a: between T2 and T1, even cell", mono(20, -100, 255, 0x42), {1}, 1, 30, 0, "1",
                     line0(30, -4, e20, "2224444222")}},
-        {kGeneral, {"G2b: between T2 and T1, odd cell", mono(20, -100), {1}, 1, 30, 0, "1", line0(30, -4, e20, "222464422")}},
+        {kGeneral, {"G2b: T2..T1, odd cell", mono(20, -100), {1}, 1, 30, 0, "1", line0(30, -4, e20, "222464422")}},
         {kGeneral, {"G4b: above T4, odd cell", mono(3, -100), {1}, 1, 30, 0, "1",
                     line0(30, -10, e3, "1111112222222221111101")}},
         {k1440, {"H2", mono(20, -100), {1}, 1, 30, 0, "1", line0(30, -7, e20, "112233323332211")}},
@@ -96,7 +96,8 @@ TEST(Ed1Mono, HandWorkedRuns) {
     for (const KernelSetup& k : {kGeneral, k1440, kDoubleY})
         for (auto [m, p] : perturbations)
             for (int16_t below : {0, 1})
-                cases.push_back({k, {"matrix perturbation", mono(100, 100 - p + below, 255, m), {1}, 1, 0, 0, below ? "0" : "1"}});
+                cases.push_back(
+                    {k, {"matrix perturbation", mono(100, 100 - p + below, 255, m), {1}, 1, 0, 0, below ? "0" : "1"}});
     for (const auto& [setup, c] : cases) checkRun(setup, c);
 }
 

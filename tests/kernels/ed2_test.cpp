@@ -119,7 +119,8 @@ TEST(Ed2, HandWorkedRuns) {
              fillLines(hc, 3200);
              hc.setGridCell(255, 31, 255), hc.setGridCell(254, 31, 255), hc.setNode(31, 31, 31, packInks(1, 1, 1, 1));
              large(hc, 1);
-         }, {255, 255, 255, 255, 255, 254}, 2, 3, 0, "03 03 03 03", {{0, 3, 400}, {1, 3, 400}, {2, 3, 400}, {3, 3, 3200}}}},
+         }, {255, 255, 255, 255, 255, 254}, 2, 3, 0, "03 03 03 03",
+         {{0, 3, 400}, {1, 3, 400}, {2, 3, 400}, {3, 3, 3200}}}},
         // 3200 dropped; G0 of the next pixel (no dot: row 0 has no small amount) adds 8 x 100.
         {kInk, {"ink white is zero in all four", [](HandContext& hc) { fillLines(hc, 3200), large(hc, 1); },
                 {0, 0, 0, 0, 0, 0, 0, 1}, 2, 3, 0, "00 00 00 03", {{0, 3, 800}, {0, 4, 800}}}},
@@ -152,16 +153,16 @@ TEST(Ed2, HandWorkedRuns) {
         {kInk, {"small ink switches diffusion on for five pixels", history, plane0("1111121111111111"), 16, 0, 0,
                 "2222202222222222 0000000000000000 0000000000000000 0000000000000000",
                 {{0, 11, 0}, {0, 12, 0}, {0, 13, 0}, {0, 14, 0}, {0, 15, 0}}}},
-        {kMono, {"worked: matrix 500 below tone(60) + tone(0) = 960 prints medium", one(500, 40, 60, 0, 100, 10, 320, 7),
-                 {7}, 1, 10, 0, "2", workedG1}},
+        {kMono, {"worked: matrix 500 below tone(60) + tone(0) = 960 prints medium",
+                 one(500, 40, 60, 0, 100, 10, 320, 7), {7}, 1, 10, 0, "2", workedG1}},
         {kMono, {"worked: matrix 1000 (p -20) leaves the small dot to diffusion", one(1000, 40, 60, 0, 100, 10, 320, 7),
                  {7}, 1, 10, 0, "1", workedG1}},
         {kMono, {"worked: the white pixel replaces its cell with the carry", one(500, 40, 60, 0, 100, 10, 320, 7),
                  {7, 255}, 2, 10, 0, "20", {{0, 11, -580}}}},
         {kMono, {"-33 reads -1 (truncating): sum 9 reaches the threshold, G2a on an even cell (2)",
                  one(2, 10, 0, 0, 9 - 24, 5, -33, 1), {1}, 1, 5, 0, "1", {{0, 5, 4 * -246}, {0, 10, 2 * -246}}}},
-        {kMono, {"33 reads 1: sum 11 stays below 12, G0 with the whole sum", one(0, 10, 0, 0, 12 - 24, 5, 33, 1), {1}, 1,
-                 5, 0, "0", {{0, 5, 8 * 11}}}},
+        {kMono, {"33 reads 1: sum 11 stays below 12, G0 with the whole sum", one(0, 10, 0, 0, 12 - 24, 5, 33, 1),
+                 {1}, 1, 5, 0, "0", {{0, 5, 8 * 11}}}},
         {kMono, {"large dot whatever the sum, removing 255, G1", one(0, 0, 0, 200, 128, 0, -320000, 2), {2}, 1, 0, 0,
                  "3", {{0, 0, 8 * (-10000 + 200 - 255)}}}},
         {kMono, {"a full row with a dot diffuses just the cell", one(0, 55, 100, 100, 128, 3, 32 * 7, 2), {2}, 1, 3, 0,
@@ -189,7 +190,7 @@ TEST(Ed2, HandWorkedRuns) {
     const std::pair<uint16_t, int16_t> planeP[] = {{0, 24}, {127, 24}, {2048, 20}, {2090, -20}, {4095, -24}};
     for (auto [mP, p] : planeP)
         for (int16_t below : {0, 1}) {
-            const std::string planes = std::string(below ? "0 " : "1 ") + (p > 0 ? "1" : "0") + (below ? " 0 0" : " 0 1");
+            const std::string on = below ? "0" : "1", planes = on + (p > 0 ? " 1 0 " : " 0 0 ") + on;
             cases.push_back({kInk, {"plane perturbation", [=](HandContext& hc) {
                  hc.setFlatMatrix(64, 64, 0);  // S = 4
                  hc.matrix[24] = mP, hc.setSplit(5, 10, 0, 0), hc.edThreshold[5] = static_cast<int16_t>(10 - p + below);
@@ -199,13 +200,14 @@ TEST(Ed2, HandWorkedRuns) {
     const std::pair<uint16_t, int16_t> monoP[] = {{308, 20}, {257, 24}, {7, 24}, {1000, -20}, {254, -24}, {0x1FE, -24}};
     for (auto [m, p] : monoP)
         for (int16_t below : {0, 1})
-            cases.push_back({kMono, {"small-dot threshold + p", one(m, 10, 0, 0, 10 + below - p, 0, 0, 1), {1}, 1, 0, 0, below ? "0" : "1"}});
+            cases.push_back({kMono, {"threshold + p", one(m, 10, 0, 0, 10 + below - p, 0, 0, 1), {1}, 1, 0, 0, below ? "0" : "1"}});
     for (const auto& [setup, c] : cases) checkRun(setup, c, ed2Tables);
 }
 
 TEST(Ed2, MatrixScaleShiftBringsTheMatrixToTheByteRange) {
     // 256 x 256 cells keep 0 in 16 bits.
-    const std::pair<uint32_t, uint32_t> cases[] = {{4096, 4}, {1024, 2}, {256, 0}, {16384, 6}, {0, 0}, {511, 1}, {510, 0}};
+    const std::pair<uint32_t, uint32_t> cases[] = {{4096, 4}, {1024, 2}, {256, 0}, {16384, 6},
+                                                   {0, 0},    {511, 1},  {510, 0}};
     for (auto [cells, shift] : cases) EXPECT_EQ(matrixScaleShift(cells), shift) << cells;
 }
 

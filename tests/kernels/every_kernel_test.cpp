@@ -138,7 +138,8 @@ TEST(EveryKernel, SisterKernelsAgree) {
         return s;
     };
     const KernelSetup mono2 = monoSetup(2), colour2 = colourSetup(2), ed2y = edSetup(1, 2, 360, 720);
-    KernelSetup hybrid = colourSetup(), threePlanes = edSetup(1, 1, 360, 360), threePlanes1440 = edSetup(1, 1, 1440, 720);
+    KernelSetup hybrid = colourSetup(), threePlanes = edSetup(1, 1, 360, 360);
+    KernelSetup threePlanes1440 = edSetup(1, 1, 1440, 720);
     hybrid.ditherMode = 0, threePlanes.colourMode = threePlanes1440.colourMode = 2;
     std::vector<Sister> sisters = {
         {with(doubleY(mono2), -1), mono2, kSmaller},    {with(doubleY(colour2), -1), colour2, kSmaller},
@@ -168,7 +169,8 @@ TEST(EveryKernel, SisterKernelsAgree) {
         Scenario a(s.a), b(s.b);
         SCOPED_TRACE(testing::Message() << chooseKernel(a.hc.ready()).name << " / " << chooseKernel(b.hc.ready()).name);
         if (s.a.method == 1 && s.a.outputBits == 1) {  // 16-bit matrix values
-            for (size_t i = 0; i < a.hc.matrix.size(); ++i) a.hc.matrix[i] = b.hc.matrix[i] = static_cast<uint16_t>(rng());
+            for (size_t i = 0; i < a.hc.matrix.size(); ++i)
+                a.hc.matrix[i] = b.hc.matrix[i] = static_cast<uint16_t>(rng());
         }
         const uint32_t pixelBytes = s.a.colourMode ? (s.a.inputFormat == 4 ? 4 : 3) : 1;
         for (uint32_t line = 0; line < 30; line += 1 + rng() % 2) {

@@ -209,7 +209,8 @@ inline void checkRun(const KernelSetup& k, const RunCase& c, void (*prep)(HandCo
         planes.clear();
         for (unsigned p = 0; p < (hc.ctx.colourMode ? 4u : 1u); ++p) {
             if (p) planes += ' ';
-            for (uint32_t i = 0; i < c.count; ++i) planes += static_cast<char>('0' + pixelAt(k.outputBits, &out[p * kStride], i));
+            for (uint32_t i = 0; i < c.count; ++i)
+                planes += static_cast<char>('0' + pixelAt(k.outputBits, &out[p * kStride], i));
         }
     }
     EXPECT_EQ(planes, c.planes) << c.what;
