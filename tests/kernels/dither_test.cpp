@@ -14,8 +14,9 @@
 namespace inkdot::test {
 namespace {
 
-KernelSetup with(KernelSetup s, uint32_t method, uint32_t inputFormat, int32_t scaleMode = 0, uint32_t ditherMode = 1) {
-    s.method = method, s.inputFormat = inputFormat, s.scaleMode = scaleMode, s.ditherMode = ditherMode;
+KernelSetup with(KernelSetup s, uint32_t method, uint32_t inputFormat, int32_t scaleMode = 0, uint32_t ditherMode = 1,
+                 uint32_t width = 64) {
+    s.method = method, s.inputFormat = inputFormat, s.scaleMode = scaleMode, s.ditherMode = ditherMode, s.width = width;
     return s;
 }
 const KernelSetup kMono = monoSetup(), kColour = colourSetup(), kThreshold = with(kColour, 0, 2),
@@ -140,6 +141,9 @@ TEST(Dither, HandWorkedRuns) {
              hc.setSplit(9, 1, 2, 3);
              hc.monoCurve()[0] = 1, hc.monoCurve()[50 + 1] = 9;  // no level spread: byte 50 reads row 9
          }, std::vector<uint8_t>(8, 50), 8, 0, 0, "33221100"}},
+        {with(kMono2, 3, 0, 0, 1, 300), {"a run longer than one chunk", [](HandContext& hc) {
+             hc.tone[255] = 1, hc.setSplit(9, 0, 0, 255), hc.monoCurve()[0] = 1, hc.monoCurve()[50 + 1] = 9;
+         }, std::vector<uint8_t>(300, 50), 300, 0, 0, std::string(300, '3')}},
         // Columns 0..4 read shift cells 0, 1, 2, 3, 5 (modulo W = 4: 0, 1, 2, 3, 1) at x + 24.
         {kMono2, {"the matrix shifts the level before the curve", [](HandContext& hc) {
              const uint16_t shift[] = {0, 1, 2, 3, 5};

@@ -109,6 +109,9 @@ TEST(Ed2, HandWorkedRuns) {
         {kColour, {"the last node holds", [](HandContext& hc) {
              hc.setGridCell(254, 31, 0), hc.setNode(31, 31, 31, packInks(5, 5, 5, 5)), large(hc, 5);
          }, {254, 254, 254}, 1, 0, 0, "3 3 3 3"}},
+        {kColour, {"a node below the last moves as its weight says", [](HandContext& hc) {
+             hc.setGridCell(253, 30, 255), hc.setNode(30, 30, 30, packInks(5, 5, 5, 5)), large(hc, 5);
+         }, {253, 253, 253}, 1, 0, 0, "3 3 3 3"}},
         {kColour, {"first pixel never smoothed; even matrix: (10 + 13 + 1) >> 1 = 12", smoothing(0),
                    {10, 0, 10, 20, 0, 0}, 2, 0, 0, "00 00 23 00"}},
         {kColour, {"odd matrix: (10 + 13) >> 1 = 11", smoothing(1), {10, 0, 10, 20, 0, 0}, 2, 0, 0, "00 00 22 00"}},
@@ -200,7 +203,8 @@ TEST(Ed2, HandWorkedRuns) {
     const std::pair<uint16_t, int16_t> monoP[] = {{308, 20}, {257, 24}, {7, 24}, {1000, -20}, {254, -24}, {0x1FE, -24}};
     for (auto [m, p] : monoP)
         for (int16_t below : {0, 1})
-            cases.push_back({kMono, {"threshold + p", one(m, 10, 0, 0, 10 + below - p, 0, 0, 1), {1}, 1, 0, 0, below ? "0" : "1"}});
+            cases.push_back(
+                {kMono, {"threshold + p", one(m, 10, 0, 0, 10 + below - p, 0, 0, 1), {1}, 1, 0, 0, below ? "0" : "1"}});
     for (const auto& [setup, c] : cases) checkRun(setup, c, ed2Tables);
 }
 

@@ -44,7 +44,6 @@ TEST(SpreadRow, EveryRowSpreadsLikeItsColumnsPattern) {
     expectTableRowsMatchSpread<Colour1440x720Family>(rng);
     expectTableRowsMatchSpread<DoubleYColourFamily>(rng);
     expectRowMatchesSpread<PatternRow{{Pattern::H5, Pattern::G5a, Pattern::Y0, Pattern::H0b}}>(rng);
-    expectRowMatchesSpread<PatternRow{{Pattern::G0, Pattern::H0a, Pattern::H0b, Pattern::Y0}}>(rng);  // no carry
 }
 
 }  // namespace

@@ -202,15 +202,15 @@ inline void checkRun(const KernelSetup& k, const RunCase& c, void (*prep)(HandCo
     HandContext hc(k.settings());
     if (prep) prep(hc);
     c.tables(hc);
-    constexpr uint32_t kStride = 16;
-    std::vector<uint8_t> out(4 * kStride, 0xA5);
+    const uint32_t stride = c.count / 4 + 1;
+    std::vector<uint8_t> out(4 * stride, 0xA5);
     std::string planes = "refused";
-    if (hc.run(c.in.data(), out.data(), kStride, 0, c.count, c.startX, c.line) == RC_OK) {
+    if (hc.run(c.in.data(), out.data(), stride, 0, c.count, c.startX, c.line) == RC_OK) {
         planes.clear();
         for (unsigned p = 0; p < (hc.ctx.colourMode ? 4u : 1u); ++p) {
             if (p) planes += ' ';
             for (uint32_t i = 0; i < c.count; ++i)
-                planes += static_cast<char>('0' + pixelAt(k.outputBits, &out[p * kStride], i));
+                planes += static_cast<char>('0' + pixelAt(k.outputBits, &out[p * stride], i));
         }
     }
     EXPECT_EQ(planes, c.planes) << c.what;
