@@ -74,8 +74,6 @@ TEST(Dither, HandWorkedRuns) {
         {kMono, {"tone above the matrix value prints, equal does not", [](HandContext& hc) {
              hc.setMatrix(4, 1, {4, 5, 6, 0}), hc.tone[10] = 5;
          }, std::vector<uint8_t>(8, 10), 8, 0, 0, "10011001"}},
-        {kMono, {"tone 0 never prints, even on matrix 0", [](HandContext& hc) { hc.tone[4] = 1; }, {3, 4, 3, 4}, 4,
-                 0, 0, "0101"}},
         // Row y of the 4 x 3 matrix holds 0 in column y only; line 7 reads row 1, columns 9
         // and 13 are column 1 of the row.
         {kMono, {"matrix row follows the line, column wraps", [](HandContext& hc) {

@@ -181,6 +181,11 @@ TEST(Ed1Colour, HandWorkedRuns) {
                     0, "10 10 00 10", {{0, 20, e3}, {0, 21, 0}}}},
         {kDoubleY, {"L = 3 below T4 with a dot, even: G4b (1 at x + 11)", parity(0x42, 3, 0, 0, true), px("1w"), 2, 10,
                     0, "10 10 00 10", {{0, 20, 0}, {0, 21, e3}}}},
+        // Dot value 40000: the plain kernels read planes 0 and 1 unsigned (err 100 - 40000),
+        // plane 3 signed (err 100 + 25536); G1 leaves 8 x err at x.
+        {kGeneral | kDoubleY, {"plain kernels: dot values", [](HandContext& hc) {
+             palette(hc, 1, 100, 100, 0, 100), hc.dotValue[100] = 40000 - 65536, hc.edThreshold[100] = -1000;
+         }, px("1w"), 2, 0, 0, "10 10 00 10", {{0, 0, 8 * -39900}, {1, 0, 8 * -39900}, {2, 0, 8 * 25636}}}},
         {kAll, {"an empty matrix is refused", [](HandContext& hc) { hc.ctx.matrixHeight = 0; }, px("ww"), 2, 0, 0,
                 "refused"}},
         // The cached kernels keep one matrix row of at most 256 columns.
