@@ -1,12 +1,10 @@
-// The pack file: round trip and refusal of damaged packs; mistakes in a
-// pack description, reported with file and line.
+// The pack file: round trip and refusal of damaged packs (mistakes in a pack
+// description are in cli_test).
 #include <gtest/gtest.h>
 
 #include "pack/crc32.h"
 #include "pack/pack.h"
 #include "pack/pack_format.h"
-#include "rescomp/resource_compiler.h"
-#include "tools/test_files.h"
 
 namespace inkdot::tools {
 namespace {
@@ -24,12 +22,8 @@ BlockMap sampleBlocks() {
 // change under test is wrong.
 void reseal(Bytes& pack) { putU32le(pack, packformat::kCrcAt, crc32(std::span(pack).subspan(packformat::kHeaderSize))); }
 
-TEST(Crc32, MatchesTheStandardCheckValue) {
-    EXPECT_EQ(crc32({reinterpret_cast<const uint8_t*>("123456789"), 9}), 0xCBF43926u);
-    EXPECT_EQ(crc32({}), 0u);
-}
-
 TEST(Pack, RoundTripKeepsEveryBlock) {
+    EXPECT_EQ(crc32({reinterpret_cast<const uint8_t*>("123456789"), 9}), 0xCBF43926u) << "the standard check value";
     const BlockMap blocks = sampleBlocks();
     const Bytes bytes = writePack(blocks);
     Pack pack;
@@ -67,36 +61,6 @@ TEST(Pack, DamagedPacksAreRefusedWithAClearReason) {
         std::string error;
         EXPECT_FALSE(pack.open(std::span<const uint8_t>(bytes), error)) << c.message;
         EXPECT_TRUE(error.find(c.message) != std::string::npos && pack.entries().empty()) << error;
-    }
-}
-
-TEST(ResourceCompiler, ReportsMistakesWithFileAndLine) {
-    const std::pair<const char*, const char*> cases[] = {
-        {"# comment\n\n5 grid-levels colour=1\n", "pack.txt:3: unknown setting 'colour'"},
-        {"5 grid-levels\n5 grid-levels\n", "pack.txt:2: block 5 is described twice"},
-        {"5 matrix width=48 height=8\n", "power of two"},
-        {"5 colour-table points=49\n", "points must be a whole number from 2 to 48"},
-        {"5 index\n", "index needs file="},
-        {"# nothing\n", "describes no blocks"},
-        // Bad values stop the line before anything is built from them: these
-        // once divided by zero (points=1) or ran for minutes and gigabytes.
-        {"5 colour-table points=1\n", "points must be a whole number from 2 to 48"},
-        {"5 colour-table dot-split=7\n", "pack.txt:1: dot-split=7 names no dot-split block"},
-        {"5 colour-table dot-split=7\n6 colour-table ink-param=350,100 dot-split=7\n7 dot-split\n",
-         "pack.txt:2: its ink-param differs from block 5"},
-        {"5 correction-tables strength=nan\n", "strength must be a number from 1 to 4"},
-        {"5 routing records=0:0.1\n", "four rows from 0 to 3"},
-        {"5 dot-split medium=0.5,0.9 large=0.1,1\n", "medium dots must fade in before large ones"},
-        {"5 index file=.\n", "not a regular file"},
-    };
-    test::TempDir dir;
-    dir.write("idx.txt", "//3 index\nheading\n/\nA\nP\nS\n0\n");
-    for (const auto& [manifest, message] : cases) {
-        dir.write("pack.txt", manifest);
-        BlockMap blocks;
-        std::string error;
-        EXPECT_FALSE(compileResources(dir.path().string(), blocks, error)) << manifest;
-        EXPECT_NE(error.find(message), std::string::npos) << manifest << ": " << error;
     }
 }
 
