@@ -1,6 +1,6 @@
-// Colour-managed input: profiles embedded in PNG and TIFF files are found,
-// rows are converted into device RGB exactly as LittleCMS's own transform
-// does, and unusable profiles are refused with a clear message.
+// Colour-managed input: a profile embedded in a PNG or TIFF file converts rows
+// into device RGB exactly as LittleCMS's own transform does, and a profile that
+// cannot be used stops the print with a clear message.
 #include <gtest/gtest.h>
 #include <lcms2.h>
 
@@ -14,15 +14,6 @@
 namespace inkdot::tools {
 namespace {
 
-std::vector<uint8_t> saveProfile(cmsHPROFILE profile) {
-    cmsUInt32Number size = 0;
-    cmsSaveProfileToMem(profile, nullptr, &size);
-    std::vector<uint8_t> bytes(size);
-    cmsSaveProfileToMem(profile, bytes.data(), &size);
-    cmsCloseProfile(profile);
-    return bytes;
-}
-
 // Wide-gamut primaries (those of Adobe RGB) with gamma 2.2 (`gray`: a gray profile of that curve).
 std::vector<uint8_t> profile(bool gray = false) {
     cmsCIExyY d65 = {0.3127, 0.3290, 1};
@@ -31,20 +22,19 @@ std::vector<uint8_t> profile(bool gray = false) {
     cmsToneCurve* curves[3] = {curve, curve, curve};
     cmsHPROFILE p = gray ? cmsCreateGrayProfile(&d65, curve) : cmsCreateRGBProfile(&d65, &primaries, curves);
     cmsFreeToneCurve(curve);
-    return saveProfile(p);
+    cmsUInt32Number size = 0;
+    cmsSaveProfileToMem(p, nullptr, &size);
+    std::vector<uint8_t> bytes(size);
+    cmsSaveProfileToMem(p, bytes.data(), &size);
+    cmsCloseProfile(p);
+    return bytes;
 }
 
-// Every level of every channel at least once, plus mixtures.
-std::vector<uint16_t> testPixels(uint32_t w, uint32_t h) {
-    std::vector<uint16_t> p(size_t{w} * h * 3);
-    for (size_t i = 0; i < p.size(); ++i) p[i] = uint16_t((i * 37 + i / 3 * 11) & 255);
-    return p;
-}
-
-TEST(ColourProfile, EmbeddedPngProfileConvertsAsLittleCmsDoes) {
+TEST(ColourProfile, TaggedInputConvertsAsLittleCmsDoesAndBadProfilesStopThePrint) {
     test::TempDir dir;
-    const auto wide = profile();
-    const auto samples = testPixels(64, 8);
+    const auto wide = profile(), gray = profile(true);
+    std::vector<uint16_t> samples(64 * 8 * 3);  // every level of every channel at least once, plus mixtures
+    for (size_t i = 0; i < samples.size(); ++i) samples[i] = uint16_t((i * 37 + i / 3 * 11) & 255);
     const std::vector<uint8_t> pixels(samples.begin(), samples.end());
     ASSERT_TRUE(test::writeTestPng(dir.file("wide.png"), 64, 8, PNG_COLOR_TYPE_RGB, 8, samples, wide));
     const std::pair<RenderingIntent, cmsUInt32Number> intents[] = {
@@ -53,20 +43,17 @@ TEST(ColourProfile, EmbeddedPngProfileConvertsAsLittleCmsDoes) {
     for (const auto& [ours, lcms] : intents) {
         std::string error;
         auto image = openImage(dir.file("wide.png"), error);
-        ASSERT_TRUE(image) << error;
-        EXPECT_EQ(image->iccProfile(), wide);
+        ASSERT_TRUE(image && image->iccProfile() == wide) << error;
         auto conversion = InputConversion::create(image->iccProfile(), 3, ours, "test", error);
         ASSERT_TRUE(conversion) << error;
-        std::vector<uint8_t> row(64 * 3), converted(pixels.size());
+        std::vector<uint8_t> row(64 * 3), converted(pixels.size()), reference(pixels.size());
         for (uint32_t y = 0; y < 8; ++y) {
             ASSERT_TRUE(image->readRow(row.data(), error)) << error;
             conversion->convertRow(row.data(), 64, &converted[y * 64 * 3]);
         }
         // What LittleCMS itself makes of the pixels: source profile → sRGB.
-        cmsHPROFILE source = cmsOpenProfileFromMem(wide.data(), cmsUInt32Number(wide.size()));
-        cmsHPROFILE srgb = cmsCreate_sRGBProfile();
+        cmsHPROFILE source = cmsOpenProfileFromMem(wide.data(), cmsUInt32Number(wide.size())), srgb = cmsCreate_sRGBProfile();
         cmsHTRANSFORM t = cmsCreateTransform(source, TYPE_RGB_8, srgb, TYPE_RGB_8, lcms, 0);
-        std::vector<uint8_t> reference(pixels.size());
         cmsDoTransform(t, pixels.data(), reference.data(), cmsUInt32Number(pixels.size() / 3));
         cmsDeleteTransform(t);
         cmsCloseProfile(srgb);
@@ -74,19 +61,12 @@ TEST(ColourProfile, EmbeddedPngProfileConvertsAsLittleCmsDoes) {
         EXPECT_EQ(converted, reference) << lcms;
         EXPECT_NE(converted, pixels) << "a wide-gamut profile moves the colours";
     }
-}
 
-// Through the print command: tagged input is converted, untagged input is
-// not, and a profile that cannot be used stops the print with a clear message.
-TEST(ColourProfile, PrintConvertsTaggedInputAndRefusesBadProfiles) {
-    test::TempDir dir;
-    const auto wide = profile(), gray = profile(true);
-    ASSERT_TRUE(test::writeTestPng(dir.file("wide.png"), 16, 4, PNG_COLOR_TYPE_RGB, 8, testPixels(16, 4), wide));
-    ASSERT_TRUE(test::writeTestPng(dir.file("plain.png"), 16, 4, PNG_COLOR_TYPE_RGB, 8, testPixels(16, 4)));
-    // libtiff keeps whatever bytes the ICC tag holds: a broken embedded profile.
-    test::TiffParams broken;
+    // Through the print command: tagged input is converted, untagged input is not.
+    ASSERT_TRUE(test::writeTestPng(dir.file("plain.png"), 64, 8, PNG_COLOR_TYPE_RGB, 8, samples));
+    test::TiffParams broken;  // libtiff keeps whatever bytes the ICC tag holds
     broken.icc.assign(150, 1);
-    ASSERT_TRUE(test::writeTestTiff(dir.file("broken.tif"), 8, 2, broken, testPixels(8, 2)));
+    ASSERT_TRUE(test::writeTestTiff(dir.file("broken.tif"), 8, 2, broken, std::vector<uint16_t>(48, 7)));
     dir.write("junk.icc", std::string(300, 'x'));
     dir.write("empty.icc", "");
     dir.write("half.icc", std::string(wide.begin(), wide.begin() + std::ptrdiff_t(wide.size() / 2)));
@@ -102,16 +82,15 @@ TEST(ColourProfile, PrintConvertsTaggedInputAndRefusesBadProfiles) {
         {"broken.tif", {}, kExitFailed, "the profile embedded in"},
         {"broken.tif", {"--input-profile", "sRGB"}, kExitOk, ""},
     };
-    int n = 0;
     for (const auto& c : cases) {
-        const std::string outDir = dir.file("out" + std::to_string(n++));
-        std::vector<std::string> args{"print", dir.file(c.input), "-o", outDir};
+        std::vector<std::string> args{"print", dir.file(c.input), "-o", dir.file("out")};
         args.insert(args.end(), c.args.begin(), c.args.end());
         std::ostringstream out, err;
+        std::filesystem::remove_all(dir.file("out"));
         EXPECT_EQ(runCli(args, out, err), c.status) << c.input << err.str();
         EXPECT_NE((out.str() + err.str()).find(c.says), std::string::npos) << out.str() << err.str();
         EXPECT_EQ(out.str().find("converted") != std::string::npos, c.status == kExitOk && *c.says != 0) << out.str();
-        EXPECT_EQ(std::filesystem::exists(outDir), c.status == kExitOk) << c.input;
+        EXPECT_EQ(std::filesystem::exists(dir.file("out")), c.status == kExitOk) << c.input;
     }
 }
 
