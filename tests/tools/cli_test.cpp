@@ -3,6 +3,7 @@
 // output paths, packs and their descriptions) and a good run of each command.
 // "@" in an argument or a message stands for the test's directory.
 #include <gtest/gtest.h>
+#include <lcms2.h>
 #include <unistd.h>
 
 #include <sstream>
@@ -14,6 +15,22 @@
 namespace inkdot::tools {
 namespace {
 
+// An ICC profile of wide-gamut primaries (those of Adobe RGB) with gamma 2.2, or a gray one of that curve.
+std::string profile(bool gray) {
+    cmsCIExyY d65 = {0.3127, 0.3290, 1};
+    cmsCIExyYTRIPLE primaries = {{0.64, 0.33, 1}, {0.21, 0.71, 1}, {0.15, 0.06, 1}};
+    cmsToneCurve* curve = cmsBuildGamma(nullptr, 2.2);
+    cmsToneCurve* curves[3] = {curve, curve, curve};
+    cmsHPROFILE p = gray ? cmsCreateGrayProfile(&d65, curve) : cmsCreateRGBProfile(&d65, &primaries, curves);
+    cmsFreeToneCurve(curve);
+    cmsUInt32Number size = 0;
+    cmsSaveProfileToMem(p, nullptr, &size);
+    std::string bytes(size, 0);
+    cmsSaveProfileToMem(p, bytes.data(), &size);
+    cmsCloseProfile(p);
+    return bytes;
+}
+
 // Files the runs read: damaged headers, sizes past the readers' limits (1 000 000
 // pixels a side, 256 MB for a whole interlaced PNG), layouts they do not read.
 void writeInputs(const test::TempDir& dir) {
@@ -24,6 +41,8 @@ void writeInputs(const test::TempDir& dir) {
         {"x.gif", "GIF89a...."},                        {"short.pgm", "P5 64 64 255\nabc"},
         {"huge.png", test::claimedPng(1000000, 1000000, true)}, {"big.png", test::claimedPng(10000, 10000, true)},
         {"wide.png", test::claimedPng(1000001, 1, false)},      {"bad.pack", "INKDPACK"},
+        {"junk.icc", std::string(300, 'x')},                    {"empty.icc", ""},
+        {"half.icc", profile(false).substr(0, profile(false).size() / 2)}, {"gray.icc", profile(true)},
     };
     for (const auto& [name, bytes] : files) dir.write(name, bytes);
     ASSERT_TRUE(test::writeTestTiff(dir.file("wide.tif"), 1000001, 1, {PHOTOMETRIC_MINISBLACK, 1}, std::vector<uint16_t>(1000001)));
@@ -35,6 +54,11 @@ void writeInputs(const test::TempDir& dir) {
     dir.write("cut.png", full.substr(0, full.size() / 2));
     for (int i = 0; i < 32 * 16; ++i) grayAlpha.insert(grayAlpha.end(), {uint16_t(i % 32 * 2000), 65535});
     ASSERT_TRUE(test::writeTestPng(dir.file("g.png"), 32, 16, PNG_COLOR_TYPE_GRAY_ALPHA, 16, grayAlpha));
+    const std::string wide = profile(false);
+    ASSERT_TRUE(test::writeTestPng(dir.file("wide-gamut.png"), 2, 1, PNG_COLOR_TYPE_RGB, 8, {9, 99, 199, 0, 255, 0}, {wide.begin(), wide.end()}));
+    test::TiffParams broken;  // libtiff keeps whatever bytes the ICC tag holds
+    broken.icc.assign(150, 1);
+    ASSERT_TRUE(test::writeTestTiff(dir.file("broken.tif"), 2, 1, broken, std::vector<uint16_t>(6, 7)));
     std::filesystem::create_directories(dir.path() / "sub");
     std::filesystem::create_directories(dir.path() / "src");
     std::filesystem::create_symlink("nothing", dir.file("dangling.png"));
@@ -88,6 +112,15 @@ const Row kRows[] = {
     {{"print", "@short.pgm", "-o", "@out"}, kExitFailed, "inkdot print: @short.pgm"},  // a row fails, naming the file
     {{"print", "@cut.png", "-o", "@out"}, kExitFailed, "inkdot print: @cut.png"},
     {{"print", "@c.png", "-o", "@out", "--pack", "@bad.pack"}, kExitFailed, "shorter than the header"},
+    // Colour profiles: embedded ones convert into device RGB; one that cannot be used stops the print.
+    {{"print", "@wide-gamut.png", "-o", "@wide", "--intent", "relative"}, kExitOk, "converted into device RGB (sRGB)"},
+    {{"print", "@c.png", "-o", "@out", "--input-profile", "@junk.icc"}, kExitFailed, "@junk.icc is not a usable ICC profile: "},
+    {{"print", "@c.png", "-o", "@out", "--input-profile", "@empty.icc"}, kExitFailed, "@empty.icc is not a usable ICC profile: it is empty"},
+    {{"print", "@c.png", "-o", "@out", "--input-profile", "@half.icc"}, kExitFailed, "@half.icc is not a usable ICC profile: "},
+    {{"print", "@c.png", "-o", "@out", "--input-profile", "@gray.icc"}, kExitFailed, "@gray.icc is a gray profile, but the image is RGB"},
+    {{"print", "@c.png", "-o", "@out", "--input-profile", "@none.icc"}, kExitFailed, "cannot open @none.icc"},
+    {{"print", "@broken.tif", "-o", "@out"}, kExitFailed, "the profile embedded in @broken.tif"},
+    {{"print", "@broken.tif", "-o", "@tif", "--input-profile", "sRGB"}, kExitOk, "printed @broken.tif: 2 x 1 dots"},
     // Output paths: a link to nothing, a directory, a link in a set are refused.
     {{"chart", "-o", "@dangling.png"}, kExitFailed, "it is a link to nothing"},
     {{"chart", "-o", "@sub"}, kExitFailed, "it is a directory"},
@@ -137,9 +170,10 @@ TEST(Cli, EveryCommandRunsOrSaysWhyNot) {
         if (row.manifest != nullptr) dir.write("src/pack.txt", row.manifest);
         std::ostringstream out, err;
         const int status = runCli(args, out, err);
-        const std::string said = out.str() + err.str(), what = row.args[0] + " " + row.args[1];
+        const std::string said = out.str() + err.str(), what = row.args.front() + " " + row.args.back();
         EXPECT_EQ(status, row.status) << what << ": " << said;
         EXPECT_NE(said.find(at(dir, row.says)), std::string::npos) << what << ": " << said;
+        EXPECT_EQ(said.find("converted") != std::string::npos, row.args.back() == "relative") << "untagged input is not";
         if (status != kExitOk) EXPECT_EQ(std::count(said.begin(), said.end(), '\n'), 1) << what << ": " << said;
     }
     EXPECT_FALSE(std::filesystem::exists(dir.file("out")) || std::filesystem::exists(dir.file("q.pack"))) << "refusals leave no output";

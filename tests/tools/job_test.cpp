@@ -1,70 +1,17 @@
-// The driver layer's job: the block or setting it names when it refuses a run,
-// and its C interface, which prints what the C++ layer prints with the same
-// settings and refuses bad settings by name.
+// The driver layer's job through its C interface: it prints what the C++
+// layer prints with the same settings, and refuses a run by naming the setting
+// or the block at fault.
 #include <gtest/gtest.h>
 
 #include <cstring>
-#include <map>
 
 #include "inkdot/inkdot_job.h"
 #include "inkdot/job.h"
+#include "pack/pack.h"
+#include "tools/test_files.h"
 
 namespace inkdot {
 namespace {
-
-// The default pack with blocks replaced (an empty vector removes one).
-struct EditedPack : BlockSource {
-    std::unique_ptr<BlockSource> base;
-    std::map<uint32_t, std::vector<uint8_t>> replaced;
-    EditedPack() {
-        std::string error;
-        base = openDefaultPack(error);
-    }
-    std::span<const uint8_t> block(uint32_t number) const override {
-        if (auto it = replaced.find(number); it != replaced.end()) return it->second;
-        return base->block(number);
-    }
-    uint32_t requestListBlock() const override { return base->requestListBlock(); }
-};
-
-// The engine would refuse a spoilt block only while reading a later one (the
-// matrix 1010 or the dot split), so the driver checks first and names the block.
-TEST(Job, RefusesByNamingTheSettingOrTheBlockAtFault) {
-    const HalftoneSetup dither1{Method::Dither, 1, Resolution::R720x720, HScale::x1, 8}, dither2{Method::Dither, 2, Resolution::R720x720, HScale::x1, 8};
-    const struct {
-        HalftoneSetup setup;
-        uint32_t block;
-        size_t at;  // where `bytes` go; ~0: the block is replaced by them
-        std::vector<uint8_t> bytes;
-        const char* message;
-    } cases[] = {
-        {{Method::ErrorDiffusion, 1, Resolution::R720x720, HScale::Half, 1}, 0, 0, {}, "line width of 1 pixels"},
-        {{Method::ErrorDiffusion, 3, Resolution::R720x720, HScale::x1, 8}, 0, 0, {}, "output bits must be 1 or 2"},
-        {dither1, 0, ~size_t{0}, {}, "the resource pack has no block 0 (index text)"},
-        {dither1, 1010, ~size_t{0}, {64, 64, 0, 0, 1, 2}, "block 1010 (threshold matrix) holds 6 bytes, its layout needs 8196"},
-        // Ink parameter A, big-endian at 48: 300 is 0x012C.
-        {dither1, 100, 48, {0x01, 0x2C}, "block 100 (colour table) has ink parameter A = 300; one-bit halftoning takes 250, 350 or 500"},
-        {dither1, 100, 50, {0x00, 0x00}, "block 100 (colour table) has ink parameter B = 0; one-bit halftoning takes 1 to 1000"},
-        // Data area size, u32 at 20: 0 leaves out the dot-split descriptor.
-        {dither2, 100, 20, {0, 0, 0, 0}, "block 100 (colour table) names no dot-split block, which two-bit output needs"},
-        {dither1, 1010, 0, {48}, "block 1010 (threshold matrix) has a width of 48 cells, which is no power of two"},
-        {dither2, 1100, 15, {100, 100, 100}, "block 1100 (dot-split table) has row 5, whose dot amounts add up to more than 255"},
-    };
-    for (const auto& c : cases) {
-        EditedPack pack;
-        const auto block = pack.base->block(c.block);
-        std::vector<uint8_t>& edited = pack.replaced[c.block] = {block.begin(), block.end()};
-        if (c.at == ~size_t{0}) edited = c.bytes;
-        else std::copy(c.bytes.begin(), c.bytes.end(), edited.begin() + std::ptrdiff_t(c.at));
-        std::string error;
-        EXPECT_EQ(Job::open({}, c.setup, pack, error), nullptr) << c.message;
-        EXPECT_NE(error.find(c.message), std::string::npos) << error;
-    }
-    EXPECT_EQ(resultMessage(RC_DATA), "resource data missing, out of order or invalid (code 0x300)");
-    EXPECT_EQ(resultMessage(RC_ARG + 6), "argument 6 was refused (code 0x206)");
-    EXPECT_EQ(resultMessage(RC_ARG), "this combination of settings is not supported (code 0x200)");
-    EXPECT_EQ(resultMessage(RC_MEM_ALLOC), "the engine could not obtain memory (code 0x101)");
-}
 
 TEST(JobCApi, PrintsWhatTheCppLayerPrintsWithTheSameSettings) {
     InkdotJobSettings defaults;
@@ -114,9 +61,22 @@ TEST(JobCApi, PrintsWhatTheCppLayerPrintsWithTheSameSettings) {
     const std::span<const uint8_t> want = source->block(source->requestListBlock());
     EXPECT_TRUE(block != nullptr && size == want.size() && std::memcmp(block, want.data(), size) == 0);
     EXPECT_TRUE(InkdotPackBlock(pack, 7, &size) == nullptr && size == 0);
+    InkdotPackClose(pack);
+}
 
-    // Bad settings are refused by name; a short buffer gets the start of the message, terminated.
-    const struct { void (*edit)(InkdotJobSettings&); const char* message; } refusals[] = {
+// A spoilt block would be refused by the engine only while it reads a later
+// one (the matrix 1010 or the dot split), so the driver checks first and names it.
+TEST(JobCApi, RefusesByNamingTheSettingOrTheBlockAtFault) {
+    using Edit = void (*)(InkdotJobSettings&);
+    const Edit dither = [](InkdotJobSettings& s) { s.method = INKDOT_JOB_DITHER; };
+    const Edit twoBits = [](InkdotJobSettings& s) { s.method = INKDOT_JOB_DITHER, s.outputBits = 2; };
+    const struct {
+        Edit edit;
+        std::string message;
+        uint32_t block = 0;
+        size_t at = 0;  // where `bytes` go; ~0: the block is replaced by them
+        tools::Bytes bytes = {};
+    } cases[] = {
         {[](InkdotJobSettings& s) { s.method = 3; }, "settings: method must be 0 to 2, not 3"},
         {[](InkdotJobSettings& s) { s.outputBits = 0; }, "settings: outputBits must be 1 to 2, not 0"},
         {[](InkdotJobSettings& s) { s.resolution = -1; }, "settings: resolution must be 0 to 3, not -1"},
@@ -124,19 +84,54 @@ TEST(JobCApi, PrintsWhatTheCppLayerPrintsWithTheSameSettings) {
         {[](InkdotJobSettings& s) { s.gamma = 99; }, "settings: gamma must be 100 to 300, not 99"},
         {[](InkdotJobSettings& s) { s.offsetB = 51; }, "settings: offsetB must be -50 to 50, not 51"},
         {[](InkdotJobSettings& s) { s.useInkWeights = 1, s.inkWeights[3] = 71; }, "settings: inkWeights[3] must be 30 to 70, not 71"},
-        {[](InkdotJobSettings& s) { s.inputWidth = 0; }, "the line width of 0 pixels cannot be printed at this scaling"},
-        {[](InkdotJobSettings& s) { s.inputWidth = 0; }, "the line"},
+        {[](InkdotJobSettings& s) { s.inputWidth = 1, s.hscale = INKDOT_HSCALE_HALF; },
+         "the line width of 1 pixels cannot be printed at this scaling"},
+        {dither, "the resource pack has no block 0 (index text)", 0, ~size_t{0}},
+        {dither, "block 1010 (threshold matrix) holds 6 bytes, its layout needs 8196", 1010, ~size_t{0}, {64, 64, 0, 0, 1, 2}},
+        // Ink parameter A, big-endian at 48: 300 is 0x012C.
+        {dither, "block 100 (colour table) has ink parameter A = 300; one-bit halftoning takes 250, 350 or 500", 100, 48, {0x01, 0x2C}},
+        {dither, "block 100 (colour table) has ink parameter B = 0; one-bit halftoning takes 1 to 1000", 100, 50, {0, 0}},
+        // Data area size, u32 at 20: 0 leaves out the dot-split descriptor.
+        {twoBits, "block 100 (colour table) names no dot-split block, which two-bit output needs", 100, 20, {0, 0, 0, 0}},
+        {dither, "block 1010 (threshold matrix) has a width of 48 cells, which is no power of two", 1010, 0, {48}},
+        {twoBits, "block 1100 (dot-split table) has row 5, whose dot amounts add up to more than 255", 1100, 15, {100, 100, 100}},
     };
-    for (const auto& r : refusals) {
-        InkdotJobSettings s = defaults;
-        r.edit(s);
-        EXPECT_EQ(InkdotJobOpen(pack, &s, error, std::strcmp(r.message, "the line") == 0 ? 9 : sizeof error), nullptr);
-        EXPECT_STREQ(error, r.message);
+    tools::Pack base;
+    std::string why;
+    ASSERT_TRUE(base.open(tools::defaultPackBytes(), why)) << why;
+    test::TempDir dir;
+    char error[200];
+    for (const auto& c : cases) {
+        tools::BlockMap blocks;
+        for (const tools::PackEntry& e : base.entries()) blocks[e.number].assign(e.bytes.begin(), e.bytes.end());
+        if (c.at == ~size_t{0}) blocks[c.block] = c.bytes;
+        else std::copy(c.bytes.begin(), c.bytes.end(), blocks[c.block].begin() + std::ptrdiff_t(c.at));
+        if (c.at == ~size_t{0} && c.bytes.empty()) blocks.erase(c.block);
+        const tools::Bytes packed = tools::writePack(blocks);
+        dir.write("edited.pack", std::string(packed.begin(), packed.end()));
+        InkdotPack* pack = InkdotPackOpenFile(dir.file("edited.pack").c_str(), error, sizeof error);
+        InkdotJobSettings s;
+        InkdotJobSettingsInit(&s);
+        s.inputWidth = 8;
+        c.edit(s);
+        EXPECT_EQ(InkdotJobOpen(pack, &s, error, sizeof error), nullptr) << c.message;
+        EXPECT_EQ(error, c.message);
+        InkdotPackClose(pack);
     }
-    EXPECT_EQ(InkdotJobOpen(nullptr, &defaults, nullptr, 0), nullptr);
+    // A short buffer gets the start of the message, terminated; no pack, no job.
+    InkdotJobSettings s;
+    InkdotJobSettingsInit(&s);
+    InkdotPack* pack = InkdotPackOpenDefault(error, sizeof error);
+    EXPECT_EQ(InkdotJobOpen(pack, &s, error, 9), nullptr);
+    EXPECT_STREQ(error, "the line");
+    InkdotPackClose(pack);
+    EXPECT_EQ(InkdotJobOpen(nullptr, &s, nullptr, 0), nullptr);
     EXPECT_EQ(InkdotPackOpenFile("/nonexistent/x.pack", error, sizeof error), nullptr);
     EXPECT_NE(std::strstr(error, "/nonexistent/x.pack"), nullptr) << error;
-    InkdotPackClose(pack);
+    EXPECT_EQ(resultMessage(RC_DATA), "resource data missing, out of order or invalid (code 0x300)");
+    EXPECT_EQ(resultMessage(RC_ARG + 6), "argument 6 was refused (code 0x206)");
+    EXPECT_EQ(resultMessage(RC_ARG), "this combination of settings is not supported (code 0x200)");
+    EXPECT_EQ(resultMessage(RC_MEM_ALLOC), "the engine could not obtain memory (code 0x101)");
 }
 
 }  // namespace
