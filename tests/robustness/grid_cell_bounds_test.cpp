@@ -73,36 +73,34 @@ TEST(GridCellBounds, NoEntryReachesPastTheLastNode) {
 
 // Every colour kernel (method, bits, resolution, dither mode, input format)
 // over every level (all three bytes equal, and mixed with 0 and 255) on lines
-// that meet every matrix value, up to the largest a u16 holds.
+// that meet every matrix value, 0, 257, ... up to the largest a u16 holds.
 TEST(GridCellBounds, ColourKernelsStayInsideTheGrid) {
-    const struct { uint32_t method, bits, x, y, ditherMode = 1, inputFormat = 3; } cases[] = {
-        {3, 1, 720, 720}, {3, 1, 720, 720, 0}, {0, 1, 720, 720}, {1, 1, 720, 720, 1, 4}, {1, 1, 720, 720},
-        {1, 1, 1440, 720, 1, 4}, {1, 1, 1440, 720}, {1, 1, 360, 720}, {3, 2, 720, 720}, {3, 2, 360, 720},
-        {1, 2, 720, 720}, {1, 2, 1440, 720}, {1, 2, 360, 720},
+    const uint32_t cases[][6] = {  // method, bits, x, y, dither mode, input format
+        {3, 1, 720, 720, 1, 3},  {3, 1, 720, 720, 0, 3},  {0, 1, 720, 720, 1, 3}, {1, 1, 720, 720, 1, 4}, {1, 1, 720, 720, 1, 3},
+        {1, 1, 1440, 720, 1, 4}, {1, 1, 1440, 720, 1, 3}, {1, 1, 360, 720, 1, 3}, {3, 2, 720, 720, 1, 3}, {3, 2, 360, 720, 1, 3},
+        {1, 2, 720, 720, 1, 3},  {1, 2, 1440, 720, 1, 3}, {1, 2, 360, 720, 1, 3},
     };
-    std::vector<uint16_t> values(256);  // 0, 257, ... 65535
+    std::vector<uint16_t> values(256);
     for (int i = 0; i < 256; ++i) values[i] = static_cast<uint16_t>(i * 257);
     test::HtBlocks blocks;
     blocks.matrix = test::thresholdMatrixBlock(16, 16, values);
     for (const auto& k : cases) {
         test::MemoryWatch watch;
-        HtSettings s = test::htSettings(k.method, 1, k.bits, 256);
-        s.resolutionX = k.x;
-        s.resolutionY = k.y;
-        s.ditherMode = k.ditherMode;
-        s.inputFormat = k.inputFormat;
-        const int row = static_cast<int>(&k - cases);
+        HtSettings s = test::htSettings(k[0], 1, k[1], 256);
+        s.resolutionX = k[2];
+        s.resolutionY = k[3];
+        s.ditherMode = k[4];
+        s.inputFormat = k[5];
         HtInstance ht(s, sourceGrid(), blocks);
-        ASSERT_EQ(ht.rc, RC_OK) << "row " << row;
+        ASSERT_EQ(ht.rc, RC_OK) << "row " << &k - cases;
         const uint32_t bpp = bytesPerPixel(s.inputFormat);
         for (uint32_t line = 0; line < 3 * 16; ++line) {
             Bytes src(256 * bpp), dst(4 * 64, 0);
-            for (uint32_t x = 0; x < 256; ++x) {
-                const uint8_t v = static_cast<uint8_t>(x + line);
-                const uint8_t mix[3] = {v, line % 3 == 1 ? uint8_t(255) : v, line % 3 == 2 ? uint8_t(0) : v};
-                for (uint32_t c = 0; c < bpp; ++c) src[x * bpp + c] = mix[c % 3];
+            for (uint32_t i = 0; i < src.size(); ++i) {
+                const uint8_t v = static_cast<uint8_t>(i / bpp + line), mix[3] = {v, line % 3 == 1 ? uint8_t(255) : v, line % 3 == 2 ? uint8_t(0) : v};
+                src[i] = mix[i % bpp % 3];
             }
-            ASSERT_EQ(Halftone(ht.ctx, src.data(), dst.data(), 64, 0, 256, 0, 0, line, 0, 0), RC_OK) << "row " << row;
+            ASSERT_EQ(Halftone(ht.ctx, src.data(), dst.data(), 64, 0, 256, 0, 0, line, 0, 0), RC_OK) << "row " << &k - cases;
         }
     }
 }
