@@ -59,6 +59,10 @@ void writeInputs(const test::TempDir& dir) {
     test::TiffParams broken;  // libtiff keeps whatever bytes the ICC tag holds
     broken.icc.assign(150, 1);
     ASSERT_TRUE(test::writeTestTiff(dir.file("broken.tif"), 2, 1, broken, std::vector<uint16_t>(6, 7)));
+    const auto pack = defaultPackBytes();
+    std::string flipped(pack.begin(), pack.end());
+    flipped[flipped.size() / 2] ^= 0x01;
+    dir.write("flipped.pack", flipped);
     std::filesystem::create_directories(dir.path() / "sub");
     std::filesystem::create_directories(dir.path() / "src");
     std::filesystem::create_symlink("nothing", dir.file("dangling.png"));
@@ -138,6 +142,7 @@ const Row kRows[] = {
     {{"info", "--pack", "@p.pack"}, kExitOk, "matrix, 1440x720: 128 x 64"},
     {{"info"}, kExitOk, "built-in pack"},
     {{"info", "--pack", "@bad.pack"}, kExitFailed, "shorter than the header"},
+    {{"info", "--pack", "@flipped.pack"}, kExitFailed, "checksum mismatch"},  // the built-in pack, one bit flipped
     // Mistakes in a pack description stop it by file and line before anything
     // is built: some once divided by zero (points=1) or ran for minutes and gigabytes.
     {{"pack", "@src", "-o", "@q.pack"}, kExitFailed, "@src/pack.txt:3: unknown setting 'colour'", "# comment\n\n5 grid-levels colour=1\n"},
