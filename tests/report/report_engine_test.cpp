@@ -58,33 +58,5 @@ TEST(ReportTargets, EverySettingPrintsTheKnownTones) {
                 }
 }
 
-// The report's ramps (gray and each primary from paper white to full) at both
-// depths with the same colour tables: every ink's coverage, dots counted by
-// their ink amounts (small 0.35, medium 0.65 of a large dot, a one-bit dot as
-// large), agree within 0.006 plus 3 % of the one-bit coverage (the largest
-// difference seen is 0.008 at 0.45): the dot split rounds each row to 1/255 per
-// dot size and the two depths place their dots by different rules. Before the
-// dot split matched the one-bit tone, cyan at input 223 printed 0.11 in one bit and 0.21 in two.
-TEST(ReportTargets, TwoBitPrintsTheToneOfOneBit) {
-    for (int ramp = 0; ramp < 4; ++ramp) {  // gray, cyan, magenta, yellow
-        std::vector<Rgb> colours;
-        for (int v = 255; v >= 0; v -= 16) {
-            const uint8_t u = uint8_t(v);
-            colours.push_back(ramp == 0 ? Rgb{u, u, u} : ramp == 1 ? Rgb{u, 255, 255} : ramp == 2 ? Rgb{255, u, 255} : Rgb{255, 255, u});
-        }
-        for (bool mono : {false, true})
-            for (Method m : {Method::ErrorDiffusion, Method::Dither})
-                for (Resolution r : {Resolution::R720x720, Resolution::R1440x720, Resolution::R360x720}) {
-                    if (mono && ramp > 0) continue;
-                    const auto one = print(mono, m, 1, r, colours, {128, 16, 64}), two = print(mono, m, 2, r, colours, {128, 16, 64});
-                    for (size_t i = 0; i < one.size(); ++i)
-                        for (unsigned p = 0; p < one[i].planes; ++p)
-                            EXPECT_NEAR(coverage(two[i], p), coverage(one[i], p), 0.006 + 0.03 * coverage(one[i], p))
-                                << methodName(m) << " " << resolutionName(r) << (mono ? " mono" : "") << " ramp " << ramp
-                                << ", input " << 255 - 16 * i << ", plane " << p;
-                }
-    }
-}
-
 }  // namespace
 }  // namespace inkdot::tools
