@@ -4,7 +4,6 @@
 // "@" in an argument or a message stands for the test's directory.
 #include <gtest/gtest.h>
 #include <lcms2.h>
-#include <unistd.h>
 
 #include <sstream>
 

@@ -3,7 +3,7 @@
 
 #include <png.h>
 #include <tiffio.h>
-#include <unistd.h>
+#include <stdlib.h>
 #include <zlib.h>
 
 #include <cstring>
@@ -27,10 +27,8 @@ inline std::string readBytes(const std::string& path) {
 struct TempDir {
     std::filesystem::path path_;
     TempDir() {
-        static int made = 0;
-        path_ = std::filesystem::temp_directory_path() / ("inkdot-test-" + std::to_string(::getpid()) + "-" + std::to_string(++made));
-        std::filesystem::remove_all(path_);
-        std::filesystem::create_directories(path_);
+        std::string pattern = (std::filesystem::temp_directory_path() / "inkdot-test-XXXXXX").string();
+        path_ = ::mkdtemp(pattern.data());
     }
     ~TempDir() { std::filesystem::remove_all(path_); }
     TempDir(const TempDir&) = delete;
