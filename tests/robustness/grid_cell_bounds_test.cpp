@@ -9,6 +9,7 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <numeric>
 #include <random>
 #include <vector>
 
@@ -41,16 +42,9 @@ TEST(GridCellBounds, NoEntryReachesPastTheLastNode) {
     std::mt19937 rng(20240611);
     for (int trial = 0; trial < 200; ++trial) {
         // 32 levels from 0 to 255 rising strictly: even, then random steps.
-        Bytes levels = test::evenLevels(32);
-        if (trial > 0) {
-            std::vector<int> inner(254);
-            for (int i = 0; i < 254; ++i) inner[i] = i + 1;
-            std::shuffle(inner.begin(), inner.end(), rng);
-            std::sort(inner.begin(), inner.begin() + 30);
-            levels = {0};
-            for (int i = 0; i < 30; ++i) levels.push_back(static_cast<uint8_t>(inner[i]));
-            levels.push_back(255);
-        }
+        Bytes levels = test::evenLevels(32), inner(254);
+        std::iota(inner.begin(), inner.end(), 1);
+        if (trial > 0) std::sample(inner.begin(), inner.end(), levels.begin() + 1, 30, rng);  // in rising order
         test::MemoryWatch watch;
         test::HtBlocks blocks;
         blocks.gridLevels = test::gridLevelBlock(levels);

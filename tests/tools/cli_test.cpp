@@ -82,7 +82,6 @@ const Row kRows[] = {
     {{"print", "i", "-o", "x", "--bits", "3"}, kExitUsage, "inkdot print: "},
     {{"print", "i", "-o", "x", "--brightness", "51"}, kExitUsage, "inkdot print: "},
     {{"print", "i", "-o", "x", "--ink-weights", "50,50,50,71"}, kExitUsage, "inkdot print: "},
-    {{"print", "i", "-o", "x", "--mono", "--colour"}, kExitUsage, "inkdot print: "},
     {{"print", "i", "-o", "x", "--intent", "vivid"}, kExitUsage, "inkdot print: "},
     {{"print", "@c.png", "-o", "-"}, kExitUsage, "inkdot print: "},
     {{"print", "--help"}, kExitOk, "not at 720x360"},  // what print refuses or decides on its own is in its help
@@ -126,8 +125,6 @@ const Row kRows[] = {
     // Packs: the built-in one from resources/, read back by info; a damaged one.
     {{"pack", INKDOT_RESOURCE_DIR, "-o", "@p.pack"}, kExitOk, ""},
     {{"info", "--pack", "@p.pack"}, kExitOk, "16 blocks"},
-    {{"info", "--pack", "@p.pack"}, kExitOk, "colour table: 33 points per axis"},
-    {{"info", "--pack", "@p.pack"}, kExitOk, "matrix, 1440x720: 128 x 64"},
     {{"info"}, kExitOk, "built-in pack"},
     {{"info", "--pack", "@bad.pack"}, kExitFailed, "shorter than the header"},
     {{"info", "--pack", "@flipped.pack"}, kExitFailed, "checksum mismatch"},  // the built-in pack, one bit flipped
