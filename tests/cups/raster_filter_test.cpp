@@ -94,7 +94,8 @@ TEST(CupsRasterFilter, EveryRunEndsAsItsInputDeserves) {
          "", 1},
         {dir.file("cut.ras"), 1, "ends after 20 of 50 lines", "InkdotOrder=Planar"},
         {field(offsetof(cups_page_header2_t, cupsWidth), 0), 1, "Page 2: Empty page of 0 x 4 pixels", "", 1},
-        {field(offsetof(cups_page_header2_t, cupsHeight), 0), 1, "Page 2: the page header is malformed: an empty page of 16 x 0 pixels", "", 1},
+        {field(offsetof(cups_page_header2_t, cupsHeight), 0), 1,
+         "Page 2: the page header is malformed: an empty page of 16 x 0 pixels", "", 1},
         {field(offsetof(cups_page_header2_t, cupsBytesPerLine), 47), 1, "lines of 47 bytes for 16 pixels of 24 bits", "", 1},
         // A colour space no enumerator names, read as a number (fuzz_raster_filter).
         {field(offsetof(cups_page_header2_t, cupsColorSpace), 64), 1, "Page 2: Unsupported colour space 64", "", 1},
@@ -104,7 +105,8 @@ TEST(CupsRasterFilter, EveryRunEndsAsItsInputDeserves) {
         {patched(4 + offsetof(cups_page_header2_t, cupsBytesPerLine), 2172021600u), 1,
          "Page 1: the page header is malformed: lines of 2172021600 bytes, more than"},
         {patched(0, 0, kSecondHeader + 1), 1, "ends inside the header of page 2", "", 1},
-        {input("cmyk.ras", {rgb, {inputHeader(16, 4, CUPS_CSPACE_CMYK), {0, 0, 0, 0}}}), 1, "ERROR: Page 2: Unsupported colour space 6", "", 1},
+        {input("cmyk.ras", {rgb, {inputHeader(16, 4, CUPS_CSPACE_CMYK), {0, 0, 0, 0}}}), 1,
+         "ERROR: Page 2: Unsupported colour space 6", "", 1},
         {input("deep.ras", {{deep, std::vector<uint8_t>(6)}}), 1, "bit depth"},
         // The engine holds lines of up to 2^24 - 1 pixels.
         {input("wide.ras", {{inputHeader(1u << 24, 1, CUPS_CSPACE_W), {}}}), 1, "cannot be halftoned"},

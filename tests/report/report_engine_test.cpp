@@ -16,7 +16,8 @@ std::vector<PrintedPatch> print(bool mono, Method method, unsigned bits, Resolut
     ColourSettings colour;
     colour.mono = mono;
     std::vector<PrintedPatch> patches;
-    EXPECT_TRUE(printFlatPatches(colour, {method, bits, resolution, HScale::x1, 0}, *pack, colours, layout, patches, error)) << error;
+    EXPECT_TRUE(printFlatPatches(colour, {method, bits, resolution, HScale::x1, 0}, *pack, colours, layout, patches, error))
+        << error;
     return patches;
 }
 
@@ -24,10 +25,10 @@ double coverage(const PrintedPatch& patch, unsigned plane) { return countPlane(p
 
 // Paper white takes no ink, darker grays take more, black in mono is a large
 // dot on every pixel, full cyan (within every ink limit) is cyan everywhere and
-// nothing else, and red and blue land in their two inks.
+// nothing else, and red lands in its two inks.
 TEST(ReportTargets, EverySettingPrintsTheKnownTones) {
     const std::vector<Rgb> colours = {{255, 255, 255}, {192, 192, 192}, {128, 128, 128}, {64, 64, 64},
-                                      {0, 0, 0},       {0, 255, 255},   {255, 0, 0},     {0, 0, 255}};
+                                      {0, 0, 0},       {0, 255, 255},   {255, 0, 0}};
     for (Method m : {Method::ErrorDiffusion, Method::Dither, Method::Threshold})
         for (unsigned bits : {1u, 2u})
             for (Resolution r : {Resolution::R720x720, Resolution::R1440x720, Resolution::R360x720, Resolution::R720x360})
@@ -50,11 +51,9 @@ TEST(ReportTargets, EverySettingPrintsTheKnownTones) {
                         continue;
                     }
                     EXPECT_TRUE(coverage(p[5], 0) == 1.0 && ink[5] == 1.0) << name;
-                    // Red is magenta and yellow, blue cyan and magenta.
+                    // Red is magenta and yellow: little cyan or black.
                     EXPECT_GT(std::min(coverage(p[6], 1), coverage(p[6], 2)), 0.8) << name;
                     EXPECT_LT(coverage(p[6], 0) + coverage(p[6], 3), 0.02) << name;
-                    EXPECT_GT(std::min(coverage(p[7], 0), coverage(p[7], 1)), 0.8) << name;
-                    EXPECT_LT(coverage(p[7], 2), 0.02) << name;
                 }
 }
 

@@ -34,7 +34,8 @@ struct Row {
 Row cut(uint32_t phase, size_t length, const std::string& what) {
     static const uint32_t kBlocks[] = {0, test::kJobTableBlock, 980, 990, 900, test::kJobCorrectionBlock,
                                        0, test::kGridLevelsId, test::kMatrixGeneralId, test::kDotSplitId};
-    const std::string at = phase <= 6 ? "CmSetResource " + std::to_string(phase) : "HalftoneSetResource " + std::to_string(phase - 6);
+    const std::string at = phase <= 6 ? "CmSetResource " + std::to_string(phase)
+                                      : "HalftoneSetResource " + std::to_string(phase - 6);
     return {what + " cut to " + std::to_string(length), [=](JobFiles& f) {
                 Bytes& block = (phase <= 6 ? f.cmBlocks : f.htBlocks)[kBlocks[phase - 1]];
                 block.resize(length);
@@ -48,7 +49,8 @@ std::vector<Row> rows() {
     const std::string text(whole.cmBlocks.at(0).begin(), whole.cmBlocks.at(0).end());
     // The index text has no terminator: its end ends it. Cut inside the marker,
     // the record line, or before the name lists: no usable record.
-    for (size_t length : {size_t{0}, size_t{1}, text.find("//") + 1, text.find("//") + 2, text.find("100 317") + 5, text.find("L0")})
+    const size_t marker = text.find("//"), record = text.find("100 317");
+    for (size_t length : {size_t{0}, size_t{1}, marker + 1, marker + 2, record + 5, text.find("L0")})
         rows.push_back(cut(1, length, "index text"));
     for (size_t length = 0; length < whole.cmBlocks.at(test::kJobTableBlock).size(); ++length)
         rows.push_back(cut(2, length, "colour table"));
@@ -56,7 +58,8 @@ std::vector<Row> rows() {
     for (size_t length = 0; length < 4; ++length) rows.push_back(cut(4, length, "base weights"));
     rows.push_back(cut(5, whole.cmBlocks.at(900).size() / 2, "table index"));
     const size_t tables = whole.cmBlocks.at(test::kJobCorrectionBlock).size();
-    for (size_t length : {size_t{0}, size_t{1}, size_t{256}, tables - 256, tables - 1}) rows.push_back(cut(6, length, "21 tables"));
+    for (size_t length : {size_t{0}, size_t{1}, size_t{256}, tables - 256, tables - 1})
+        rows.push_back(cut(6, length, "21 tables"));
     // Halftone: the request list, 34 level bytes, the matrix, 768 dot-split bytes.
     const uint32_t ids[] = {0, test::kGridLevelsId, test::kMatrixGeneralId, test::kDotSplitId};
     for (uint32_t phase = 7; phase <= 10; ++phase) {
@@ -74,13 +77,15 @@ std::vector<Row> rows() {
         {"offsetR", &CmSettings1::offsetR},       {"offsetG", &CmSettings1::offsetG},   {"offsetB", &CmSettings1::offsetB}};
     for (const auto& [name, word] : words)
         for (int32_t v : {-51, -50, 50, 51})
-            rows.push_back({name + std::to_string(v), [word = word, v](JobFiles& f) { f.s1.*word = v; }, v == -51 || v == 51 ? RC_ARG + 1 : RC_OK});
+            rows.push_back({name + std::to_string(v), [word = word, v](JobFiles& f) { f.s1.*word = v; },
+                            v == -51 || v == 51 ? RC_ARG + 1 : RC_OK});
     rows.push_back({"curves demanded, none supplied", [](JobFiles& f) { f.s1.curveSource = 1; }, RC_ARG + 1});
     static int32_t gamma;
     static test::ChunkDir gammaDir;
     if (gammaDir.count == 0) gammaDir.add(1, &gamma);
     for (int32_t g : {99, 100, 300, 301})
-        rows.push_back({"gamma " + std::to_string(g), [g](JobFiles& f) { gamma = g, f.s1.chunkDir = gammaDir.get(); }, g % 100 == 0 ? RC_OK : RC_ARG + 2});
+        rows.push_back({"gamma " + std::to_string(g), [g](JobFiles& f) { gamma = g, f.s1.chunkDir = gammaDir.get(); },
+                        g % 100 == 0 ? RC_OK : RC_ARG + 2});
     // The table's saturation offset joins the setting in the adjusting mode
     // (processLevel 2, selectC 4), limited to 50 from above only.
     const struct { int32_t saturation; int8_t offset; uint32_t level, rc; } offsets[] = {

@@ -13,8 +13,6 @@ struct MemoryWatch {
     MemoryWatch() { memFaults() = MemFaults{}; }
     ~MemoryWatch() { EXPECT_EQ(memFaults().liveBlocks, 0) << "blocks leaked"; memFaults() = MemFaults{}; }
     MemFaults& seam() { return memFaults(); }
-    MemoryWatch(const MemoryWatch&) = delete;
-    MemoryWatch& operator=(const MemoryWatch&) = delete;
 };
 
 }  // namespace inkdot::test
