@@ -83,10 +83,6 @@ TEST(CupsRasterFilter, EveryRunEndsAsItsInputDeserves) {
     dir.write("cut.ras", readBytes(input("full.ras", {{inputHeader(100, 50), {10, 20, 30}}})).substr(0, 4 + 1796 + 100 * 3 * 20));
     dir.write("junk.ras", "%PDF-1.4 this is not a raster stream");
     dir.write("sync-only.ras", "RaSt");
-    cups_page_header2_t deep = inputHeader(16, 4);
-    deep.cupsBitsPerColor = 16;
-    deep.cupsBitsPerPixel = 48;
-    deep.cupsBytesPerLine = 16 * 6;
     const struct { std::string path; int status; const char* says; const char* options = ""; size_t pages = 0; } cases[] = {
         // A good run, gray at normal quality: a page of three lines reports 33, 66 and 100.
         {input("gray.ras", {{inputHeader(50, 3, CUPS_CSPACE_W), {128}}}), 0,
@@ -108,7 +104,7 @@ TEST(CupsRasterFilter, EveryRunEndsAsItsInputDeserves) {
         {dir.file("inside.ras"), 1, "ends inside the header of page 2", "", 1},
         {input("cmyk.ras", {rgb, {inputHeader(16, 4, CUPS_CSPACE_CMYK), {0, 0, 0, 0}}}), 1,
          "ERROR: Page 2: Unsupported colour space 6", "", 1},
-        {input("deep.ras", {{deep, std::vector<uint8_t>(6)}}), 1, "bit depth"},
+        {field(offsetof(cups_page_header2_t, cupsBitsPerColor), 16, 4), 1, "bit depth"},
         // The engine holds lines of up to 2^24 - 1 pixels.
         {input("wide.ras", {{inputHeader(1u << 24, 1, CUPS_CSPACE_W), {}}}), 1, "cannot be halftoned"},
         {input("600.ras", {{inputHeader(16, 4, CUPS_CSPACE_RGB, 600), {0, 0, 0}}}), 1, "600x600"},

@@ -61,10 +61,8 @@ void writeInputs(const test::TempDir& dir) {
     std::string flipped(pack.begin(), pack.end());
     flipped[flipped.size() / 2] ^= 0x01;
     dir.write("flipped.pack", flipped);
-    std::filesystem::create_directories(dir.path() / "sub");
-    std::filesystem::create_directories(dir.path() / "src");
+    for (const char* sub : {"sub", "src", "linked"}) std::filesystem::create_directories(dir.path() / sub);
     std::filesystem::create_symlink("nothing", dir.file("dangling.png"));
-    std::filesystem::create_directories(dir.path() / "linked");
     std::filesystem::create_symlink("../g.png", dir.file("linked/c-cyan.pbm"));
 }
 
@@ -79,13 +77,10 @@ const Row kRows[] = {
     {{"chart", "-o", "@c.png", "--width", "120", "--height", "90"}, kExitOk, "wrote chart @c.png (120 x 90)\n"},
     // Bad usage: status 2 and one line.
     {{"frobnicate"}, kExitUsage, "inkdot: unknown command 'frobnicate'"},
-    {{"info", "extra"}, kExitUsage, "inkdot info: "},
-    {{"report", "-o", "x", "--bits", "2", "--resolution", "720x360"}, kExitUsage, "inkdot report: "},
-    {{"print", "i", "-o", "x", "--bits", "3"}, kExitUsage, "inkdot print: "},
-    {{"print", "i", "-o", "x", "--brightness", "51"}, kExitUsage, "inkdot print: "},
-    {{"print", "i", "-o", "x", "--ink-weights", "50,50,50,71"}, kExitUsage, "inkdot print: "},
-    {{"print", "i", "-o", "x", "--intent", "vivid"}, kExitUsage, "inkdot print: "},
-    {{"print", "@c.png", "-o", "-"}, kExitUsage, "inkdot print: "},
+    {{"report", "-o", "x", "--bits", "2", "--resolution", "720x360"}, kExitUsage, "inkdot report: --bits 2 is not available at 720x360"},
+    {{"print", "i", "-o", "x", "--bits", "3"}, kExitUsage, "inkdot print: --bits must be 1 or 2, not '3' (see inkdot print --help)\n"},
+    {{"print", "i", "-o", "x", "--brightness", "51"}, kExitUsage, "--brightness must be a whole number from -50 to 50, not '51'"},
+    {{"print", "@c.png", "-o", "-"}, kExitUsage, "inkdot print: -o takes a directory"},
     {{"print", "--help"}, kExitOk, "not at 720x360"},  // what print refuses or decides on its own is in its help
     // Input it cannot read: status 1, one line, no output directory.
     {{"print", "@missing.png", "-o", "@out"}, kExitFailed, "inkdot print: cannot open @missing.png: No such file or directory\n"},

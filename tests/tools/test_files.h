@@ -31,8 +31,6 @@ struct TempDir {
         path_ = ::mkdtemp(pattern.data());
     }
     ~TempDir() { std::filesystem::remove_all(path_); }
-    TempDir(const TempDir&) = delete;
-    TempDir& operator=(const TempDir&) = delete;
     std::string file(const std::string& name) const { return (path_ / name).string(); }
     const std::filesystem::path& path() const { return path_; }
     void write(const std::string& name, const std::string& bytes) const { writeBytes(file(name), bytes); }
