@@ -9,18 +9,6 @@
 namespace inkdot::tools {
 namespace {
 
-std::vector<PrintedPatch> print(bool mono, Method method, unsigned bits, Resolution resolution, const std::vector<Rgb>& colours,
-                                PatchLayout layout = {64, 16, 32}) {
-    std::string error;
-    static const auto pack = openDefaultPack(error);
-    ColourSettings colour;
-    colour.mono = mono;
-    std::vector<PrintedPatch> patches;
-    EXPECT_TRUE(printFlatPatches(colour, {method, bits, resolution, HScale::x1, 0}, *pack, colours, layout, patches, error))
-        << error;
-    return patches;
-}
-
 double coverage(const PrintedPatch& patch, unsigned plane) { return countPlane(patch, plane).coverage({}); }
 
 // Paper white takes no ink, darker grays take more, black in mono is a large
@@ -29,6 +17,8 @@ double coverage(const PrintedPatch& patch, unsigned plane) { return countPlane(p
 TEST(ReportTargets, EverySettingPrintsTheKnownTones) {
     const std::vector<Rgb> colours = {{255, 255, 255}, {192, 192, 192}, {128, 128, 128}, {64, 64, 64},
                                       {0, 0, 0},       {0, 255, 255},   {255, 0, 0}};
+    std::string error;
+    const auto pack = openDefaultPack(error);
     for (Method m : {Method::ErrorDiffusion, Method::Dither, Method::Threshold})
         for (unsigned bits : {1u, 2u})
             for (Resolution r : {Resolution::R720x720, Resolution::R1440x720, Resolution::R360x720, Resolution::R720x360})
@@ -37,7 +27,10 @@ TEST(ReportTargets, EverySettingPrintsTheKnownTones) {
                     if (bits == 2 && (m == Method::Threshold || r == Resolution::R720x360)) continue;
                     const std::string name = std::string(methodName(m)) + " " + std::to_string(bits) + "-bit " +
                                              resolutionName(r) + (mono ? " mono" : " colour");
-                    const auto p = print(mono, m, bits, r, colours);
+                    ColourSettings colour;
+                    colour.mono = mono;
+                    std::vector<PrintedPatch> p;
+                    ASSERT_TRUE(printFlatPatches(colour, {m, bits, r, HScale::x1, 0}, *pack, colours, {64, 16, 32}, p, error)) << error;
                     ASSERT_EQ(p.size(), colours.size()) << name;
                     std::vector<double> ink(colours.size());
                     for (size_t i = 0; i < p.size(); ++i)
