@@ -30,7 +30,8 @@ TEST(ReportTargets, EverySettingPrintsTheKnownTones) {
                     ColourSettings colour;
                     colour.mono = mono;
                     std::vector<PrintedPatch> p;
-                    ASSERT_TRUE(printFlatPatches(colour, {m, bits, r, HScale::x1, 0}, *pack, colours, {64, 16, 32}, p, error)) << error;
+                    ASSERT_TRUE(printFlatPatches(colour, {m, bits, r, HScale::x1, 0}, *pack, colours, {64, 16, 32}, p, error))
+                        << error;
                     ASSERT_EQ(p.size(), colours.size()) << name;
                     std::vector<double> ink(colours.size());
                     for (size_t i = 0; i < p.size(); ++i)

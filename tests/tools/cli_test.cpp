@@ -77,8 +77,8 @@ const Row kRows[] = {
     {{"chart", "-o", "@c.png", "--width", "120", "--height", "90"}, kExitOk, "wrote chart @c.png (120 x 90)\n"},
     // Bad usage: status 2 and one line.
     {{"frobnicate"}, kExitUsage, "inkdot: unknown command 'frobnicate'"},
-    {{"report", "-o", "x", "--bits", "2", "--resolution", "720x360"}, kExitUsage, "inkdot report: --bits 2 is not available at 720x360"},
-    {{"print", "i", "-o", "x", "--bits", "3"}, kExitUsage, "inkdot print: --bits must be 1 or 2, not '3' (see inkdot print --help)\n"},
+    {{"report", "-o", "x", "--bits", "2", "--resolution", "720x360"}, kExitUsage, "--bits 2 is not available at 720x360"},
+    {{"print", "i", "-o", "x", "--bits", "3"}, kExitUsage, "inkdot print: --bits must be 1 or 2, not '3' (see"},
     {{"print", "i", "-o", "x", "--brightness", "51"}, kExitUsage, "--brightness must be a whole number from -50 to 50, not '51'"},
     {{"print", "@c.png", "-o", "-"}, kExitUsage, "inkdot print: -o takes a directory"},
     {{"print", "--help"}, kExitOk, "not at 720x360"},  // what print refuses or decides on its own is in its help
@@ -135,7 +135,7 @@ const Row kRows[] = {
      "5 colour-table dot-split=7\n"},
     {{"pack", "@src", "-o", "@q.pack"}, kExitFailed, "pack.txt:2: its ink-param differs from block 5",
      "5 colour-table dot-split=7\n6 colour-table ink-param=350,100 dot-split=7\n7 dot-split\n"},
-    {{"pack", "@src", "-o", "@q.pack"}, kExitFailed, "strength must be a number from 1 to 4", "5 correction-tables strength=nan\n"},
+    {{"pack", "@src", "-o", "@q.pack"}, kExitFailed, "strength must be a number from 1 to 4", "5 correction-tables strength=nan"},
     {{"pack", "@src", "-o", "@q.pack"}, kExitFailed, "not a regular file", "5 index file=.\n"},
 };
 

@@ -44,7 +44,6 @@ TEST(JobCApi, RefusesBadSettingsByName) {
     EXPECT_NE(std::strstr(error, "/nonexistent/x.pack"), nullptr) << error;
     const std::pair<uint32_t, const char*> results[] = {
         {RC_DATA, "resource data missing, out of order or invalid (code 0x300)"},
-        {RC_ARG + 6, "argument 6 was refused (code 0x206)"},
         {RC_MEM_ALLOC, "the engine could not obtain memory (code 0x101)"}};
     for (const auto& [code, message] : results) EXPECT_STREQ(InkdotResultMessage(code, error, sizeof error), message);
 }
