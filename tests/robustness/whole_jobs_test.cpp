@@ -50,7 +50,6 @@ const JobConfig kConfigs[] = {
     config("mono, two-bit diffusion, replication", 1, 0, 2, false, 720, 1440, 3),
     config("mono, two-bit dither", 3, 0, 2, false, 720, 720),
 };
-constexpr size_t kJobs = sizeof kConfigs / sizeof kConfigs[0];
 
 // The Halftone codes and the planes, or nothing when the job failed.
 test::Bytes outcome(const JobConfig& config, bool sized = true) {
@@ -121,7 +120,7 @@ TEST(AllocationFaults, EverySiteOfWholeJobs) {
 // Two instances of every job, all started together: error carried between
 // runs and lines never crosses instances of the same kernel.
 TEST(Threads, SeparateInstancesGiveTheSequentialBytes) {
-    std::vector<test::Bytes> alone, together(2 * kJobs);
+    std::vector<test::Bytes> alone, together(2 * std::size(kConfigs));
     for (const JobConfig& c : kConfigs) {
         alone.push_back(outcome(c));
         ASSERT_FALSE(alone.back().empty()) << c.name;
@@ -132,13 +131,13 @@ TEST(Threads, SeparateInstancesGiveTheSequentialBytes) {
     for (size_t t = 0; t < together.size(); ++t) {
         threads.emplace_back([&, t] {
             while (!go.load()) std::this_thread::yield();
-            together[t] = outcome(kConfigs[t % kJobs]);
+            together[t] = outcome(kConfigs[t % std::size(kConfigs)]);
         });
     }
     go = true;
     for (std::thread& t : threads) t.join();
     for (size_t t = 0; t < together.size(); ++t)
-        EXPECT_TRUE(together[t] == alone[t % kJobs]) << kConfigs[t % kJobs].name << ": thread " << t << " differs";
+        EXPECT_TRUE(together[t] == alone[t % alone.size()]) << kConfigs[t % alone.size()].name << ": thread " << t << " differs";
 }
 
 }  // namespace
