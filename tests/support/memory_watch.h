@@ -9,13 +9,10 @@ namespace inkdot::test {
 
 // Resets the seam on construction; checks on destruction that every block
 // obtained since then has been released.
-class MemoryWatch {
-public:
+struct MemoryWatch {
     MemoryWatch() { memFaults() = MemFaults{}; }
     ~MemoryWatch() { EXPECT_EQ(memFaults().liveBlocks, 0) << "blocks leaked"; memFaults() = MemFaults{}; }
     MemFaults& seam() { return memFaults(); }
-    MemoryWatch(const MemoryWatch&) = delete;
-    MemoryWatch& operator=(const MemoryWatch&) = delete;
 };
 
 }  // namespace inkdot::test

@@ -3,7 +3,7 @@
 
 #include <png.h>
 #include <tiffio.h>
-#include <unistd.h>
+#include <stdlib.h>
 #include <zlib.h>
 
 #include <cstring>
@@ -24,24 +24,16 @@ inline std::string readBytes(const std::string& path) {
 }
 
 // A directory of its own for a test, removed with everything in it afterwards.
-class TempDir {
-public:
+struct TempDir {
+    std::filesystem::path path_;
     TempDir() {
-        static int made = 0;
-        path_ = std::filesystem::temp_directory_path() / ("inkdot-test-" + std::to_string(::getpid()) + "-" + std::to_string(++made));
-        std::filesystem::remove_all(path_);
-        std::filesystem::create_directories(path_);
+        std::string pattern = (std::filesystem::temp_directory_path() / "inkdot-test-XXXXXX").string();
+        path_ = ::mkdtemp(pattern.data());
     }
     ~TempDir() { std::filesystem::remove_all(path_); }
-    TempDir(const TempDir&) = delete;
-    TempDir& operator=(const TempDir&) = delete;
-
     std::string file(const std::string& name) const { return (path_ / name).string(); }
     const std::filesystem::path& path() const { return path_; }
     void write(const std::string& name, const std::string& bytes) const { writeBytes(file(name), bytes); }
-
-private:
-    std::filesystem::path path_;
 };
 
 // Samples row by row, 16-bit ones as values up to 65535; a non-empty `icc` goes into an iCCP chunk.
@@ -77,7 +69,6 @@ struct TiffParams {
     uint16_t samplesPerPixel = 3;
     uint16_t bits = 8;
     uint16_t extraSample = 0;  // EXTRASAMPLE_* of the alpha sample, for 2 or 4 samples a pixel
-    bool tiled = false;        // one blank 16 x 16 tile
     std::vector<uint8_t> icc;  // any bytes, written to the ICC tag when not empty
 };
 
@@ -94,14 +85,8 @@ inline bool writeTestTiff(const std::string& path, uint32_t w, uint32_t h, const
     if (p.samplesPerPixel == 2 || p.samplesPerPixel == 4) TIFFSetField(tif, TIFFTAG_EXTRASAMPLES, 1, &p.extraSample);
     if (!p.icc.empty()) TIFFSetField(tif, TIFFTAG_ICCPROFILE, uint32_t(p.icc.size()), p.icc.data());
     const size_t perRow = size_t{w} * p.samplesPerPixel;
-    if (p.tiled) {
-        TIFFSetField(tif, TIFFTAG_TILEWIDTH, 16);
-        TIFFSetField(tif, TIFFTAG_TILELENGTH, 16);
-        std::vector<uint8_t> tile(16 * 16 * p.samplesPerPixel * (p.bits / 8));
-        TIFFWriteTile(tif, tile.data(), 0, 0, 0, 0);
-    }
     std::vector<uint8_t> row(perRow * (p.bits / 8));
-    for (uint32_t y = 0; y < h && !p.tiled; ++y) {
+    for (uint32_t y = 0; y < h; ++y) {
         for (size_t i = 0; i < perRow; ++i) {
             const uint16_t v = samples[y * perRow + i];
             if (p.bits == 16) std::memcpy(&row[2 * i], &v, 2);
