@@ -59,13 +59,10 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     s.scaleMode = kScales[((more >> 4) & 7) % 6];
     s.width = 1 + in.u16() % kMaxWidth;
 
-    static test::ColourLut colourLut(test::evenLevels(5), [](int r, int g, int b) {
-        return test::ColourLut::Node{uint8_t(255 - r), uint8_t(255 - g), uint8_t(255 - b), uint8_t((255 - (r + g + b) / 3) / 2)};
-    });
     static test::MonoLut monoLut([](int v) { return 255 - v; });
     HtContext* ctx = nullptr;
     uint32_t model = 0;
-    if (HalftoneNew(&s, colour ? &colourLut.lut : &monoLut.lut, 0, &model, &ctx) != RC_OK) __builtin_trap();
+    if (HalftoneNew(&s, colour ? &colourGrid() : &monoLut.lut, 0, &model, &ctx) != RC_OK) __builtin_trap();
     // Two-bit output in the classes without two-bit spread thresholds is
     // refused by the protocol; nothing to run then.
     if (setDefaultBlocks(ctx) == RC_OK) {

@@ -39,19 +39,12 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     s.width = in.u16() % (kMaxWidth + 1);  // error lines and the replicated line stay small
 
     // The source grid: valid, four inks; the rest of the record fuzzed.
-    static test::ColourLut colour(test::evenLevels(5), [](int r, int g, int b) {
-        return test::ColourLut::Node{uint8_t(255 - r), uint8_t(255 - g), uint8_t(255 - b), uint8_t((255 - r) / 4)};
-    });
-    CmLut lut = colour.lut;
+    CmLut lut = colourGrid();
     static const int32_t inkChoices[4] = {250, 350, 500, 100};
     const uint8_t ink = in.u8();
     lut.inkParam[0] = ink & 16 ? static_cast<int16_t>(in.u16()) : inkChoices[ink & 3];
     lut.inkParam[1] = ink & 32 ? static_cast<int16_t>(in.u16()) : 100;
-    if (ink & 64) {
-        for (int v = 0; v < 256; ++v) lut.grayTable[v] = in.u8();
-    } else {
-        for (int v = 0; v < 256; ++v) lut.grayTable[v] = static_cast<uint8_t>(255 - v);
-    }
+    for (int v = 0; v < 256; ++v) lut.grayTable[v] = ink & 64 ? in.u8() : static_cast<uint8_t>(255 - v);
     uint8_t descriptor[8];
     in.fill(descriptor, 8);
     lut.extraData = ink & 128 ? nullptr : descriptor;

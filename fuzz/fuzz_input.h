@@ -5,6 +5,7 @@
 // sanitizers see any read behind a block.
 #pragma once
 
+#include <algorithm>
 #include <cstddef>
 #include <cstdint>
 #include <memory>
@@ -20,16 +21,13 @@ public:
     FuzzInput(const uint8_t* data, size_t size) : data_(data), size_(size) {}
 
     bool empty() const { return at_ >= size_; }
-    size_t remaining() const { return empty() ? 0 : size_ - at_; }
 
     uint8_t u8() { return at_ < size_ ? data_[at_++] : 0; }
     uint16_t u16() { return static_cast<uint16_t>(u8() | u8() << 8); }
-    uint32_t u32() { return static_cast<uint32_t>(u16()) | static_cast<uint32_t>(u16()) << 16; }
 
     // The next length-prefixed block.
     std::vector<uint8_t> block() {
-        size_t length = u16();
-        if (length > remaining()) length = remaining();
+        const size_t length = std::min<size_t>(u16(), empty() ? 0 : size_ - at_);
         std::vector<uint8_t> out(data_ + at_, data_ + at_ + length);
         at_ += length;
         return out;
@@ -52,7 +50,7 @@ struct ExactBlock {
     uint32_t length;
     explicit ExactBlock(const std::vector<uint8_t>& from)
         : bytes(new uint8_t[from.size()]), length(static_cast<uint32_t>(from.size())) {
-        for (size_t i = 0; i < from.size(); ++i) bytes[i] = from[i];
+        std::copy(from.begin(), from.end(), bytes.get());
     }
     const uint8_t* data() const { return bytes.get(); }
 };
@@ -62,6 +60,15 @@ inline void putBlock(std::vector<uint8_t>& out, const std::vector<uint8_t>& bloc
     out.push_back(static_cast<uint8_t>(block.size()));
     out.push_back(static_cast<uint8_t>(block.size() >> 8));
     out.insert(out.end(), block.begin(), block.end());
+}
+
+// A valid 5 x 5 x 5 four-ink grid: CMY the complement of RGB, K a quarter
+// of the complement of red.
+inline const CmLut& colourGrid() {
+    static const test::ColourLut grid(test::evenLevels(5), [](int r, int g, int b) {
+        return test::ColourLut::Node{uint8_t(255 - r), uint8_t(255 - g), uint8_t(255 - b), uint8_t((255 - r) / 4)};
+    });
+    return grid.lut;
 }
 
 // Gives an instance the tests' default halftone blocks (built once: they do

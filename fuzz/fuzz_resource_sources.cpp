@@ -4,7 +4,6 @@
 // fails with a "pack.txt:LINE: reason" message or gives blocks that make a
 // pack which reads back.
 #include <algorithm>
-#include <cctype>
 #include <cstdint>
 #include <cstdlib>
 #include <string>
@@ -25,16 +24,12 @@ constexpr long kDefaultSide = 64;
 constexpr long kMaxMatrixSide = 16;
 constexpr long kMaxMatrixCells = 1024;
 
-// The largest value a line gives `key` at the start of a token, or the default side.
+// The largest value the line gives `key` (a token of its own: " width=",
+// not "cell-width="), or the default side where it gives none.
 long side(std::string_view line, std::string_view key) {
     long largest = -1;
-    for (size_t at = line.find(key); at != std::string_view::npos; at = line.find(key, at + 1)) {
-        if (at > 0 && !std::isspace(static_cast<unsigned char>(line[at - 1]))) continue;
-        const std::string digits(line.substr(at + key.size(), 8));
-        char* end = nullptr;
-        const long v = std::strtol(digits.c_str(), &end, 10);
-        largest = std::max(largest, end == digits.c_str() ? kDefaultSide : v);
-    }
+    for (size_t at = line.find(key); at != std::string_view::npos; at = line.find(key, at + 1))
+        largest = std::max(largest, std::strtol(std::string(line.substr(at + key.size(), 8)).c_str(), nullptr, 10));
     return largest < 0 ? kDefaultSide : largest;
 }
 
@@ -44,7 +39,7 @@ bool asksForLargeMatrices(std::string_view text) {
         end = std::min(text.find('\n', start), text.size());
         const std::string_view line = text.substr(start, end - start);
         if (line.find("matrix") == std::string_view::npos) continue;
-        const long width = side(line, "width="), height = side(line, "height=");
+        const long width = side(line, " width="), height = side(line, " height=");
         if (width > kMaxMatrixSide || height > kMaxMatrixSide) return true;
         cells += width * height;
     }
