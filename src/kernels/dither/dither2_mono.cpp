@@ -7,7 +7,7 @@
 #include "halftone/ht_context.h"
 #include "kernels/cpu_clones.h"
 #include "kernels/matrix_row.h"
-#include "kernels/dither/three_size_code.h"
+#include "kernels/largest_code.h"
 #include "kernels/kernels.h"
 #include "kernels/level_shift.h"
 #include "kernels/packing.h"
@@ -30,7 +30,9 @@ INKDOT_CPU_CLONES void ditherRun(const HtContext& ctx, const HtRun& run, const S
     const auto* curve = slotData<uint16_t>(ctx, kConversionTable);
     const LevelShift levelShift(std::max<uint32_t>(curve[0], 1));
     PlanePacker<2, 1> out(run.dst, run.planeStride, run.bitOffset);
-    uint8_t amounts[kChunk];
+    uint32_t thresholds[kChunk];
+    uint32_t cumulative[kChunk];
+    uint32_t total[kChunk];
     uint8_t codes[kChunk];
     for (uint32_t first = 0; first < run.count; first += kChunk) {
         const uint32_t n = std::min(kChunk, run.count - first);
@@ -38,9 +40,17 @@ INKDOT_CPU_CLONES void ditherRun(const HtContext& ctx, const HtRun& run, const S
         for (uint32_t i = 0; i < n; ++i) {
             const uint32_t shift = levelShift(row(x0 + i + kJitterColumn));
             // The curve holds ink amounts of the black table (0..255): one split row each.
-            amounts[i] = static_cast<uint8_t>(curve[shift + in.byte(first + i, 0) + 1]);
+            const uint8_t amount = static_cast<uint8_t>(curve[shift + in.byte(first + i, 0) + 1]);
+            cumulative[i] = ctx.splitToneCumulative[amount];
+            total[i] = ctx.splitToneTotal[amount];
+            thresholds[i] = row(x0 + i);
         }
-        for (uint32_t i = 0; i < n; ++i) codes[i] = static_cast<uint8_t>(threeSizeCode(ctx, amounts[i], row(x0 + i)));
+        // The three-size rule, a few vector compares per eight pixels.
+        for (uint32_t i = 0; i < n; ++i) {
+            const uint32_t t = thresholds[i];
+            codes[i] = static_cast<uint8_t>(
+                largestCode((cumulative[i] & 0xFFFF) > t, (cumulative[i] >> 16) > t, total[i] > t));
+        }
         out.put({codes}, n);
     }
     out.finish();
