@@ -59,8 +59,8 @@ INKDOT_CPU_CLONES void ditherRun(const HtContext& ctx, const HtRun& run, Input i
                 const uint32_t amount = inkLevel(chunk.inks[i], k);
                 cumulative[i] = ctx.splitToneCumulative[amount];
                 total[i] = ctx.splitToneTotal[amount];
-                threshold[i] = planeRow[k](x0 + i + kPlaneColumn[k]);
             }
+            planeRow[k].read(x0 + kPlaneColumn[k], n, threshold);
             // White pixels print nothing.
             uint8_t* const code = codes[k];
             for (uint32_t i = 0; i < n; ++i) {

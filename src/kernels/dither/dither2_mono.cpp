@@ -43,8 +43,8 @@ INKDOT_CPU_CLONES void ditherRun(const HtContext& ctx, const HtRun& run, const S
             const uint8_t amount = static_cast<uint8_t>(curve[shift + in.byte(first + i, 0) + 1]);
             cumulative[i] = ctx.splitToneCumulative[amount];
             total[i] = ctx.splitToneTotal[amount];
-            thresholds[i] = row(x0 + i);
         }
+        row.read(x0, n, thresholds);
         // The three-size rule, a few vector compares per eight pixels.
         for (uint32_t i = 0; i < n; ++i) {
             const uint32_t t = thresholds[i];
