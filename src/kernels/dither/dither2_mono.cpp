@@ -18,8 +18,10 @@ namespace {
 
 inline constexpr uint32_t kGrayPixelBytes = 1;
 
-// Two stages over a chunk of pixels: the split row of each pixel (the
-// level shift and the curve), then the dot codes and the packing.
+// Stages over a chunk of pixels, each its own loop so that only the table
+// look-ups stay scalar: the matrix values and level shifts, then the split
+// row of each pixel (the curve and its tones), then the dot codes and the
+// packing.
 constexpr uint32_t kChunk = 256;
 
 template <class Source>
@@ -31,16 +33,18 @@ INKDOT_CPU_CLONES void ditherRun(const HtContext& ctx, const HtRun& run, const S
     const LevelShift levelShift(std::max<uint32_t>(curve[0], 1));
     PlanePacker<2, 1> out(run.dst, run.planeStride, run.bitOffset);
     uint32_t thresholds[kChunk];
+    uint32_t shifts[kChunk];
     uint32_t cumulative[kChunk];
     uint32_t total[kChunk];
     uint8_t codes[kChunk];
     for (uint32_t first = 0; first < run.count; first += kChunk) {
         const uint32_t n = std::min(kChunk, run.count - first);
         const uint32_t x0 = run.startX + first;
+        row.read(x0 + kJitterColumn, n, shifts);
+        for (uint32_t i = 0; i < n; ++i) shifts[i] = levelShift(shifts[i]);
         for (uint32_t i = 0; i < n; ++i) {
-            const uint32_t shift = levelShift(row(x0 + i + kJitterColumn));
             // The curve holds ink amounts of the black table (0..255): one split row each.
-            const uint8_t amount = static_cast<uint8_t>(curve[shift + in.byte(first + i, 0) + 1]);
+            const uint8_t amount = static_cast<uint8_t>(curve[shifts[i] + in.byte(first + i, 0) + 1]);
             cumulative[i] = ctx.splitToneCumulative[amount];
             total[i] = ctx.splitToneTotal[amount];
         }
