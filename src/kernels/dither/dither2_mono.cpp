@@ -33,18 +33,23 @@ INKDOT_CPU_CLONES void ditherRun(const HtContext& ctx, const HtRun& run, const S
     const LevelShift levelShift(std::max<uint32_t>(curve[0], 1));
     PlanePacker<2, 1> out(run.dst, run.planeStride, run.bitOffset);
     uint32_t thresholds[kChunk];
-    uint32_t shifts[kChunk];
+    uint32_t entries[kChunk];
     uint32_t cumulative[kChunk];
     uint32_t total[kChunk];
     uint8_t codes[kChunk];
     for (uint32_t first = 0; first < run.count; first += kChunk) {
         const uint32_t n = std::min(kChunk, run.count - first);
         const uint32_t x0 = run.startX + first;
-        row.read(x0 + kJitterColumn, n, shifts);
-        for (uint32_t i = 0; i < n; ++i) shifts[i] = levelShift(shifts[i]);
+        row.read(x0 + kJitterColumn, n, entries);
+        // Each pixel's curve entry.
+        if (const uint8_t* const bytes = in.byteRow(first)) {
+            for (uint32_t i = 0; i < n; ++i) entries[i] = levelShift(entries[i]) + bytes[i] + 1;
+        } else {
+            for (uint32_t i = 0; i < n; ++i) entries[i] = levelShift(entries[i]) + in.byte(first + i, 0) + 1;
+        }
         for (uint32_t i = 0; i < n; ++i) {
             // The curve holds ink amounts of the black table (0..255): one split row each.
-            const uint8_t amount = static_cast<uint8_t>(curve[shifts[i] + in.byte(first + i, 0) + 1]);
+            const uint8_t amount = static_cast<uint8_t>(curve[entries[i]]);
             cumulative[i] = ctx.splitToneCumulative[amount];
             total[i] = ctx.splitToneTotal[amount];
         }
