@@ -4,6 +4,7 @@
 // matrix through this.
 #pragma once
 
+#include <algorithm>
 #include <cstdint>
 
 #include "halftone/ht_context.h"
@@ -15,6 +16,22 @@ struct MatrixRow {
     uint32_t columnMask;
 
     uint32_t operator()(uint32_t column) const { return cells[column & columnMask]; }
+
+    // The cells of columns x0 .. x0 + n - 1 into out[0 .. n - 1], one run of
+    // consecutive cells up to the row's end at a time: a plain copy, which
+    // the compiler does with vector loads, where a masked column per pixel
+    // is a scalar load each.
+    template <class T>
+    void read(uint32_t x0, uint32_t n, T* out) const {
+        for (uint32_t i = 0; i < n;) {
+            const uint32_t column = (x0 + i) & columnMask;
+            const uint32_t len = std::min(n - i, columnMask + 1 - column);
+            const uint16_t* from = cells + column;
+            T* to = out + i;
+            for (uint32_t j = 0; j < len; ++j) to[j] = from[j];
+            i += len;
+        }
+    }
 };
 
 inline MatrixRow matrixRow(const HtContext& ctx, uint32_t lineNo) {

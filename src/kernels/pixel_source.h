@@ -30,6 +30,12 @@ struct PixelSource {
         else return px[k];
     }
     uint8_t byte(uint32_t i, uint32_t k) const { return byte(at(i), k); }
+    // Where each output pixel from i on reads one byte of its own (one-byte
+    // pixels, no doubling, no halving), those bytes as a plain row, which a
+    // chunk loop reads with vector loads; else null.
+    const uint8_t* byteRow(uint32_t i) const {
+        return !kHalving && shift == 0 && pixelBytes == 1 ? src + i : nullptr;
+    }
 };
 
 // Runs f with the source that scaleMode asks for; `halvingOffered` says

@@ -105,10 +105,9 @@ INKDOT_CPU_CLONES void ditherRun(const HtContext& ctx, const HtRun& run, Input i
     int32_t m[kColourChunk];
     uint8_t dots[4][kColourChunk];
     forEachChunk(input, in, startX, mainCount, chunk, [&](uint32_t x0, uint32_t n) INKDOT_INLINE_LAMBDA {
-        for (uint32_t i = 0; i < n; ++i) {
-            m[i] = static_cast<int32_t>(row(x0 + i));
+        row.read(x0, n, m);
+        for (uint32_t i = 0; i < n; ++i)
             for (unsigned k = 0; k < 4; ++k) tones[k][i] = tone[inkLevel(chunk.inks[i], k)];
-        }
         // White pixels print nothing.
         const int32_t* const t0 = tones[0];
         const int32_t* const t2 = tones[2];

@@ -41,10 +41,12 @@ INKDOT_CPU_CLONES void ditherRun(const HtContext& ctx, const HtRun& run, const S
     uint8_t flags[kChunk];
     for (uint32_t first = 0; first < run.count; first += kChunk) {
         const uint32_t n = std::min(kChunk, run.count - first);
-        for (uint32_t i = 0; i < n; ++i) {
-            levels[i] = static_cast<uint16_t>(level(in.byte(first + i, 0)));
-            thresholds[i] = static_cast<uint16_t>(row(run.startX + first + i));
+        if (const uint8_t* const bytes = in.byteRow(first)) {
+            for (uint32_t i = 0; i < n; ++i) levels[i] = static_cast<uint16_t>(level(bytes[i]));
+        } else {
+            for (uint32_t i = 0; i < n; ++i) levels[i] = static_cast<uint16_t>(level(in.byte(first + i, 0)));
         }
+        row.read(run.startX + first, n, thresholds);
         // A level of 0 never prints, even on a matrix cell of 0.
         for (uint32_t i = 0; i < n; ++i) flags[i] = (levels[i] != 0) & (levels[i] > thresholds[i]);
         out.put({flags}, n);

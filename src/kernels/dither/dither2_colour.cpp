@@ -49,25 +49,29 @@ INKDOT_CPU_CLONES void ditherRun(const HtContext& ctx, const HtRun& run, Input i
     const uint32_t count = run.count;
     const uint32_t mainCount = count & ~1u;
     ColourChunk chunk;
-    uint32_t cumulative[kColourChunk];
-    uint32_t total[kColourChunk];
+    uint32_t cumulative[4][kColourChunk];
+    uint32_t total[4][kColourChunk];
     uint32_t threshold[kColourChunk];
     uint8_t codes[4][kColourChunk];
     forEachChunk(input, in, startX, mainCount, chunk, [&](uint32_t x0, uint32_t n) INKDOT_INLINE_LAMBDA {
-        for (unsigned k = 0; k < 4; ++k) {
-            for (uint32_t i = 0; i < n; ++i) {
-                const uint32_t amount = inkLevel(chunk.inks[i], k);
-                cumulative[i] = ctx.splitToneCumulative[amount];
-                total[i] = ctx.splitToneTotal[amount];
-                threshold[i] = planeRow[k](x0 + i + kPlaneColumn[k]);
+        // The look-ups pixel by pixel, all four planes of an ink word at once.
+        for (uint32_t i = 0; i < n; ++i) {
+            const uint32_t inks = chunk.inks[i];
+            for (unsigned k = 0; k < 4; ++k) {
+                cumulative[k][i] = ctx.splitToneCumulative[inkLevel(inks, k)];
+                total[k][i] = ctx.splitToneTotal[inkLevel(inks, k)];
             }
+        }
+        for (unsigned k = 0; k < 4; ++k) {
+            planeRow[k].read(x0 + kPlaneColumn[k], n, threshold);
             // White pixels print nothing.
+            const uint32_t* const c = cumulative[k];
+            const uint32_t* const s = total[k];
             uint8_t* const code = codes[k];
             for (uint32_t i = 0; i < n; ++i) {
                 const uint32_t t = threshold[i];
                 code[i] = static_cast<uint8_t>(
-                    largestCode((cumulative[i] & 0xFFFF) > t, (cumulative[i] >> 16) > t, total[i] > t) *
-                    !chunk.white[i]);
+                    largestCode((c[i] & 0xFFFF) > t, (c[i] >> 16) > t, s[i] > t) * !chunk.white[i]);
             }
         }
         out.put({codes[0], codes[1], codes[2], codes[3]}, n);

@@ -7,7 +7,7 @@
 #include "halftone/ht_context.h"
 #include "kernels/cpu_clones.h"
 #include "kernels/matrix_row.h"
-#include "kernels/dither/three_size_code.h"
+#include "kernels/largest_code.h"
 #include "kernels/kernels.h"
 #include "kernels/level_shift.h"
 #include "kernels/packing.h"
@@ -18,8 +18,10 @@ namespace {
 
 inline constexpr uint32_t kGrayPixelBytes = 1;
 
-// Two stages over a chunk of pixels: the split row of each pixel (the
-// level shift and the curve), then the dot codes and the packing.
+// Stages over a chunk of pixels, each its own loop so that only the table
+// look-ups stay scalar: the matrix values and level shifts, then the split
+// row of each pixel (the curve and its tones), then the dot codes and the
+// packing.
 constexpr uint32_t kChunk = 256;
 
 template <class Source>
@@ -30,17 +32,34 @@ INKDOT_CPU_CLONES void ditherRun(const HtContext& ctx, const HtRun& run, const S
     const auto* curve = slotData<uint16_t>(ctx, kConversionTable);
     const LevelShift levelShift(std::max<uint32_t>(curve[0], 1));
     PlanePacker<2, 1> out(run.dst, run.planeStride, run.bitOffset);
-    uint8_t amounts[kChunk];
+    uint32_t thresholds[kChunk];
+    uint32_t entries[kChunk];
+    uint32_t cumulative[kChunk];
+    uint32_t total[kChunk];
     uint8_t codes[kChunk];
     for (uint32_t first = 0; first < run.count; first += kChunk) {
         const uint32_t n = std::min(kChunk, run.count - first);
         const uint32_t x0 = run.startX + first;
-        for (uint32_t i = 0; i < n; ++i) {
-            const uint32_t shift = levelShift(row(x0 + i + kJitterColumn));
-            // The curve holds ink amounts of the black table (0..255): one split row each.
-            amounts[i] = static_cast<uint8_t>(curve[shift + in.byte(first + i, 0) + 1]);
+        row.read(x0 + kJitterColumn, n, entries);
+        // Each pixel's curve entry.
+        if (const uint8_t* const bytes = in.byteRow(first)) {
+            for (uint32_t i = 0; i < n; ++i) entries[i] = levelShift(entries[i]) + bytes[i] + 1;
+        } else {
+            for (uint32_t i = 0; i < n; ++i) entries[i] = levelShift(entries[i]) + in.byte(first + i, 0) + 1;
         }
-        for (uint32_t i = 0; i < n; ++i) codes[i] = static_cast<uint8_t>(threeSizeCode(ctx, amounts[i], row(x0 + i)));
+        for (uint32_t i = 0; i < n; ++i) {
+            // The curve holds ink amounts of the black table (0..255): one split row each.
+            const uint8_t amount = static_cast<uint8_t>(curve[entries[i]]);
+            cumulative[i] = ctx.splitToneCumulative[amount];
+            total[i] = ctx.splitToneTotal[amount];
+        }
+        row.read(x0, n, thresholds);
+        // The three-size rule, a few vector compares per eight pixels.
+        for (uint32_t i = 0; i < n; ++i) {
+            const uint32_t t = thresholds[i];
+            codes[i] = static_cast<uint8_t>(
+                largestCode((cumulative[i] & 0xFFFF) > t, (cumulative[i] >> 16) > t, total[i] > t));
+        }
         out.put({codes}, n);
     }
     out.finish();
