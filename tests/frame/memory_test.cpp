@@ -1,7 +1,5 @@
-// The memory service and the platform layer under it: zero fill, a zero-byte
-// request still a block, one failure message with the decimal size, the
-// caller pattern of obtaining and releasing, and on Windows the movable
-// global memory behind each block.
+// The memory service: the caller pattern of obtaining and releasing, and on
+// Windows the movable global memory behind each block.
 #include <gtest/gtest.h>
 
 #include "frame/memory.h"
@@ -15,26 +13,6 @@
 
 namespace inkdot {
 namespace {
-
-TEST(MemoryService, ZeroFillZeroBytesAndTheFailureMessage) {
-    test::MemoryWatch watch;
-    auto* p = static_cast<unsigned char*>(MemAlloc(4096, 1));
-    ASSERT_NE(p, nullptr);
-    for (int i = 0; i < 4096; ++i) ASSERT_EQ(p[i], 0) << i;
-    EXPECT_EQ(MemLock(p), p);
-    EXPECT_EQ(MemUnlock(p) | MemFree(p), 0u);
-    void* first = platform::allocate(0, false);
-    void* second = platform::allocate(0, true);
-    ASSERT_TRUE(first != nullptr && second != nullptr && first != second);
-    EXPECT_EQ(platform::release(first) | platform::release(second), 0u);
-    watch.seam().failAllocAt = watch.seam().allocs + 1;
-    EXPECT_EQ(MemAlloc(1234567, 1), nullptr);
-    EXPECT_EQ(watch.seam().messages, 1u);
-    EXPECT_STREQ(watch.seam().lastMessage, "size = 1234567");
-    char text[platform::kAllocTextChars];
-    platform::formatAllocFailure(text, 0xFFFFFFFFu);  // all 32 bits unsigned
-    EXPECT_STREQ(text, "size = 4294967295");
-}
 
 // A failed lock frees the block it could not lock; a failed unlock frees
 // nothing; a failed free keeps the block for a later release.

@@ -1,6 +1,6 @@
 // The tables the resource protocol builds: error lines (phase 1), the ink
 // curve and colour grid (phase 2), matrix, dot values, tone, thresholds and
-// grid cells (phase 3), the dot split and what derives from it (phase 4).
+// spread thresholds (phase 3), the dot split and what derives from it (phase 4).
 #include <gtest/gtest.h>
 
 #include <array>
@@ -113,24 +113,6 @@ TEST(ThresholdMatrix, SizesAndRefusals) {
     EXPECT_EQ(ht.ctx->kernel, nullptr);
 }
 
-// Entry 2v, 2v + 1: the lower node of level v and its weight. Levels 255 i /
-// 31 (0, 8, 16 ... 246, 255): level 4 is (8 - 4) x 255 / 8 = 127 of node 0,
-// 254 is (255 - 254) x 255 / 9 = 28 of node 30. The two corners of fixed
-// threshold: 100 is 155 of node 0.
-TEST(GridCellTable, LowerNodeAndItsWeight) {
-    test::MemoryWatch watch;
-    test::ColourLut lut({0, 255}, [](int, int, int) { return Node{}; });
-    HtInstance ht(test::htSettings(1, 1, 1), lut.lut);
-    expectEntries<uint8_t>(*ht.ctx, kGridCellTable, {{0, 0}, {1, 255}, {8, 0}, {9, 127}, {16, 1}, {17, 255},
-                                                     {508, 30}, {509, 28}, {510, 31}, {511, 255}}, "grid cell");
-    EXPECT_EQ(slotData<uint8_t>(*ht.ctx, kGridCellTable) - slotData<uint8_t>(*ht.ctx, kDotValueTable), 1024);
-    uint8_t cells[512] = {};
-    const uint8_t levels[2] = {0, 255};
-    buildGridCellTable(cells, levels, 2);
-    EXPECT_EQ((std::pair{cells[200], cells[201]}), (std::pair<uint8_t, uint8_t>{0, 155}));
-    EXPECT_EQ(cells[2 * 255], 1);
-}
-
 TEST(SpreadThresholds, ByClassMethodAndInkParameter) {
     using Four = std::array<int32_t, 4>;
     const Four square[] = {{32, 9, 4, 2}, {37, 20, 5, 2}, {55, 22, 8, 3}};
@@ -166,25 +148,6 @@ TEST(SpreadThresholds, ByClassMethodAndInkParameter) {
     EXPECT_EQ(spread(at(3, 720, 1440, 2), 123, RC_OK), (Four{111, 8, 2, 0}));
     spread(at(1, 720, 480, 2), 250, RC_ARG + 1);
     spread(at(1, 720, 360, 2), 250, RC_ARG + 1);
-}
-
-// Worked by hand: method 5 at 1440x720 takes the last row (T1 = 56). Ink
-// 255 - 200 = 55 on every pixel of two ten-pixel lines, with a one-cell matrix
-// holding 0. On line 1 the dot at x 2 is spread with H2 (55 <= T1) rather than
-// H1, which the 1440x720 row's T1 = 30 would pick; line 1 prints 20 00 (H1
-// would give 21 00).
-TEST(SpreadThresholds, Method5At1440x720DiffusesWithTheLastRow) {
-    HtSettings s = test::htSettings(5, 0, 1, 64, 1440, 720);
-    s.width = 10;
-    HtBlocks blocks;
-    blocks.matrix = test::thresholdMatrixBlock(1, 1, {0});
-    WatchedMono m(s, blocks);
-    const std::vector<uint8_t> line(10, 200);
-    uint8_t out[2];
-    ASSERT_EQ(Halftone(m.ht.ctx, line.data(), out, 2, 0, 10, 0, 0, 0, 0, 0), RC_OK);
-    ASSERT_EQ(Halftone(m.ht.ctx, line.data(), out, 2, 0, 10, 0, 0, 1, 0, 0), RC_OK);
-    EXPECT_EQ(out[0], 0x20);
-    EXPECT_EQ(out[1], 0x00);
 }
 
 // One-bit output copies the black table. Two-bit pads it: entry 0 is the

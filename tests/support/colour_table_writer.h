@@ -23,26 +23,9 @@ struct ColourTableWriter {
     int16_t inkParam[5] = {100, 100, 0, 0, 0};
     std::vector<uint8_t> extraData;  // optional data area
     std::vector<uint8_t> neutralList;   // n values; empty: 200 + i
-    // Ink bytes of a node from its red, green, blue levels. The default is a
-    // simple CMYK separation: c, m, y = 255 - r, g, b; black = their minimum / 2.
-    // Empty: defaultNode(channels).
+    // Ink bytes of a node from its red, green, blue levels. Empty: a simple CMYK
+    // separation, c, m, y = 255 - r, g, b and black their minimum / 2.
     std::function<void(uint8_t r, uint8_t g, uint8_t b, uint8_t* inks)> node;
-
-    static std::function<void(uint8_t, uint8_t, uint8_t, uint8_t*)> defaultNode(uint8_t channels) {
-        return [channels](uint8_t r, uint8_t g, uint8_t b, uint8_t* inks) {
-            const uint8_t cmy[3] = {uint8_t(255 - r), uint8_t(255 - g), uint8_t(255 - b)};
-            for (uint8_t i = 0; i < channels; ++i) inks[i] = i < 3 ? cmy[i] : 0;
-            if (channels > 3) inks[channels - 1] = static_cast<uint8_t>(std::min({cmy[0], cmy[1], cmy[2]}) / 2);
-        };
-    }
-
-    std::vector<uint8_t> level(int axis) const {
-        if (!levels[axis].empty()) return levels[axis];
-        std::vector<uint8_t> out;
-        const int n = gridCount[0];
-        for (int i = 0; i < n; ++i) out.push_back(static_cast<uint8_t>(n > 1 ? i * 255 / (n - 1) : 0));
-        return out;
-    }
 
     size_t nodeDataOffset() const { return 76 + 3u * gridCount[0]; }
 
@@ -62,12 +45,17 @@ struct ColourTableWriter {
         out[75] = channels;
         std::vector<uint8_t> lv[3];
         for (int a = 0; a < 3; ++a) {
-            lv[a] = level(a);
+            lv[a] = levels[a];
+            for (int i = 0; levels[a].empty() && i < n; ++i) lv[a].push_back(uint8_t(n > 1 ? i * 255 / (n - 1) : 0));
             out.insert(out.end(), lv[a].begin(), lv[a].end());
         }
         // Node data in lutData order, built from the first n levels of each
         // axis (a table with unequal counts still gets n^3 nodes).
-        const auto fill = node ? node : defaultNode(channels);
+        const auto fill = node ? node : [this](uint8_t r, uint8_t g, uint8_t b, uint8_t* inks) {
+            const uint8_t cmy[3] = {uint8_t(255 - r), uint8_t(255 - g), uint8_t(255 - b)};
+            for (uint8_t i = 0; i < channels; ++i) inks[i] = i < 3 ? cmy[i] : 0;
+            if (channels > 3) inks[channels - 1] = static_cast<uint8_t>(std::min({cmy[0], cmy[1], cmy[2]}) / 2);
+        };
         std::vector<uint8_t> inks(channels > 0 ? channels : 1);
         for (int i0 = 0; i0 < n; ++i0)
             for (int i1 = 0; i1 < n; ++i1)

@@ -126,13 +126,10 @@ struct MonoLut {
         lut.inkParam[0] = inkParam0;
         lut.inkParam[1] = inkParam1;
         lut.modelId = 7;
-        refresh();
+        lut.extraData = descriptor.data();
     }
     MonoLut(const MonoLut&) = delete;
     MonoLut& operator=(const MonoLut&) = delete;
-
-    // Points the CmLut at the descriptor again after a test changed it.
-    void refresh() { lut.extraData = descriptor.empty() ? nullptr : descriptor.data(); }
 };
 
 // Colour CmLut with an n x n x n grid of four inks per node held in `nodes`,
@@ -232,12 +229,6 @@ struct HtInstance {
     }
     HtInstance(const HtInstance&) = delete;
     HtInstance& operator=(const HtInstance&) = delete;
-
-    // One further call, as a driver would make it.
-    uint32_t feed(const Bytes& block) {
-        uint32_t next = 0;
-        return HalftoneSetResource(ctx, block.data(), &next);
-    }
 };
 
 // A monochrome instance (ink 255 - v unless given) fed through the protocol
