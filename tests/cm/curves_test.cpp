@@ -5,7 +5,6 @@
 
 #include <array>
 #include <cmath>
-#include <random>
 #include <vector>
 
 #include "cm/colour_adjust.h"
@@ -181,25 +180,6 @@ TEST(Interpolate, WorkedTetrahedra) {
     std::vector<uint8_t> out(6);
     interpolateRgb(g.lut, 6, rgb.data(), out.data());
     EXPECT_EQ(out, (std::vector<uint8_t>{131, 158, 33, 68, 74, 62}));
-}
-
-// Sister paths agree: four channels at once (the packed lanes) against each
-// channel through a one-channel grid of its own, on uneven levels, with the
-// pixels' components in another order and a padding byte.
-TEST(Interpolate, FourChannelPathAgreesWithSingleChannels) {
-    std::mt19937 rng(2024);
-    std::vector<uint8_t> values(9 * 9 * 9 * 4), src(4 * 3000), got(4 * 3000), one(3000);
-    for (auto& b : values) b = static_cast<uint8_t>(rng());
-    for (auto& b : src) b = static_cast<uint8_t>(rng());
-    const std::vector<uint8_t> levels{0, 1, 30, 31, 100, 180, 181, 254, 255};
-    const auto node = [&](uint32_t a, uint32_t b, uint32_t c, uint32_t ch) { return values[((a * 9 + b) * 9 + c) * 4 + ch]; };
-    const PixelLayout layout{4, 3, 1, 0};
-    interpolatePixels(Grid(levels, 4, node).lut, layout, 3000, src.data(), got.data());
-    for (uint32_t ch = 0; ch < 4; ++ch) {
-        const Grid single(levels, 1, [&](uint32_t a, uint32_t b, uint32_t c, uint32_t) { return node(a, b, c, ch); });
-        interpolatePixels(single.lut, layout, 3000, src.data(), one.data());
-        for (uint32_t p = 0; p < 3000; ++p) ASSERT_EQ(got[4 * p + ch], one[p]) << "pixel " << p << " channel " << ch;
-    }
 }
 
 }  // namespace

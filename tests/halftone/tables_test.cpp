@@ -85,7 +85,8 @@ TEST(ToneTable, ByMatrixSizeAndKernel) {
 
 // Size bytes (255 stands for 256) to width, cells and a slot of whole words
 // with the tone table behind; sizes the tables cannot hold, and a zero dot
-// value (ink parameter 0 at level 255), are refused keeping the earlier slots.
+// value (ink parameter 0 at level 255, with the spread thresholds below), are
+// refused keeping the earlier slots.
 TEST(ThresholdMatrix, SizesAndRefusals) {
     HtBlocks blocks;
     const struct { uint8_t w, h; uint32_t width, cells, bytes; } cases[] = {
@@ -106,11 +107,6 @@ TEST(ThresholdMatrix, SizesAndRefusals) {
         EXPECT_EQ(n.ctx().buffers[kThresholdMatrix].size, c.bytes + 512) << int(c.w) << "x" << int(c.h);
         EXPECT_EQ(n.ctx().buffers[kToneTable].data, slotData<uint8_t>(n.ctx(), kThresholdMatrix) + c.bytes);
     }
-    test::MonoLut lut([](int v) { return 255 - v; }, 250, 0);
-    HtInstance ht(test::htSettings(1, 0, 1), lut.lut);
-    EXPECT_EQ(ht.rc, RC_DATA);
-    EXPECT_NE(ht.ctx->buffers[kDotValueTable].handle, nullptr);
-    EXPECT_EQ(ht.ctx->kernel, nullptr);
 }
 
 TEST(SpreadThresholds, ByClassMethodAndInkParameter) {
@@ -127,9 +123,9 @@ TEST(SpreadThresholds, ByClassMethodAndInkParameter) {
         {at(2, 1440, 720), wide},  {at(1, 720, 1440), tall},  {at(3, 360, 720), tall},   {at(3, 1440, 720), other},
         {at(0, 1440, 720), other}, {at(5, 1440, 720), other}, {at(1, 720, 360), other},  {at(1, 720, 480), other},
     };
-    const auto spread = [](const HtSettings& s, int32_t inkParam0, uint32_t rc) {
+    const auto spread = [](const HtSettings& s, int32_t inkParam0, uint32_t rc, int32_t inkParam1 = 100) {
         test::MemoryWatch watch;
-        test::MonoLut lut([](int v) { return 255 - v; }, inkParam0);
+        test::MonoLut lut([](int v) { return 255 - v; }, inkParam0, inkParam1);
         HtInstance ht(s, lut.lut, HtBlocks{}, 3);
         const HtContext& c = *ht.ctx;
         EXPECT_EQ(ht.rc, rc) << s.method << " " << s.resolutionX << "x" << s.resolutionY << " ink " << inkParam0;
@@ -142,6 +138,7 @@ TEST(SpreadThresholds, ByClassMethodAndInkParameter) {
             EXPECT_EQ(spread(r.s, params[p], RC_OK), r.t[p])
                 << r.s.method << " " << r.s.resolutionX << "x" << r.s.resolutionY << " ink " << p;
     for (int32_t param : {0, 249, 300, 501, -250}) spread(at(1, 720, 720), param, RC_DATA);
+    spread(at(1, 720, 720), 250, RC_DATA, 0);  // a zero dot value at level 255
     // Two-bit output: by class only, inkParam[0] not consulted; General and DoubleX refused.
     EXPECT_EQ(spread(at(1, 1440, 720, 2), 0, RC_OK), (Four{14, 3, 0, 0}));
     EXPECT_EQ(spread(at(1, 720, 720, 2), 0, RC_OK), (Four{15, 3, 1, 0}));
@@ -265,10 +262,8 @@ TEST(GridResample, CornersAndOneNodeByHand) {
         EXPECT_EQ(ht.ctx->lut.gridCount[2], n);
         EXPECT_EQ(ht.ctx->lut.grid[1][1], method ? 8 : 255);
         EXPECT_EQ(ht.ctx->buffers[kConversionTable].size, 4 * n * n * n);
-        EXPECT_EQ(grid[0], packed({10, 1, 2, 3}));
-        EXPECT_EQ(grid[n - 1], packed({250, 4, 5, 6}));
-        EXPECT_EQ(grid[n * n - 1], packed({100, 7, 8, 9}));
-        EXPECT_EQ(grid[n * n * n - 1], packed({50, 11, 12, 13}));
+        for (uint32_t at : {0u, n - 1, n * n - 1, n * n * n - 1})
+            EXPECT_EQ(grid[at], packed(cornerInks(at >= n * n ? 255 : 0, at >= n ? 255 : 0, 255 * (at > 0))));
         EXPECT_EQ(grid[method ? (1 * 32 + 2) * 32 + 3 : 0], packed(method ? Node{22, 2, 3, 4} : Node{10, 1, 2, 3}));
         EXPECT_EQ(static_cast<void*>(ht.ctx->lut.lutData), ht.ctx->buffers[kConversionTable].data);
     }

@@ -142,9 +142,7 @@ struct ColourLut {
     Bytes descriptor;
 
     // nodeAt(r, g, b) gives the inks at the grid levels r, g, b.
-    ColourLut(const Bytes& levels, const std::function<Node(int, int, int)>& nodeAt,
-              int32_t inkParam0 = 250, int32_t inkParam1 = 100)
-        : descriptor(dotSplitDescriptor(kDotSplitId)) {
+    ColourLut(const Bytes& levels, const std::function<Node(int, int, int)>& nodeAt) : descriptor(dotSplitDescriptor(kDotSplitId)) {
         const auto n = static_cast<unsigned>(levels.size());
         for (unsigned i = 0; i < n * n * n; ++i) {
             const Node node = nodeAt(levels[i / n / n], levels[i / n % n], levels[i % n]);
@@ -155,8 +153,8 @@ struct ColourLut {
             lut.gridCount[axis] = n;
             std::copy(levels.begin(), levels.end(), lut.grid[axis]);
         }
-        lut.inkParam[0] = inkParam0;
-        lut.inkParam[1] = inkParam1;
+        lut.inkParam[0] = 250;
+        lut.inkParam[1] = 100;
         lut.modelId = 9;
         refresh();
     }
@@ -183,16 +181,8 @@ struct HtBlocks {
 // Settings with the usual defaults: dither mode 1, 720 x 720, 64 pixels wide.
 inline HtSettings htSettings(uint32_t method, uint32_t colourMode, uint32_t outputBits, uint32_t width = 64,
                              uint32_t resolutionX = 720, uint32_t resolutionY = 720) {
-    HtSettings s{};
-    s.method = method;
-    s.ditherMode = 1;
-    s.inputFormat = colourMode == 0 ? 0 : 3;
-    s.colourMode = colourMode;
-    s.resolutionX = resolutionX;
-    s.resolutionY = resolutionY;
-    s.outputBits = outputBits;
-    s.width = width;
-    return s;
+    return HtSettings{.method = method, .ditherMode = 1, .inputFormat = colourMode == 0 ? 0u : 3u, .colourMode = colourMode,
+                      .resolutionX = resolutionX, .resolutionY = resolutionY, .outputBits = outputBits, .width = width};
 }
 
 // True when no slot holds a block or a view.
