@@ -300,10 +300,8 @@ TEST(ErrorLines, CountSizesAndBlocks) {
         EXPECT_EQ(line[c.lines].data, nullptr) << "slot behind the lines untouched in phase 1";
         EXPECT_EQ(errorLine(*ht.ctx, 0), reinterpret_cast<const int32_t*>(base) + 30);
     }
-    test::MemoryWatch watch;
-    test::MonoLut lut([](int v) { return v; });
-    HtInstance ht(test::htSettings(1, 0, 1, 0x40000000), lut.lut, HtBlocks{}, 1);
-    EXPECT_EQ(ht.rc, RC_ARG + 1) << "a width beyond 32-bit line sizes";
+    EXPECT_EQ(WatchedMono(test::htSettings(1, 0, 1, 0x40000000), HtBlocks{}, 1).ht.rc, RC_ARG + 1)
+        << "a width beyond 32-bit line sizes";
 }
 
 }  // namespace

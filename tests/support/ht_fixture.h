@@ -35,10 +35,6 @@ inline void putU16(Bytes& out, uint16_t v) {
     out.push_back(static_cast<uint8_t>(v));
     out.push_back(static_cast<uint8_t>(v >> 8));
 }
-inline void putU32(Bytes& out, uint32_t v) {
-    putU16(out, static_cast<uint16_t>(v));
-    putU16(out, static_cast<uint16_t>(v >> 16));
-}
 
 // Request list: the ids in order, then the terminator 65535.
 inline Bytes requestListBlock(const std::vector<uint16_t>& ids) {
@@ -63,10 +59,10 @@ inline Bytes evenLevels(unsigned n) {
     return levels;
 }
 
-// Grid level block: the u16 count (the number of levels unless given), then the levels.
-inline Bytes gridLevelBlock(const Bytes& levels, int count = -1) {
+// Grid level block: the u16 count of levels, then the levels.
+inline Bytes gridLevelBlock(const Bytes& levels) {
     Bytes out;
-    putU16(out, static_cast<uint16_t>(count < 0 ? levels.size() : static_cast<unsigned>(count)));
+    putU16(out, static_cast<uint16_t>(levels.size()));
     out.insert(out.end(), levels.begin(), levels.end());
     return out;
 }
@@ -107,7 +103,8 @@ inline DotSplitRow layeredSplit(int level) {
 // Dot-split descriptor as colour management keeps it in extraData.
 inline Bytes dotSplitDescriptor(uint16_t blockId, uint32_t present = 1, uint16_t format = 1) {
     Bytes out;
-    putU32(out, present);
+    putU16(out, static_cast<uint16_t>(present));
+    putU16(out, static_cast<uint16_t>(present >> 16));
     putU16(out, format);
     putU16(out, blockId);
     return out;
@@ -212,11 +209,7 @@ struct HtInstance {
             answers.push_back(next);
         }
     }
-    ~HtInstance() {
-        if (ctx != nullptr) {
-            EXPECT_EQ(HalftoneDelete(ctx), RC_OK);
-        }
-    }
+    ~HtInstance() { EXPECT_TRUE(ctx == nullptr || HalftoneDelete(ctx) == RC_OK); }
     HtInstance(const HtInstance&) = delete;
     HtInstance& operator=(const HtInstance&) = delete;
 };
