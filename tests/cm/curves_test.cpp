@@ -1,12 +1,10 @@
 // The arithmetic of colour management worked by hand: logarithms, gamma,
-// brightness and contrast, saturation, the colour adjustments, ink scaling,
-// the curve record, and tetrahedral interpolation.
+// brightness and contrast, saturation, the colour adjustments, ink scaling and
+// tetrahedral interpolation.
 #include <gtest/gtest.h>
 
 #include <array>
 #include <cmath>
-#include <cstring>
-#include <random>
 #include <vector>
 
 #include "cm/colour_adjust.h"
@@ -15,8 +13,6 @@
 #include "cm/interpolate.h"
 #include "cm/log_table.h"
 #include "cm/tone_curves.h"
-#include "support/cm_fixture.h"
-#include "support/memory_watch.h"
 
 namespace inkdot {
 namespace {
@@ -151,53 +147,6 @@ TEST(InkScale, WorkedValues) {
     for (int v = 0; v <= 255; ++v) (void)inkScale(static_cast<uint8_t>(v), 32767, -32768);  // wraps in 32 bits
 }
 
-// Offset 50 lifts red and clips at 255; smoothing (v[i-1] + v[i] + v[i+1]) / 3
-// from the left then creeps along the top: 204 sees (254 + 254 + 255) / 3.
-// Gamma 0 in chunk 1 means 150, the curves' own: identity. Ready-made curves from chunk 256 skip every check.
-TEST(CurveBuild, OffsetGammaAndReadyMadeCurvesApplied) {
-    test::MemoryWatch watch;
-    constexpr CurveLayout kNodeLayout{4, {1, 2, 3}};
-    int32_t gamma = 0;
-    uint8_t ready[768];
-    for (int i = 0; i < 768; ++i) ready[i] = static_cast<uint8_t>(i * 7);
-    test::ChunkDir dir;
-    dir.add(1u, &gamma);
-    const struct { int32_t offsetR, gamma; bool ready; std::vector<std::array<int, 3>> entries; } cases[] = {
-        {0, 0, false, {{0, 0, 0}, {1, 100, 100}, {2, 255, 255}}},
-        {50, 0, false, {{0, 0, 50}, {0, 100, 150}, {0, 204, 254}, {0, 253, 254}, {0, 254, 255}, {1, 100, 100}}},
-        {0, 999, true, {{0, 1, 7}, {1, 0, 0}, {2, 255, 249}}},
-    };
-    for (const auto& c : cases) {
-        CmSettings1 s{};
-        s.chunkDir = dir.get();
-        s.offsetR = c.offsetR;
-        gamma = c.gamma;
-        if (c.ready) {
-            dir.add(256, ready);
-            s.curveSource = 1;
-            s.brightness = 200;
-        }
-        CurveRecord* rec = nullptr;
-        ASSERT_EQ(buildCurves(s, kNodeLayout, &rec), RC_OK);
-        for (const auto& [k, i, want] : c.entries) EXPECT_EQ(rec->curve[k][i], want) << c.offsetR << " " << c.gamma;
-        EXPECT_EQ(rec->componentPos[2], 3u);
-        EXPECT_EQ(releaseCurves(rec), RC_OK);
-    }
-    CurveRecord* rec = nullptr;
-    // Applied: the component bytes only, also in place; green 85 + 10, saturation 50.
-    CmSettings1 s{};
-    s.offsetG = 10;
-    s.saturation = 50;
-    ASSERT_EQ(buildCurves(s, kNodeLayout, &rec), RC_OK);
-    uint8_t src[8] = {0xAA, 10, 60, 110, 0xBB, 7, 7, 7};
-    uint8_t dst[8] = {1, 2, 3, 4, 5, 6, 7, 8};
-    EXPECT_EQ(applyCurves(*rec, 2, src, dst), RC_OK);
-    EXPECT_EQ(std::vector<uint8_t>(dst, dst + 8), (std::vector<uint8_t>{1, 10, 95, 160, 5, 7, 17, 7}));
-    applyCurves(*rec, 2, src, src);
-    EXPECT_EQ(std::vector<uint8_t>(src, src + 8), (std::vector<uint8_t>{0xAA, 10, 95, 160, 0xBB, 7, 17, 7}));
-    EXPECT_EQ(releaseCurves(rec), RC_OK);
-}
-
 // A CmLut over node data value(i0, i1, i2, c), levels the same on every axis.
 struct Grid {
     CmLut lut{};
@@ -231,25 +180,6 @@ TEST(Interpolate, WorkedTetrahedra) {
     std::vector<uint8_t> out(6);
     interpolateRgb(g.lut, 6, rgb.data(), out.data());
     EXPECT_EQ(out, (std::vector<uint8_t>{131, 158, 33, 68, 74, 62}));
-}
-
-// Sister paths agree: four channels at once (the packed lanes) against each
-// channel through a one-channel grid of its own, on uneven levels, with the
-// pixels' components in another order and a padding byte.
-TEST(Interpolate, FourChannelPathAgreesWithSingleChannels) {
-    std::mt19937 rng(2024);
-    std::vector<uint8_t> values(9 * 9 * 9 * 4), src(4 * 3000), got(4 * 3000), one(3000);
-    for (auto& b : values) b = static_cast<uint8_t>(rng());
-    for (auto& b : src) b = static_cast<uint8_t>(rng());
-    const std::vector<uint8_t> levels{0, 1, 30, 31, 100, 180, 181, 254, 255};
-    const auto node = [&](uint32_t a, uint32_t b, uint32_t c, uint32_t ch) { return values[((a * 9 + b) * 9 + c) * 4 + ch]; };
-    const PixelLayout layout{4, 3, 1, 0};
-    interpolatePixels(Grid(levels, 4, node).lut, layout, 3000, src.data(), got.data());
-    for (uint32_t ch = 0; ch < 4; ++ch) {
-        const Grid single(levels, 1, [&](uint32_t a, uint32_t b, uint32_t c, uint32_t) { return node(a, b, c, ch); });
-        interpolatePixels(single.lut, layout, 3000, src.data(), one.data());
-        for (uint32_t p = 0; p < 3000; ++p) ASSERT_EQ(got[4 * p + ch], one[p]) << "pixel " << p << " channel " << ch;
-    }
 }
 
 }  // namespace

@@ -1,6 +1,6 @@
 // The tables the resource protocol builds: error lines (phase 1), the ink
 // curve and colour grid (phase 2), matrix, dot values, tone, thresholds and
-// grid cells (phase 3), the dot split and what derives from it (phase 4).
+// spread thresholds (phase 3), the dot split and what derives from it (phase 4).
 #include <gtest/gtest.h>
 
 #include <array>
@@ -85,7 +85,8 @@ TEST(ToneTable, ByMatrixSizeAndKernel) {
 
 // Size bytes (255 stands for 256) to width, cells and a slot of whole words
 // with the tone table behind; sizes the tables cannot hold, and a zero dot
-// value (ink parameter 0 at level 255), are refused keeping the earlier slots.
+// value (ink parameter 0 at level 255, with the spread thresholds below), are
+// refused keeping the earlier slots.
 TEST(ThresholdMatrix, SizesAndRefusals) {
     HtBlocks blocks;
     const struct { uint8_t w, h; uint32_t width, cells, bytes; } cases[] = {
@@ -106,29 +107,6 @@ TEST(ThresholdMatrix, SizesAndRefusals) {
         EXPECT_EQ(n.ctx().buffers[kThresholdMatrix].size, c.bytes + 512) << int(c.w) << "x" << int(c.h);
         EXPECT_EQ(n.ctx().buffers[kToneTable].data, slotData<uint8_t>(n.ctx(), kThresholdMatrix) + c.bytes);
     }
-    test::MonoLut lut([](int v) { return 255 - v; }, 250, 0);
-    HtInstance ht(test::htSettings(1, 0, 1), lut.lut);
-    EXPECT_EQ(ht.rc, RC_DATA);
-    EXPECT_NE(ht.ctx->buffers[kDotValueTable].handle, nullptr);
-    EXPECT_EQ(ht.ctx->kernel, nullptr);
-}
-
-// Entry 2v, 2v + 1: the lower node of level v and its weight. Levels 255 i /
-// 31 (0, 8, 16 ... 246, 255): level 4 is (8 - 4) x 255 / 8 = 127 of node 0,
-// 254 is (255 - 254) x 255 / 9 = 28 of node 30. The two corners of fixed
-// threshold: 100 is 155 of node 0.
-TEST(GridCellTable, LowerNodeAndItsWeight) {
-    test::MemoryWatch watch;
-    test::ColourLut lut({0, 255}, [](int, int, int) { return Node{}; });
-    HtInstance ht(test::htSettings(1, 1, 1), lut.lut);
-    expectEntries<uint8_t>(*ht.ctx, kGridCellTable, {{0, 0}, {1, 255}, {8, 0}, {9, 127}, {16, 1}, {17, 255},
-                                                     {508, 30}, {509, 28}, {510, 31}, {511, 255}}, "grid cell");
-    EXPECT_EQ(slotData<uint8_t>(*ht.ctx, kGridCellTable) - slotData<uint8_t>(*ht.ctx, kDotValueTable), 1024);
-    uint8_t cells[512] = {};
-    const uint8_t levels[2] = {0, 255};
-    buildGridCellTable(cells, levels, 2);
-    EXPECT_EQ((std::pair{cells[200], cells[201]}), (std::pair<uint8_t, uint8_t>{0, 155}));
-    EXPECT_EQ(cells[2 * 255], 1);
 }
 
 TEST(SpreadThresholds, ByClassMethodAndInkParameter) {
@@ -145,9 +123,9 @@ TEST(SpreadThresholds, ByClassMethodAndInkParameter) {
         {at(2, 1440, 720), wide},  {at(1, 720, 1440), tall},  {at(3, 360, 720), tall},   {at(3, 1440, 720), other},
         {at(0, 1440, 720), other}, {at(5, 1440, 720), other}, {at(1, 720, 360), other},  {at(1, 720, 480), other},
     };
-    const auto spread = [](const HtSettings& s, int32_t inkParam0, uint32_t rc) {
+    const auto spread = [](const HtSettings& s, int32_t inkParam0, uint32_t rc, int32_t inkParam1 = 100) {
         test::MemoryWatch watch;
-        test::MonoLut lut([](int v) { return 255 - v; }, inkParam0);
+        test::MonoLut lut([](int v) { return 255 - v; }, inkParam0, inkParam1);
         HtInstance ht(s, lut.lut, HtBlocks{}, 3);
         const HtContext& c = *ht.ctx;
         EXPECT_EQ(ht.rc, rc) << s.method << " " << s.resolutionX << "x" << s.resolutionY << " ink " << inkParam0;
@@ -160,31 +138,13 @@ TEST(SpreadThresholds, ByClassMethodAndInkParameter) {
             EXPECT_EQ(spread(r.s, params[p], RC_OK), r.t[p])
                 << r.s.method << " " << r.s.resolutionX << "x" << r.s.resolutionY << " ink " << p;
     for (int32_t param : {0, 249, 300, 501, -250}) spread(at(1, 720, 720), param, RC_DATA);
+    spread(at(1, 720, 720), 250, RC_DATA, 0);  // a zero dot value at level 255
     // Two-bit output: by class only, inkParam[0] not consulted; General and DoubleX refused.
     EXPECT_EQ(spread(at(1, 1440, 720, 2), 0, RC_OK), (Four{14, 3, 0, 0}));
     EXPECT_EQ(spread(at(1, 720, 720, 2), 0, RC_OK), (Four{15, 3, 1, 0}));
     EXPECT_EQ(spread(at(3, 720, 1440, 2), 123, RC_OK), (Four{111, 8, 2, 0}));
     spread(at(1, 720, 480, 2), 250, RC_ARG + 1);
     spread(at(1, 720, 360, 2), 250, RC_ARG + 1);
-}
-
-// Worked by hand: method 5 at 1440x720 takes the last row (T1 = 56). Ink
-// 255 - 200 = 55 on every pixel of two ten-pixel lines, with a one-cell matrix
-// holding 0. On line 1 the dot at x 2 is spread with H2 (55 <= T1) rather than
-// H1, which the 1440x720 row's T1 = 30 would pick; line 1 prints 20 00 (H1
-// would give 21 00).
-TEST(SpreadThresholds, Method5At1440x720DiffusesWithTheLastRow) {
-    HtSettings s = test::htSettings(5, 0, 1, 64, 1440, 720);
-    s.width = 10;
-    HtBlocks blocks;
-    blocks.matrix = test::thresholdMatrixBlock(1, 1, {0});
-    WatchedMono m(s, blocks);
-    const std::vector<uint8_t> line(10, 200);
-    uint8_t out[2];
-    ASSERT_EQ(Halftone(m.ht.ctx, line.data(), out, 2, 0, 10, 0, 0, 0, 0, 0), RC_OK);
-    ASSERT_EQ(Halftone(m.ht.ctx, line.data(), out, 2, 0, 10, 0, 0, 1, 0, 0), RC_OK);
-    EXPECT_EQ(out[0], 0x20);
-    EXPECT_EQ(out[1], 0x00);
 }
 
 // One-bit output copies the black table. Two-bit pads it: entry 0 is the
@@ -302,10 +262,8 @@ TEST(GridResample, CornersAndOneNodeByHand) {
         EXPECT_EQ(ht.ctx->lut.gridCount[2], n);
         EXPECT_EQ(ht.ctx->lut.grid[1][1], method ? 8 : 255);
         EXPECT_EQ(ht.ctx->buffers[kConversionTable].size, 4 * n * n * n);
-        EXPECT_EQ(grid[0], packed({10, 1, 2, 3}));
-        EXPECT_EQ(grid[n - 1], packed({250, 4, 5, 6}));
-        EXPECT_EQ(grid[n * n - 1], packed({100, 7, 8, 9}));
-        EXPECT_EQ(grid[n * n * n - 1], packed({50, 11, 12, 13}));
+        for (uint32_t at : {0u, n - 1, n * n - 1, n * n * n - 1})
+            EXPECT_EQ(grid[at], packed(cornerInks(at >= n * n ? 255 : 0, at >= n ? 255 : 0, 255 * (at > 0))));
         EXPECT_EQ(grid[method ? (1 * 32 + 2) * 32 + 3 : 0], packed(method ? Node{22, 2, 3, 4} : Node{10, 1, 2, 3}));
         EXPECT_EQ(static_cast<void*>(ht.ctx->lut.lutData), ht.ctx->buffers[kConversionTable].data);
     }
@@ -342,10 +300,8 @@ TEST(ErrorLines, CountSizesAndBlocks) {
         EXPECT_EQ(line[c.lines].data, nullptr) << "slot behind the lines untouched in phase 1";
         EXPECT_EQ(errorLine(*ht.ctx, 0), reinterpret_cast<const int32_t*>(base) + 30);
     }
-    test::MemoryWatch watch;
-    test::MonoLut lut([](int v) { return v; });
-    HtInstance ht(test::htSettings(1, 0, 1, 0x40000000), lut.lut, HtBlocks{}, 1);
-    EXPECT_EQ(ht.rc, RC_ARG + 1) << "a width beyond 32-bit line sizes";
+    EXPECT_EQ(WatchedMono(test::htSettings(1, 0, 1, 0x40000000), HtBlocks{}, 1).ht.rc, RC_ARG + 1)
+        << "a width beyond 32-bit line sizes";
 }
 
 }  // namespace

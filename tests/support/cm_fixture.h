@@ -25,21 +25,10 @@ struct ChunkDir {
 
 // Settings whose keys match the record the default index names:
 // list1 position 1, list2 number 1, list3 position 3, keys 5/6/8/9 = 5, 6, 8, 9.
+// processMode 2 takes selectC from processLevel.
 struct CmSettings {
-    CmSettings1 s1{};
-    CmSettings2 s2{};
-    CmSettings() {
-        s1.selectF = 8;
-        s1.selectB = 1;
-        s1.processMode = 2;  // selectC from processLevel
-        s1.processLevel = 3;
-        s1.neutralSetting = 50;
-        s2.selectA = 1;
-        s2.pixelFormat = 1;
-        s2.selectD = 5;
-        s2.selectE = 6;
-        s2.selectG = 9;
-    }
+    CmSettings1 s1{.selectF = 8, .selectB = 1, .processMode = 2, .processLevel = 3, .neutralSetting = 50};
+    CmSettings2 s2{.selectA = 1, .pixelFormat = 1, .selectD = 5, .selectE = 6, .selectG = 9};
 };
 
 // An index with one record matching CmSettings, naming `block` / `table`.

@@ -35,10 +35,6 @@ inline void putU16(Bytes& out, uint16_t v) {
     out.push_back(static_cast<uint8_t>(v));
     out.push_back(static_cast<uint8_t>(v >> 8));
 }
-inline void putU32(Bytes& out, uint32_t v) {
-    putU16(out, static_cast<uint16_t>(v));
-    putU16(out, static_cast<uint16_t>(v >> 16));
-}
 
 // Request list: the ids in order, then the terminator 65535.
 inline Bytes requestListBlock(const std::vector<uint16_t>& ids) {
@@ -63,10 +59,10 @@ inline Bytes evenLevels(unsigned n) {
     return levels;
 }
 
-// Grid level block: the u16 count (the number of levels unless given), then the levels.
-inline Bytes gridLevelBlock(const Bytes& levels, int count = -1) {
+// Grid level block: the u16 count of levels, then the levels.
+inline Bytes gridLevelBlock(const Bytes& levels) {
     Bytes out;
-    putU16(out, static_cast<uint16_t>(count < 0 ? levels.size() : static_cast<unsigned>(count)));
+    putU16(out, static_cast<uint16_t>(levels.size()));
     out.insert(out.end(), levels.begin(), levels.end());
     return out;
 }
@@ -107,7 +103,8 @@ inline DotSplitRow layeredSplit(int level) {
 // Dot-split descriptor as colour management keeps it in extraData.
 inline Bytes dotSplitDescriptor(uint16_t blockId, uint32_t present = 1, uint16_t format = 1) {
     Bytes out;
-    putU32(out, present);
+    putU16(out, static_cast<uint16_t>(present));
+    putU16(out, static_cast<uint16_t>(present >> 16));
     putU16(out, format);
     putU16(out, blockId);
     return out;
@@ -126,13 +123,10 @@ struct MonoLut {
         lut.inkParam[0] = inkParam0;
         lut.inkParam[1] = inkParam1;
         lut.modelId = 7;
-        refresh();
+        lut.extraData = descriptor.data();
     }
     MonoLut(const MonoLut&) = delete;
     MonoLut& operator=(const MonoLut&) = delete;
-
-    // Points the CmLut at the descriptor again after a test changed it.
-    void refresh() { lut.extraData = descriptor.empty() ? nullptr : descriptor.data(); }
 };
 
 // Colour CmLut with an n x n x n grid of four inks per node held in `nodes`,
@@ -145,9 +139,7 @@ struct ColourLut {
     Bytes descriptor;
 
     // nodeAt(r, g, b) gives the inks at the grid levels r, g, b.
-    ColourLut(const Bytes& levels, const std::function<Node(int, int, int)>& nodeAt,
-              int32_t inkParam0 = 250, int32_t inkParam1 = 100)
-        : descriptor(dotSplitDescriptor(kDotSplitId)) {
+    ColourLut(const Bytes& levels, const std::function<Node(int, int, int)>& nodeAt) : descriptor(dotSplitDescriptor(kDotSplitId)) {
         const auto n = static_cast<unsigned>(levels.size());
         for (unsigned i = 0; i < n * n * n; ++i) {
             const Node node = nodeAt(levels[i / n / n], levels[i / n % n], levels[i % n]);
@@ -158,8 +150,8 @@ struct ColourLut {
             lut.gridCount[axis] = n;
             std::copy(levels.begin(), levels.end(), lut.grid[axis]);
         }
-        lut.inkParam[0] = inkParam0;
-        lut.inkParam[1] = inkParam1;
+        lut.inkParam[0] = 250;
+        lut.inkParam[1] = 100;
         lut.modelId = 9;
         refresh();
     }
@@ -186,16 +178,8 @@ struct HtBlocks {
 // Settings with the usual defaults: dither mode 1, 720 x 720, 64 pixels wide.
 inline HtSettings htSettings(uint32_t method, uint32_t colourMode, uint32_t outputBits, uint32_t width = 64,
                              uint32_t resolutionX = 720, uint32_t resolutionY = 720) {
-    HtSettings s{};
-    s.method = method;
-    s.ditherMode = 1;
-    s.inputFormat = colourMode == 0 ? 0 : 3;
-    s.colourMode = colourMode;
-    s.resolutionX = resolutionX;
-    s.resolutionY = resolutionY;
-    s.outputBits = outputBits;
-    s.width = width;
-    return s;
+    return HtSettings{.method = method, .ditherMode = 1, .inputFormat = colourMode == 0 ? 0u : 3u, .colourMode = colourMode,
+                      .resolutionX = resolutionX, .resolutionY = resolutionY, .outputBits = outputBits, .width = width};
 }
 
 // True when no slot holds a block or a view.
@@ -225,19 +209,9 @@ struct HtInstance {
             answers.push_back(next);
         }
     }
-    ~HtInstance() {
-        if (ctx != nullptr) {
-            EXPECT_EQ(HalftoneDelete(ctx), RC_OK);
-        }
-    }
+    ~HtInstance() { EXPECT_TRUE(ctx == nullptr || HalftoneDelete(ctx) == RC_OK); }
     HtInstance(const HtInstance&) = delete;
     HtInstance& operator=(const HtInstance&) = delete;
-
-    // One further call, as a driver would make it.
-    uint32_t feed(const Bytes& block) {
-        uint32_t next = 0;
-        return HalftoneSetResource(ctx, block.data(), &next);
-    }
 };
 
 // A monochrome instance (ink 255 - v unless given) fed through the protocol

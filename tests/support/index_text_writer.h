@@ -15,17 +15,13 @@ struct IndexEntry {
 };
 
 struct IndexTextWriter {
-    std::string preamble = "; colour table index\r\n";
-    char version = '3';
     std::vector<IndexEntry> records;
     std::vector<std::string> list1{"L0", "L1", "L2", "L3"};
     std::optional<int32_t> list2Base;  // written before list 2's names when set
     std::vector<std::string> list2{"Plain", "Photo"};
     std::vector<std::string> list3{"M0", "M1", "M2", "M3", "M4"};
-    std::string lineEnd = "\r\n";
     std::string blankLines;  // inserted between sections ("\r\n\r\n" to test that they vanish)
     std::string lead;        // written before every token (blanks to test skipping)
-    bool endMarker = true;   // the '/' line after the records
 
     IndexEntry& add(int32_t block, int32_t table, std::string n1, std::string n2, int32_t k5, int32_t k6,
                     std::string n3, int32_t k8, int32_t k9) {
@@ -37,32 +33,24 @@ struct IndexTextWriter {
 
     // The text, NUL-terminated (c_str of the result).
     std::string text() const {
-        std::string out = preamble;
-        out += "//";
-        out += version;
-        out += " index" + lineEnd;
-        out += "; block table name1 name2 k5 k6 name3 k8 k9" + lineEnd + blankLines;
+        std::string out = "; colour table index\r\n//3 index\r\n; block table name1 name2 k5 k6 name3 k8 k9\r\n";
+        out += blankLines;
         for (const IndexEntry& r : records) {
-            const std::string* tokens[] = {&r.blockNo, &r.tableId, &r.name1, &r.name2, &r.key5,
-                                           &r.key6,    &r.name3,   &r.key8,  &r.key9};
-            for (const std::string* t : tokens) out += lead + *t + " ";
-            out += r.trailing + lineEnd;
+            for (const std::string* t : {&r.blockNo, &r.tableId, &r.name1, &r.name2, &r.key5, &r.key6, &r.name3,
+                                         &r.key8, &r.key9})
+                out += lead + *t + " ";
+            out += r.trailing + "\r\n";
         }
-        if (endMarker) out += "//" + lineEnd + blankLines;
-        out += names(list1) + blankLines;
-        std::string second;
-        if (list2Base) second = lead + std::to_string(*list2Base) + " ";
-        out += second + names(list2) + blankLines;
-        out += names(list3) + blankLines;
-        out += "1" + lineEnd;
-        return out;
+        out += "//\r\n" + blankLines + names(list1) + blankLines;
+        if (list2Base) out += lead + std::to_string(*list2Base) + " ";
+        return out + names(list2) + blankLines + names(list3) + blankLines + "1\r\n";
     }
 
 private:
     std::string names(const std::vector<std::string>& list) const {
         std::string out;
         for (const std::string& n : list) out += lead + n + " ";
-        return out + lineEnd;
+        return out + "\r\n";
     }
 };
 
