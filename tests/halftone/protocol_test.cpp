@@ -108,6 +108,32 @@ TEST(HalftoneCall, ChecksInOrder) {
     for (uint8_t b : dst) ASSERT_EQ(b, 0xA5) << "nothing written";
 }
 
+// Repeating by 3 in front of the kernel is the kernel run on every input
+// pixel given three times, whatever a pixel's size: gray 1 byte, RGB 3,
+// padded RGB and ink 4.
+TEST(HalftoneCall, RepeatingCopiesWholePixels) {
+    const test::ColourLut grid(test::evenLevels(5), [](int r, int g, int b) {
+        return test::ColourLut::Node{uint8_t(255 - r), uint8_t(255 - g), uint8_t(255 - b), uint8_t(r / 2)};
+    });
+    const test::MonoLut mono([](int v) { return 255 - v; });
+    for (const auto& [format, bytes] : {std::pair{0u, 1u}, {2u, 3u}, {3u, 4u}, {4u, 4u}}) {
+        HtSettings s = test::htSettings(3, format == 0 ? 0 : 1, 1, 60);
+        s.inputFormat = format;
+        std::vector<uint8_t> src(20 * bytes), repeated, out[2];
+        for (size_t i = 0; i < src.size(); ++i) src[i] = static_cast<uint8_t>(i * 37);
+        for (size_t i = 0; i < src.size(); i += bytes)
+            for (int r = 0; r < 3; ++r) repeated.insert(repeated.end(), src.begin() + i, src.begin() + i + bytes);
+        for (int32_t scale : {2, 0}) {
+            s.scaleMode = scale;
+            HtInstance ht(s, format == 0 ? mono.lut : grid.lut);
+            std::vector<uint8_t>& o = out[scale / 2];
+            o.assign(4 * 8, 0);
+            EXPECT_EQ(Halftone(ht.ctx, (scale ? src : repeated).data(), o.data(), 8, 0, 60, 0, 0, 0, 0, 0), RC_OK);
+        }
+        EXPECT_EQ(out[1], out[0]) << "format " << format;
+    }
+}
+
 // The kernel every settings row leads to; method 2 is error diffusion, routed like method 1.
 TEST(Dispatch, KernelByRow) {
     const struct { uint32_t bits, method, colourMode, resX, resY, ditherMode, inputFormat; int32_t scaleMode;
