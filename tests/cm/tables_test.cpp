@@ -100,6 +100,7 @@ TEST(IndexText, BrokenTextsGiveNoRecords) {
         {"no end of the record list", edit("//\r\n", "")},
         {"the rest behind a NUL", edit("//\r\n", std::string(1, '\0') + "//\r\n")},
         {"no marker", "no marker at all"},
+        {"no marker, a version first", "3" + edit("//\r\n", "/\r\n").substr(text.find("//3") + 3)},
         {"empty", ""},
         {"no record list", "//3"},
     };
