@@ -220,6 +220,11 @@ TEST(EveryKernel, DiffusionKernelsApplyTheContinuityRule) {
     };
     for (const KernelSetup& k : everyKernelSetup()) {
         if (k.method != 1) continue;
+        HandContext five(k.settings());
+        const std::vector<uint8_t> src(64, 0x80);
+        std::vector<uint8_t> dst(64, 0);
+        ASSERT_EQ(five.run(src.data(), dst.data(), 16, 0, 5, 20, 3), RC_OK);
+        EXPECT_EQ(five.ctx.prevRunEnd, 25u) << "a run of 5 from column 20 ends at 25";
         for (const Case& c : cases) {
             HandContext h(k.settings());
             SCOPED_TRACE(testing::Message() << chooseKernel(h.ready()).name << ": " << c.what);
