@@ -9,7 +9,6 @@
 #include "kernels/colour_input/colour_input.h"
 #include "kernels/cpu_clones.h"
 #include "kernels/force_inline.h"
-#include "kernels/largest_code.h"
 #include "kernels/matrix_row.h"
 #include "kernels/dither/three_size_code.h"
 #include "kernels/kernels.h"
@@ -69,9 +68,7 @@ INKDOT_CPU_CLONES void ditherRun(const HtContext& ctx, const HtRun& run, Input i
             const uint32_t* const s = total[k];
             uint8_t* const code = codes[k];
             for (uint32_t i = 0; i < n; ++i) {
-                const uint32_t t = threshold[i];
-                code[i] = static_cast<uint8_t>(
-                    largestCode((c[i] & 0xFFFF) > t, (c[i] >> 16) > t, s[i] > t) * !chunk.white[i]);
+                code[i] = static_cast<uint8_t>(stackedCode(c[i], s[i], threshold[i]) * !chunk.white[i]);
             }
         }
         out.put({codes[0], codes[1], codes[2], codes[3]}, n);

@@ -7,7 +7,7 @@
 #include "halftone/ht_context.h"
 #include "kernels/cpu_clones.h"
 #include "kernels/matrix_row.h"
-#include "kernels/largest_code.h"
+#include "kernels/dither/three_size_code.h"
 #include "kernels/kernels.h"
 #include "kernels/level_shift.h"
 #include "kernels/packing.h"
@@ -56,9 +56,7 @@ INKDOT_CPU_CLONES void ditherRun(const HtContext& ctx, const HtRun& run, const S
         row.read(x0, n, thresholds);
         // The three-size rule, a few vector compares per eight pixels.
         for (uint32_t i = 0; i < n; ++i) {
-            const uint32_t t = thresholds[i];
-            codes[i] = static_cast<uint8_t>(
-                largestCode((cumulative[i] & 0xFFFF) > t, (cumulative[i] >> 16) > t, total[i] > t));
+            codes[i] = static_cast<uint8_t>(stackedCode(cumulative[i], total[i], thresholds[i]));
         }
         out.put({codes}, n);
     }

@@ -16,10 +16,13 @@ namespace inkdot {
 // ts + tm + tl in splitToneTotal.
 // The three tests are selected without branches (largestCode): the matrix
 // makes every one of them as good as random.
+// The chunk loops read the two words first and call stackedCode, which
+// the compiler turns into a few vector compares per eight pixels.
+inline unsigned stackedCode(uint32_t cumulative, uint32_t total, uint32_t threshold) {
+    return largestCode((cumulative & 0xFFFF) > threshold, (cumulative >> 16) > threshold, total > threshold);
+}
 inline unsigned threeSizeCode(const HtContext& ctx, uint32_t amount, uint32_t threshold) {
-    const uint32_t cumulative = ctx.splitToneCumulative[amount];
-    return largestCode((cumulative & 0xFFFF) > threshold, (cumulative >> 16) > threshold,
-                       ctx.splitToneTotal[amount] > threshold);
+    return stackedCode(ctx.splitToneCumulative[amount], ctx.splitToneTotal[amount], threshold);
 }
 
 }  // namespace inkdot
