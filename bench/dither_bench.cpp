@@ -8,6 +8,7 @@
 #include <random>
 #include <vector>
 
+#include "even_grid_cells.h"
 #include "support/hand_context.h"
 #include "kernels/kernels.h"
 
@@ -36,7 +37,7 @@ void fillTables(HandContext& hc) {
     std::mt19937 rng(1);
     hc.setMatrix(64, 64, inkdot::test::permutationMatrix(64, 1));
     for (uint32_t v = 0; v < 256; ++v) hc.tone[v] = static_cast<uint16_t>(v * 16);
-    inkdot::test::evenGridCells(hc);
+    inkdot::bench::evenGridCells(hc);
     for (uint32_t r = 0; r < 256; ++r)
         hc.setSplit(static_cast<uint8_t>(r), static_cast<uint8_t>(r / 3), static_cast<uint8_t>(r / 3),
                     static_cast<uint8_t>(r / 4));

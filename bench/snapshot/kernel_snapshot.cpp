@@ -28,6 +28,7 @@
 #include <string>
 #include <vector>
 
+#include "../even_grid_cells.h"
 #include "support/hand_context.h"
 
 namespace inkdot {
@@ -193,7 +194,7 @@ private:
 
         if (row_.colour) {
             if (chance(60)) {
-                test::evenGridCells(hc);
+                bench::evenGridCells(hc);
             } else {
                 // Random cells, some of them past the grid's last node.
                 for (uint32_t v = 0; v < 256; ++v) {

@@ -156,19 +156,6 @@ inline uint32_t packInks(uint32_t c0, uint32_t c1, uint32_t c2, uint32_t c3) {
     return c0 | c1 << 8 | c2 << 16 | c3 << 24;
 }
 
-// The grid cell table the resource protocol builds for 32 evenly spread
-// levels (0, 8, 16, ... 255): on-node levels get weight 255, the others the
-// lower node's share of 255.
-inline void evenGridCells(HandContext& hc) {
-    uint32_t level[32];
-    for (uint32_t k = 0; k < 32; ++k) level[k] = (k * 255 + 15) / 31;
-    for (uint32_t v = 0, j = 0; v < 256; ++v) {
-        if (level[j] == v) ++j;
-        const uint32_t weight = level[j - 1] == v ? 255 : (level[j] - v) * 255 / (level[j] - level[j - 1]);
-        hc.setGridCell(static_cast<uint8_t>(v), static_cast<uint8_t>(j - 1), static_cast<uint8_t>(weight));
-    }
-}
-
 // A side x side matrix holding every value 0 .. side^2 - 1 once, shuffled.
 inline std::vector<uint16_t> permutationMatrix(uint32_t side, uint32_t seed) {
     std::vector<uint16_t> cells(side * side);
