@@ -74,11 +74,11 @@ TEST(Dither, HandWorkedRuns) {
         {kMono, {"tone above the matrix value prints, equal does not", [](HandContext& hc) {
              hc.setMatrix(4, 1, {4, 5, 6, 0}), hc.tone[10] = 5;
          }, std::vector<uint8_t>(8, 10), 8, 0, 0, "10011001"}},
-        // Row y of the 4 x 3 matrix holds 0 in column y only; line 7 reads row 1, columns 9
-        // and 13 are column 1 of the row.
+        // Row y of the 4 x 3 matrix holds 0 in column y only; line 7 reads row 1, columns 5
+        // and 9 are column 1 of the row (the run wraps the row after three pixels).
         {kMono, {"matrix row follows the line, column wraps", [](HandContext& hc) {
              hc.setMatrix(4, 3, {0, 9, 9, 9, 9, 0, 9, 9, 9, 9, 0, 9}), hc.tone[1] = 5;
-         }, std::vector<uint8_t>(8, 1), 8, 6, 7, "00010001"}},
+         }, std::vector<uint8_t>(8, 1), 8, 5, 7, "10001000"}},
         // Misleading middle entries: a kernel that read tone[byte] would print 128, not 129.
         {with(kMono, 0, 0), {"fixed threshold takes the table ends", [](HandContext& hc) {
              hc.setFlatMatrix(2, 2, 5), hc.tone[128] = hc.tone[255] = 10;
