@@ -148,6 +148,12 @@ TEST(Ed2, HandWorkedRuns) {
         // row heavy. err = 5; Y1: 8 at x - 1, x and (carry) x + 1; 4 at x + 1 and x + 2.
         {ink(edSetup(1, 2, 720, 1440)), {"DoubleY heavy row: Y1", pattern(4000, 4000, 2, 3, 0, 1000), plane0("5"), 1, 0,
                                          0, "0 0 0 0", {{0, 0, 40}, {0, 1, 20}, {0, 2, 20}}}},
+        // Light rows, no dot: small 5 (t2 < 5 <= t1) takes Y2, err 5: 4 at x + 1, 2 at x + 2,
+        // 2, 4, 16 at x - 2 .. x; small 2 (t3 < 2 <= t2) takes Y0, err 2: 8 at x - 1, x + 1, 16 at x.
+        {ink(edSetup(1, 2, 720, 1440)), {"DoubleY light row: Y2", pattern(4000, 4000, 5, 0, 0, 1000), plane0("5"), 1, 0,
+                                         0, "0 0 0 0", {{0, -2, 10}, {0, -1, 20}, {0, 0, 80}, {0, 1, 20}, {0, 2, 10}}}},
+        {ink(edSetup(1, 2, 720, 1440)), {"DoubleY lighter row, no dot: Y0", pattern(4000, 4000, 2, 0, 0, 1000),
+                                         plane0("5"), 1, 0, 0, "0 0 0 0", {{0, -1, 16}, {0, 0, 32}, {0, 1, 16}}}},
         // Pixels 0..3 diffuse with G1: err -205, -256, -294, -310 (cells read -1640 as -51,
         // -2868 as -89, -3376 as -105); pixel 4 is idle: its cell takes the carry 4 x -310.
         {kInk, {"the fifth pixel without small ink takes the carry", history, plane0("11111"), 5, 0, 0,
