@@ -30,14 +30,16 @@ struct Row {
     bool unsizedToo = false;
 };
 
+Bytes test::HtBlocks::* const kHalftoneBlocks[] = {&test::HtBlocks::requestList, &test::HtBlocks::gridLevels,
+                                                   &test::HtBlocks::matrix, &test::HtBlocks::dotSplit};
+
 // The block of colour-management phase 1 to 6, then halftone phase 7 to 10, cut to `length`.
 Row cut(uint32_t phase, size_t length, const std::string& what) {
-    static const uint32_t kBlocks[] = {0, test::kJobTableBlock, 980, 990, 900, test::kJobCorrectionBlock,
-                                       0, test::kGridLevelsId, test::kMatrixGeneralId, test::kDotSplitId};
+    static const uint32_t kBlocks[] = {0, test::kJobTableBlock, 980, 990, 900, test::kJobCorrectionBlock};
     const std::string at = phase <= 6 ? "CmSetResource " + std::to_string(phase)
                                       : "HalftoneSetResource " + std::to_string(phase - 6);
     return {what + " cut to " + std::to_string(length), [=](JobFiles& f) {
-                Bytes& block = (phase <= 6 ? f.cmBlocks : f.htBlocks)[kBlocks[phase - 1]];
+                Bytes& block = phase <= 6 ? f.cmBlocks[kBlocks[phase - 1]] : f.htBlocks.*kHalftoneBlocks[phase - 7];
                 block.resize(length);
                 block.shrink_to_fit();
             }, RC_DATA, at};
@@ -61,15 +63,13 @@ std::vector<Row> rows() {
     for (size_t length : {size_t{0}, size_t{1}, size_t{256}, tables - 256, tables - 1})
         rows.push_back(cut(6, length, "21 tables"));
     // Halftone: the request list, 34 level bytes, the matrix, 768 dot-split bytes.
-    const uint32_t ids[] = {0, test::kGridLevelsId, test::kMatrixGeneralId, test::kDotSplitId};
     for (uint32_t phase = 7; phase <= 10; ++phase) {
-        const size_t size = whole.htBlocks.at(ids[phase - 7]).size();
+        const size_t size = (whole.htBlocks.*kHalftoneBlocks[phase - 7]).size();
         for (size_t length = 0; length < size; length += phase >= 9 ? 7 : 1) rows.push_back(cut(phase, length, "halftone block"));
         rows.push_back(cut(phase, size - 1, "halftone block"));
     }
-    rows.push_back({"a 64 x 64 matrix in a 16 x 16 block", [](JobFiles& f) {
-                        f.htBlocks[test::kMatrixGeneralId][0] = f.htBlocks[test::kMatrixGeneralId][1] = 64;
-                    }, RC_DATA, "HalftoneSetResource 3"});
+    rows.push_back({"a 64 x 64 matrix in a 16 x 16 block", [](JobFiles& f) { f.htBlocks.matrix[0] = f.htBlocks.matrix[1] = 64; },
+                    RC_DATA, "HalftoneSetResource 3"});
 
     // Adjustments from -50 to 50, gamma from 100 to 300: refused at the colour table.
     const std::pair<const char*, int32_t CmSettings1::*> words[] = {

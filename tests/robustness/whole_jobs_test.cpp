@@ -6,6 +6,7 @@
 // job run alone (the thread-sanitizer build runs Threads.*), as do the unsized calls.
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <atomic>
 #include <cstring>
 #include <string>
@@ -21,34 +22,25 @@ namespace {
 
 using test::Job;
 using test::JobConfig;
+using test::jobConfig;
 
 // Channel tables with and without; mono and colour; one and two bits; diffusion
 // (shared and separate error lines), dither, hybrid dither, fixed threshold;
 // replication; the four resolution classes.
-JobConfig config(const char* name, uint32_t method, uint32_t colour, uint32_t bits, bool tables, uint32_t x, uint32_t y,
-                 uint32_t scaleMode = 0, uint32_t ditherMode = 1, uint32_t width = 96) {
-    JobConfig c = test::jobConfig(name, method, colour, bits, tables, width);
-    c.ht.resolutionX = x;
-    c.ht.resolutionY = y;
-    c.ht.scaleMode = scaleMode;
-    c.ht.ditherMode = ditherMode;
-    c.lines = 64;
-    return c;
-}
 const JobConfig kConfigs[] = {
-    config("colour, tables, one-bit diffusion, separate lines", 1, 1, 1, true, 1440, 720, 0, 1, 4100),
-    config("colour, one-bit diffusion, DoubleY", 1, 1, 1, false, 360, 720),
-    config("colour, two-bit diffusion, replication", 1, 1, 2, false, 720, 720, 2),
-    config("colour, two-bit diffusion 1440x720", 1, 1, 2, false, 1440, 720),
-    config("colour, tables, one-bit hybrid dither", 3, 1, 1, true, 720, 720, 0, 0),
-    config("colour, one-bit dither", 3, 1, 1, false, 720, 720),
-    config("colour, fixed threshold", 0, 1, 1, false, 720, 720),
-    config("colour, tables, two-bit dither", 3, 1, 2, true, 720, 720),
-    config("mono, one-bit diffusion", 1, 0, 1, false, 720, 720),
-    config("mono, tables, one-bit diffusion 1440x720", 1, 0, 1, true, 1440, 720),
-    config("mono, one-bit dither", 3, 0, 1, false, 720, 1440),
-    config("mono, two-bit diffusion, replication", 1, 0, 2, false, 720, 1440, 3),
-    config("mono, two-bit dither", 3, 0, 2, false, 720, 720),
+    jobConfig("colour, tables, one-bit diffusion, separate lines", 1, 1, 1, true, 1440, 720, 0, 1, 4100),
+    jobConfig("colour, one-bit diffusion, DoubleY", 1, 1, 1, false, 360, 720),
+    jobConfig("colour, two-bit diffusion, replication", 1, 1, 2, false, 720, 720, 2),
+    jobConfig("colour, two-bit diffusion 1440x720", 1, 1, 2, false, 1440, 720),
+    jobConfig("colour, tables, one-bit hybrid dither", 3, 1, 1, true, 720, 720, 0, 0),
+    jobConfig("colour, one-bit dither", 3, 1, 1, false, 720, 720),
+    jobConfig("colour, fixed threshold", 0, 1, 1, false, 720, 720),
+    jobConfig("colour, tables, two-bit dither", 3, 1, 2, true, 720, 720),
+    jobConfig("mono, one-bit diffusion", 1, 0, 1, false, 720, 720),
+    jobConfig("mono, tables, one-bit diffusion 1440x720", 1, 0, 1, true, 1440, 720),
+    jobConfig("mono, one-bit dither", 3, 0, 1, false, 720, 1440),
+    jobConfig("mono, two-bit diffusion, replication", 1, 0, 2, false, 720, 1440, 3),
+    jobConfig("mono, two-bit dither", 3, 0, 2, false, 720, 720),
 };
 
 // The Halftone codes and the planes, or nothing when the job failed.
@@ -73,7 +65,9 @@ void checkState(const Job& job, const test::Bytes& grid, const std::string& what
             << what << ": the grid stays as phase 2 left it";
         EXPECT_EQ(job.failedPhase < 2 ? RC_DATA : CmSetResourceSized(job.cm, any, 1, &next), RC_DATA) << what << ": nothing left";
     } else {
-        EXPECT_TRUE(test::allSlotsEmpty(*job.ht) && job.ht->kernel == nullptr) << what << ": every slot released";
+        const auto empty = [](const HtBuffer& b) { return b.handle == nullptr && b.data == nullptr; };
+        EXPECT_TRUE(std::all_of(std::begin(job.ht->buffers), std::end(job.ht->buffers), empty) && job.ht->kernel == nullptr)
+            << what << ": every slot released";
         EXPECT_EQ(Halftone(job.ht, any, dst, 1, 0, 1, 0, 0, 0, 0, 0), RC_DATA) << what;
         EXPECT_EQ(HalftoneSetResourceSized(job.ht, any, 4, &next), RC_DATA) << what;
     }
