@@ -236,7 +236,9 @@ TEST(DotSplit, ReindexedThresholdsAndDerivedTables) {
 // 127) / 255 = 4, 8 and 12; largest on axis 2, then 1: vertices (0,0,0),
 // (0,0,1), (0,1,1), (1,1,1) weighted 116, 4, 4, 4. Ink 0: (1160 + 1000 + 400
 // + 200 + 64) >> 7 = 22; ink 1: (116 + 16 + 28 + 44 + 64) >> 7 = 2; ink 2: 3;
-// ink 3: 4. Fixed threshold keeps the two corners only.
+// ink 3: 4. Node (1, 1, 1) at level 8: fraction 4 on each axis, rounded down
+// as 1151 / 255 is: (124 x 10 + 4 x 50 + 64) >> 7 = 11 (a fraction of 5 gives 12).
+// Fixed threshold keeps the two corners only.
 Node cornerInks(int r, int g, int b) {
     if (r == 0 && g == 0 && b == 0) return {10, 1, 2, 3};
     if (r == 0 && g == 0 && b == 255) return {250, 4, 5, 6};
@@ -264,8 +266,10 @@ TEST(GridResample, CornersAndOneNodeByHand) {
         EXPECT_EQ(ht.ctx->buffers[kConversionTable].size, 4 * n * n * n);
         for (uint32_t at : {0u, n - 1, n * n - 1, n * n * n - 1})
             EXPECT_EQ(grid[at], packed(cornerInks(at >= n * n ? 255 : 0, at >= n ? 255 : 0, 255 * (at > 0))));
-        EXPECT_EQ(grid[method ? (1 * 32 + 2) * 32 + 3 : 0], packed(method ? Node{22, 2, 3, 4} : Node{10, 1, 2, 3}));
         EXPECT_EQ(static_cast<void*>(ht.ctx->lut.lutData), ht.ctx->buffers[kConversionTable].data);
+        if (method == 0) continue;
+        EXPECT_EQ(grid[(1 * 32 + 2) * 32 + 3], packed(Node{22, 2, 3, 4}));
+        EXPECT_EQ(grid[(1 * 32 + 1) * 32 + 1], packed(Node{11, 1, 2, 3}));
     }
 }
 
