@@ -95,12 +95,10 @@ inline DotSplitRow layeredSplit(int level) {
     return {layer(0), layer(85), layer(170)};
 }
 
-// Dot-split descriptor as colour management keeps it in extraData.
-inline Bytes dotSplitDescriptor(uint16_t blockId, uint32_t present = 1, uint16_t format = 1) {
-    Bytes out;
-    putU16(out, static_cast<uint16_t>(present));
-    putU16(out, static_cast<uint16_t>(present >> 16));
-    putU16(out, format);
+// Dot-split descriptor as colour management keeps it in extraData: u32 present
+// (1), u16 format (1), u16 block id.
+inline Bytes dotSplitDescriptor(uint16_t blockId) {
+    Bytes out{1, 0, 0, 0, 1, 0};
     putU16(out, blockId);
     return out;
 }
@@ -148,17 +146,12 @@ struct ColourLut {
         lut.inkParam[0] = 250;
         lut.inkParam[1] = 100;
         lut.modelId = 9;
-        refresh();
+        lut.lutData = nodes.data();
+        lut.lutDataBlock = nodes.data();  // owned here, never released by the halftone instance
+        lut.extraData = descriptor.data();
     }
     ColourLut(const ColourLut&) = delete;
     ColourLut& operator=(const ColourLut&) = delete;
-
-    // Points the CmLut at the vectors again after a test changed them.
-    void refresh() {
-        lut.lutData = nodes.data();
-        lut.lutDataBlock = nodes.data();  // owned here, never released by the halftone instance
-        lut.extraData = descriptor.empty() ? nullptr : descriptor.data();
-    }
 };
 
 // The blocks of one instance, one per phase.
