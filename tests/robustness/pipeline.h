@@ -40,8 +40,9 @@ inline JobConfig jobConfig(const char* name, uint32_t method, uint32_t colourMod
 }
 
 // Every block a driver holds for a job: by number for colour management, in
-// protocol order for the halftone instance. Index texts are kept without a terminator: the sized calls get
-// their exact length, the unsized calls a copy with a NUL.
+// protocol order for the halftone instance. Index texts are kept without a
+// terminator: the sized calls get their exact length, the unsized calls a copy
+// with a NUL.
 struct JobFiles : CmSettings {
     std::vector<uint8_t> weights;
     ChunkDir dir;
@@ -98,19 +99,14 @@ struct Job {
     uint32_t failedRc = RC_OK;
     std::string failedAt;  // "CmNew", "CmSetResource 2", ... for messages
     uint32_t failedPhase = 0;
-    Bytes output;  // the planes of every Halftone call, in order
-    std::vector<uint32_t> halftoneCodes;
+    Bytes output;  // the code (low byte) of every Halftone call and the planes of every line, in order
 
     explicit Job(const JobConfig& c, bool useSized = true) : config(c), files(c), sized(useSized) {}
     Job(const Job&) = delete;
     Job& operator=(const Job&) = delete;
-    ~Job() { release(); }
-
-    void release() {
-        halftone.reset();
+    ~Job() {
+        halftone.reset();  // before the colour-management instance it was built from
         if (cm != nullptr) CmDelete(cm);
-        ht = nullptr;
-        cm = nullptr;
     }
     const CmLut& lut() const { return *CmGetLut(cm); }
 
@@ -163,9 +159,9 @@ struct Job {
             }
             Bytes dst(static_cast<size_t>(stride) * planes, 0);
             const uint32_t split = (width / 3 + y * 8) % width;
-            halftoneCodes.push_back(Halftone(ht, src.data(), dst.data(), stride, 0, split, 0, 0, y, 0, 0));
-            halftoneCodes.push_back(Halftone(ht, src.data() + split * bpp, dst.data() + split / pixelsPerByte, stride,
-                                             split % pixelsPerByte, width - split, split, 0, y, 0, 0));
+            output.push_back(static_cast<uint8_t>(Halftone(ht, src.data(), dst.data(), stride, 0, split, 0, 0, y, 0, 0)));
+            output.push_back(static_cast<uint8_t>(Halftone(ht, src.data() + split * bpp, dst.data() + split / pixelsPerByte,
+                                                           stride, split % pixelsPerByte, width - split, split, 0, y, 0, 0)));
             output.insert(output.end(), dst.begin(), dst.end());
         }
     }

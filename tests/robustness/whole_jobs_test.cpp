@@ -203,9 +203,7 @@ const JobConfig kConfigs[] = {
 // The Halftone codes and the planes, or nothing when the job failed.
 Bytes outcome(const JobConfig& config, bool sized = true) {
     Job job(config, sized);
-    if (!job.runAll()) return {};
-    for (uint32_t code : job.halftoneCodes) job.output.push_back(static_cast<uint8_t>(code));
-    return job.output;
+    return job.runAll() ? job.output : Bytes{};
 }
 
 // The instance the failing call left behind stands as its last completed step left it.
