@@ -21,9 +21,8 @@ using test::WatchedMono;
 
 TEST(HalftoneNew, ChecksInOrderCopiesAndPixelLayouts) {
     test::MemoryWatch watch;
-    test::MonoLut mono([](int v) { return 255 - v; });
-    CmLut lut = mono.lut;
-    lut.modelId = 345;
+    const test::MonoLut mono([](int v) { return 255 - v; });
+    const CmLut& lut = mono.lut;
     HtSettings s = test::htSettings(1, 0, 1, 100);
     HtContext* ctx = nullptr;
     uint32_t model = 0;
@@ -33,7 +32,7 @@ TEST(HalftoneNew, ChecksInOrderCopiesAndPixelLayouts) {
     EXPECT_TRUE(model == 0 && ctx == nullptr && watch.seam().allocs == 0);
     s.spare8 = 8;
     ASSERT_EQ(HalftoneNew(&s, &lut, 0, &model, &ctx), RC_OK);
-    EXPECT_EQ(model, 345u);
+    EXPECT_EQ(model, 7u);
     EXPECT_EQ(std::memcmp(&ctx->method, &s, sizeof s), 0);
     EXPECT_EQ(std::memcmp(&ctx->lut, &lut, sizeof lut), 0);
     EXPECT_EQ(HalftoneDelete(ctx), RC_OK);
@@ -45,10 +44,9 @@ TEST(HalftoneNew, ChecksInOrderCopiesAndPixelLayouts) {
         s.inputFormat = c[0];
         s.colourMode = c[1];
         s.outputBits = c[2];
-        ctx = nullptr;
-        EXPECT_EQ(HalftoneNew(&s, &lut, 0, &model, &ctx), c[3]) << c[0] << "/" << c[1] << "/" << c[2];
-        ASSERT_NE(ctx, nullptr);
-        EXPECT_EQ(HalftoneDelete(ctx), RC_OK);
+        const HtInstance ht(s, lut, HtBlocks{}, 0);
+        EXPECT_EQ(ht.rc, c[3]) << c[0] << "/" << c[1] << "/" << c[2];
+        EXPECT_NE(ht.ctx, nullptr);
     }
 }
 

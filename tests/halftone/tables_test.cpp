@@ -190,13 +190,10 @@ TEST(DotSplit, RowsRefusalsAndThresholdsByResolution) {
         WatchedMono m(test::htSettings(1, 0, 2), with(64));
         EXPECT_EQ(m.ctx().buffers[kDotSplitTable].size, 768u);
         expectEntries<uint8_t>(m.ctx(), kDotSplitTable, {{600, 85}, {601, 85}, {602, 30}, {150, 50}, {151, 0}}, "split");
+        // Below 1440 dpi; 1440 dpi in the next test.
+        expectEntries<int16_t>(m.ctx(), kEdThresholdTable, {{0, 128}, {1, 30}, {2, 38}, {255, 128}}, "by class");
     }
     EXPECT_EQ(WatchedMono(test::htSettings(1, 0, 2), with(64, [](int) { return DotSplitRow{85, 85, 85}; })).ht.rc, RC_OK);
-    const struct { uint32_t resX, resY; int e1, e2; } cases[] = {{1440, 720, 26, 36}, {720, 720, 30, 38}, {360, 720, 30, 38}};
-    for (const auto& c : cases) {
-        WatchedMono r(test::htSettings(1, 0, 2, 64, c.resX, c.resY), with(64));
-        expectEntries<int16_t>(r.ctx(), kEdThresholdTable, {{0, 128}, {1, c.e1}, {2, c.e2}, {255, 128}}, "by class");
-    }
     WatchedMono over(test::htSettings(1, 0, 2), with(64, [](int r) {
         return r == 100 ? DotSplitRow{85, 85, 86} : DotSplitRow{uint8_t(r / 3), 1, 2};
     }));
@@ -329,16 +326,14 @@ TEST(ErrorLines, CountSizesAndBlocks) {
         {2, 0, 1, 100, 1, 640, 1},  {2, 1, 0, 1000, 4, 4240, 1}, {1, 1, 1, 4000, 4, 16240, 1}, {1, 1, 1, 4100, 4, 16640, 4},
     };
     for (const auto& c : cases) {
-        test::MemoryWatch watch;
-        test::MonoLut lut([](int v) { return v; });
         HtSettings s = test::htSettings(c.method, c.colourMode, 1, c.width);
         s.ditherMode = c.ditherMode;
-        HtInstance ht(s, lut.lut, HtBlocks{}, 1);
-        ASSERT_EQ(ht.rc, RC_OK);
-        EXPECT_EQ(ht.ctx->errorLineCount, c.lines) << c.method << "/" << c.colourMode << "/" << c.ditherMode;
-        EXPECT_EQ(watch.seam().liveBlocks, 2 + c.blocks) << c.width << ": record, replicated line, lines";
+        WatchedMono m(s, HtBlocks{}, 1);
+        ASSERT_EQ(m.ht.rc, RC_OK);
+        EXPECT_EQ(m.ctx().errorLineCount, c.lines) << c.method << "/" << c.colourMode << "/" << c.ditherMode;
+        EXPECT_EQ(m.watch.seam().liveBlocks, 2 + c.blocks) << c.width << ": record, replicated line, lines";
         if (c.lines == 0) continue;
-        const HtBuffer* line = &ht.ctx->buffers[kErrorLine0];
+        const HtBuffer* line = &m.ctx().buffers[kErrorLine0];
         const bool shared = c.lines > c.blocks;
         EXPECT_EQ(line[0].size, shared ? c.lines * c.lineBytes : c.lineBytes) << c.width;
         const auto* base = static_cast<const uint8_t*>(line[0].data);
@@ -347,7 +342,7 @@ TEST(ErrorLines, CountSizesAndBlocks) {
             EXPECT_EQ(line[k].data == base + c.lineBytes * k, shared) << "line " << k << " is a view";
         }
         EXPECT_EQ(line[c.lines].data, nullptr) << "slot behind the lines untouched in phase 1";
-        EXPECT_EQ(errorLine(*ht.ctx, 0), reinterpret_cast<const int32_t*>(base) + 30);
+        EXPECT_EQ(errorLine(m.ctx(), 0), reinterpret_cast<const int32_t*>(base) + 30);
     }
     EXPECT_EQ(WatchedMono(test::htSettings(1, 0, 1, 0x40000000), HtBlocks{}, 1).ht.rc, RC_ARG + 1)
         << "a width beyond 32-bit line sizes";
