@@ -66,21 +66,17 @@ TEST(DotValueTable, PublishedValues) {
 // i and 256 + i are tone[255 - i / 2], tone[128] = 16 x 128 x 255 / 349 = 1496
 // at i = 255. Two-bit does not; its thresholds before the dot split: 22 + 19, 25 + 19.
 TEST(ToneTable, ByMatrixSizeAndKernel) {
-    const struct { HtSettings s; uint8_t side; Slot slot; uint32_t bytes; Entries entries; } cases[] = {
-        {test::htSettings(1, 0, 1), 64, kToneTable, 512, {{0, 0}, {1, 6}, {254, 4064}, {255, 4096}}},
-        {test::htSettings(1, 0, 1), 8, kToneTable, 512, {{0, 0}, {128, 0}, {254, 0}, {255, 64}}},
-        {test::htSettings(3, 0, 2), 64, kToneTable, 1024, {{0, 0}, {1, 16}, {100, 1600}, {254, 4064}, {255, 4096}}},
+    const struct { HtSettings s; uint8_t side; int inkDivisor; uint32_t bytes; Entries entries; } cases[] = {
+        {test::htSettings(1, 0, 1), 64, 1, 512, {{0, 0}, {1, 6}, {254, 4064}, {255, 4096}}},
+        {test::htSettings(1, 0, 1), 8, 1, 512, {{0, 0}, {128, 0}, {254, 0}, {255, 64}}},
+        {test::htSettings(3, 0, 2), 64, 1, 1024, {{0, 0}, {1, 16}, {100, 1600}, {254, 4064}, {255, 4096}}},
+        {test::htSettings(3, 0, 1), 64, 2, 1024, {{0, 4096}, {255, 1496}, {256, 4096}, {258, 4064}, {511, 1496}}},
     };
     for (const auto& c : cases) {
-        WatchedMono m(c.s, with(c.side));
+        WatchedMono m(c.s, with(c.side), -1, [&](int v) { return 255 - v / c.inkDivisor; });
         ASSERT_EQ(m.ht.rc, RC_OK);
-        EXPECT_EQ(m.ctx().buffers[c.slot].size, c.bytes);
-        expectEntries<uint16_t>(m.ctx(), c.slot, c.entries, "tone");
-    }
-    {
-        WatchedMono half(test::htSettings(3, 0, 1), with(64), -1, [](int v) { return 255 - v / 2; });
-        EXPECT_EQ(half.ctx().buffers[kToneTable].size, 1024u);
-        expectEntries<uint16_t>(half.ctx(), kToneTable, {{0, 4096}, {255, 1496}, {256, 4096}, {258, 4064}, {511, 1496}}, "dither");
+        EXPECT_EQ(m.ctx().buffers[kToneTable].size, c.bytes);
+        expectEntries<uint16_t>(m.ctx(), kToneTable, c.entries, "tone");
     }
     WatchedMono two(test::htSettings(1, 0, 2), HtBlocks{}, 3);
     expectEntries<int16_t>(two.ctx(), kEdThresholdTable, {{0, 128}, {1, 41}, {2, 44}, {255, 128}}, "two-bit");
