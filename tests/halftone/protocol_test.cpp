@@ -6,9 +6,7 @@
 #include <string>
 #include <vector>
 
-#include "frame/memory.h"
 #include "halftone/dispatch.h"
-#include "halftone/slots.h"
 #include "support/ht_fixture.h"
 #include "support/memory_watch.h"
 
@@ -21,9 +19,8 @@ using test::WatchedMono;
 
 TEST(HalftoneNew, ChecksInOrderCopiesAndPixelLayouts) {
     test::MemoryWatch watch;
-    test::MonoLut mono([](int v) { return 255 - v; });
-    CmLut lut = mono.lut;
-    lut.modelId = 345;
+    const test::MonoLut mono([](int v) { return 255 - v; });
+    const CmLut& lut = mono.lut;
     HtSettings s = test::htSettings(1, 0, 1, 100);
     HtContext* ctx = nullptr;
     uint32_t model = 0;
@@ -33,7 +30,7 @@ TEST(HalftoneNew, ChecksInOrderCopiesAndPixelLayouts) {
     EXPECT_TRUE(model == 0 && ctx == nullptr && watch.seam().allocs == 0);
     s.spare8 = 8;
     ASSERT_EQ(HalftoneNew(&s, &lut, 0, &model, &ctx), RC_OK);
-    EXPECT_EQ(model, 345u);
+    EXPECT_EQ(model, 7u);
     EXPECT_EQ(std::memcmp(&ctx->method, &s, sizeof s), 0);
     EXPECT_EQ(std::memcmp(&ctx->lut, &lut, sizeof lut), 0);
     EXPECT_EQ(HalftoneDelete(ctx), RC_OK);
@@ -45,10 +42,9 @@ TEST(HalftoneNew, ChecksInOrderCopiesAndPixelLayouts) {
         s.inputFormat = c[0];
         s.colourMode = c[1];
         s.outputBits = c[2];
-        ctx = nullptr;
-        EXPECT_EQ(HalftoneNew(&s, &lut, 0, &model, &ctx), c[3]) << c[0] << "/" << c[1] << "/" << c[2];
-        ASSERT_NE(ctx, nullptr);
-        EXPECT_EQ(HalftoneDelete(ctx), RC_OK);
+        const HtInstance ht(s, lut, HtBlocks{}, 0);
+        EXPECT_EQ(ht.rc, c[3]) << c[0] << "/" << c[1] << "/" << c[2];
+        EXPECT_NE(ht.ctx, nullptr);
     }
 }
 
@@ -119,16 +115,14 @@ TEST(HalftoneCall, RepeatingCopiesWholePixels) {
     for (const auto& [format, bytes] : {std::pair{0u, 1u}, {2u, 3u}, {3u, 4u}, {4u, 4u}}) {
         HtSettings s = test::htSettings(3, format == 0 ? 0 : 1, 1, 60);
         s.inputFormat = format;
-        std::vector<uint8_t> src(20 * bytes), repeated, out[2];
+        std::vector<uint8_t> src(20 * bytes), repeated, out[2] = {std::vector<uint8_t>(32), std::vector<uint8_t>(32)};
         for (size_t i = 0; i < src.size(); ++i) src[i] = static_cast<uint8_t>(i * 37);
         for (size_t i = 0; i < src.size(); i += bytes)
             for (int r = 0; r < 3; ++r) repeated.insert(repeated.end(), src.begin() + i, src.begin() + i + bytes);
         for (int32_t scale : {2, 0}) {
             s.scaleMode = scale;
             HtInstance ht(s, format == 0 ? mono.lut : grid.lut);
-            std::vector<uint8_t>& o = out[scale / 2];
-            o.assign(4 * 8, 0);
-            EXPECT_EQ(Halftone(ht.ctx, (scale ? src : repeated).data(), o.data(), 8, 0, 60, 0, 0, 0, 0, 0), RC_OK);
+            EXPECT_EQ(Halftone(ht.ctx, (scale ? src : repeated).data(), out[scale / 2].data(), 8, 0, 60, 0, 0, 0, 0, 0), RC_OK);
         }
         EXPECT_EQ(out[1], out[0]) << "format " << format;
     }
@@ -136,29 +130,26 @@ TEST(HalftoneCall, RepeatingCopiesWholePixels) {
 
 // The kernel every settings row leads to; method 2 is error diffusion, routed like method 1.
 TEST(Dispatch, KernelByRow) {
-    const struct { uint32_t bits, method, colourMode, resX, resY, ditherMode, inputFormat; int32_t scaleMode;
-                   const char* kernel; } rows[] = {
-        {2, 3, 1, 360, 720, 1, 3, 0, "Dither2ColourDoubleY"},  {2, 3, 1, 1440, 720, 1, 3, 0, "Dither2Colour"},
-        {2, 3, 0, 360, 720, 1, 0, 0, "Dither2MonoDoubleY"},    {2, 3, 0, 720, 720, 1, 0, 0, "Dither2Mono"},
-        {2, 1, 1, 1440, 720, 1, 3, 0, "Ed2Colour1440x720"},    {2, 1, 1, 720, 1440, 1, 3, 0, "Ed2ColourDoubleY"},
-        {2, 1, 1, 720, 720, 1, 3, 0, "Ed2ColourGeneral"},      {2, 1, 0, 1440, 720, 1, 0, 0, "Ed2Mono1440x720"},
-        {2, 1, 0, 360, 720, 1, 0, 0, "Ed2MonoDoubleY"},        {2, 1, 0, 720, 360, 1, 0, 0, "Ed2MonoGeneral"},
-        {2, 0, 0, 720, 720, 1, 0, 0, "NoTwoBitKernel"},        {2, 2, 1, 720, 720, 1, 3, 0, "NoTwoBitKernel"},
-        {1, 3, 0, 360, 720, 1, 0, 0, "Dither1Mono"},           {1, 3, 1, 720, 720, 0, 3, 0, "Dither1ColourHybrid"},
-        {1, 3, 1, 720, 720, 2, 3, 0, "Dither1ColourHybrid"},   {1, 3, 1, 720, 720, 1, 3, 0, "Dither1Colour"},
-        {1, 0, 1, 1440, 720, 1, 3, 0, "Threshold1Colour"},     {1, 1, 0, 360, 720, 1, 0, 0, "Ed1MonoDoubleY"},
-        {1, 1, 0, 1440, 720, 1, 0, 0, "Ed1Mono1440x720"},      {1, 1, 1, 360, 720, 1, 3, 0, "Ed1ColourDoubleY"},
-        {1, 1, 1, 1440, 720, 1, 3, 0, "Ed1Colour1440x720B"},   {1, 1, 1, 1440, 720, 1, 4, 0, "Ed1Colour1440x720"},
-        {1, 1, 1, 720, 720, 1, 3, -1, "Ed1ColourGeneral"},     {1, 2, 0, 720, 720, 1, 0, 0, "Ed1MonoGeneral"},
-        {1, 1, 1, 720, 360, 1, 3, 0, "Ed1ColourGeneralB"},     {1, 2, 1, 1440, 720, 1, 3, -1, "Ed1Colour1440x720"},
+    // The first eight setting words: method, ditherMode, inputFormat, colourMode, resolutionX, resolutionY,
+    // outputBits, scaleMode.
+    const struct { int32_t s[8]; const char* kernel; } rows[] = {
+        {{3, 1, 3, 1, 360, 720, 2, 0}, "Dither2ColourDoubleY"}, {{3, 1, 3, 1, 1440, 720, 2, 0}, "Dither2Colour"},
+        {{3, 1, 0, 0, 360, 720, 2, 0}, "Dither2MonoDoubleY"},  {{3, 1, 0, 0, 720, 720, 2, 0}, "Dither2Mono"},
+        {{1, 1, 3, 1, 1440, 720, 2, 0}, "Ed2Colour1440x720"},  {{1, 1, 3, 1, 720, 1440, 2, 0}, "Ed2ColourDoubleY"},
+        {{1, 1, 3, 1, 720, 720, 2, 0}, "Ed2ColourGeneral"},    {{1, 1, 0, 0, 1440, 720, 2, 0}, "Ed2Mono1440x720"},
+        {{1, 1, 0, 0, 360, 720, 2, 0}, "Ed2MonoDoubleY"},      {{1, 1, 0, 0, 720, 360, 2, 0}, "Ed2MonoGeneral"},
+        {{0, 1, 0, 0, 720, 720, 2, 0}, "NoTwoBitKernel"},      {{2, 1, 3, 1, 720, 720, 2, 0}, "NoTwoBitKernel"},
+        {{3, 1, 0, 0, 360, 720, 1, 0}, "Dither1Mono"},         {{3, 0, 3, 1, 720, 720, 1, 0}, "Dither1ColourHybrid"},
+        {{3, 2, 3, 1, 720, 720, 1, 0}, "Dither1ColourHybrid"}, {{3, 1, 3, 1, 720, 720, 1, 0}, "Dither1Colour"},
+        {{0, 1, 3, 1, 1440, 720, 1, 0}, "Threshold1Colour"},   {{1, 1, 0, 0, 360, 720, 1, 0}, "Ed1MonoDoubleY"},
+        {{1, 1, 0, 0, 1440, 720, 1, 0}, "Ed1Mono1440x720"},    {{1, 1, 3, 1, 360, 720, 1, 0}, "Ed1ColourDoubleY"},
+        {{1, 1, 3, 1, 1440, 720, 1, 0}, "Ed1Colour1440x720B"}, {{1, 1, 4, 1, 1440, 720, 1, 0}, "Ed1Colour1440x720"},
+        {{1, 1, 3, 1, 720, 720, 1, -1}, "Ed1ColourGeneral"},   {{2, 1, 0, 0, 720, 720, 1, 0}, "Ed1MonoGeneral"},
+        {{1, 1, 3, 1, 720, 360, 1, 0}, "Ed1ColourGeneralB"},   {{2, 1, 3, 1, 1440, 720, 1, -1}, "Ed1Colour1440x720"},
     };
     for (const auto& r : rows) {
-        HtSettings s = test::htSettings(r.method, r.colourMode, r.bits, 64, r.resX, r.resY);
-        s.ditherMode = r.ditherMode;
-        s.inputFormat = r.inputFormat;
-        s.scaleMode = r.scaleMode;
         HtContext ctx{};
-        std::memcpy(&ctx.method, &s, sizeof s);  // the record begins with the settings, as HalftoneNew copies them
+        std::memcpy(&ctx.method, r.s, sizeof r.s);  // the record begins with the settings, as HalftoneNew copies them
         EXPECT_EQ(std::string(chooseKernel(ctx).name), r.kernel) << r.kernel;
     }
 }

@@ -3,8 +3,11 @@
 // spread thresholds (phase 3), the dot split and what derives from it (phase 4).
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <array>
 #include <functional>
+#include <numeric>
+#include <random>
 #include <vector>
 
 #include "halftone/protocol_steps.h"
@@ -63,21 +66,17 @@ TEST(DotValueTable, PublishedValues) {
 // i and 256 + i are tone[255 - i / 2], tone[128] = 16 x 128 x 255 / 349 = 1496
 // at i = 255. Two-bit does not; its thresholds before the dot split: 22 + 19, 25 + 19.
 TEST(ToneTable, ByMatrixSizeAndKernel) {
-    const struct { HtSettings s; uint8_t side; Slot slot; uint32_t bytes; Entries entries; } cases[] = {
-        {test::htSettings(1, 0, 1), 64, kToneTable, 512, {{0, 0}, {1, 6}, {254, 4064}, {255, 4096}}},
-        {test::htSettings(1, 0, 1), 8, kToneTable, 512, {{0, 0}, {128, 0}, {254, 0}, {255, 64}}},
-        {test::htSettings(3, 0, 2), 64, kToneTable, 1024, {{0, 0}, {1, 16}, {100, 1600}, {254, 4064}, {255, 4096}}},
+    const struct { HtSettings s; uint8_t side; int inkDivisor; uint32_t bytes; Entries entries; } cases[] = {
+        {test::htSettings(1, 0, 1), 64, 1, 512, {{0, 0}, {1, 6}, {254, 4064}, {255, 4096}}},
+        {test::htSettings(1, 0, 1), 8, 1, 512, {{0, 0}, {128, 0}, {254, 0}, {255, 64}}},
+        {test::htSettings(3, 0, 2), 64, 1, 1024, {{0, 0}, {1, 16}, {100, 1600}, {254, 4064}, {255, 4096}}},
+        {test::htSettings(3, 0, 1), 64, 2, 1024, {{0, 4096}, {255, 1496}, {256, 4096}, {258, 4064}, {511, 1496}}},
     };
     for (const auto& c : cases) {
-        WatchedMono m(c.s, with(c.side));
+        WatchedMono m(c.s, with(c.side), -1, [&](int v) { return 255 - v / c.inkDivisor; });
         ASSERT_EQ(m.ht.rc, RC_OK);
-        EXPECT_EQ(m.ctx().buffers[c.slot].size, c.bytes);
-        expectEntries<uint16_t>(m.ctx(), c.slot, c.entries, "tone");
-    }
-    {
-        WatchedMono half(test::htSettings(3, 0, 1), with(64), -1, [](int v) { return 255 - v / 2; });
-        EXPECT_EQ(half.ctx().buffers[kToneTable].size, 1024u);
-        expectEntries<uint16_t>(half.ctx(), kToneTable, {{0, 4096}, {255, 1496}, {256, 4096}, {258, 4064}, {511, 1496}}, "dither");
+        EXPECT_EQ(m.ctx().buffers[kToneTable].size, c.bytes);
+        expectEntries<uint16_t>(m.ctx(), kToneTable, c.entries, "tone");
     }
     WatchedMono two(test::htSettings(1, 0, 2), HtBlocks{}, 3);
     expectEntries<int16_t>(two.ctx(), kEdThresholdTable, {{0, 128}, {1, 41}, {2, 44}, {255, 128}}, "two-bit");
@@ -187,13 +186,10 @@ TEST(DotSplit, RowsRefusalsAndThresholdsByResolution) {
         WatchedMono m(test::htSettings(1, 0, 2), with(64));
         EXPECT_EQ(m.ctx().buffers[kDotSplitTable].size, 768u);
         expectEntries<uint8_t>(m.ctx(), kDotSplitTable, {{600, 85}, {601, 85}, {602, 30}, {150, 50}, {151, 0}}, "split");
+        // Below 1440 dpi; 1440 dpi in the next test.
+        expectEntries<int16_t>(m.ctx(), kEdThresholdTable, {{0, 128}, {1, 30}, {2, 38}, {255, 128}}, "by class");
     }
     EXPECT_EQ(WatchedMono(test::htSettings(1, 0, 2), with(64, [](int) { return DotSplitRow{85, 85, 85}; })).ht.rc, RC_OK);
-    const struct { uint32_t resX, resY; int e1, e2; } cases[] = {{1440, 720, 26, 36}, {720, 720, 30, 38}, {360, 720, 30, 38}};
-    for (const auto& c : cases) {
-        WatchedMono r(test::htSettings(1, 0, 2, 64, c.resX, c.resY), with(64));
-        expectEntries<int16_t>(r.ctx(), kEdThresholdTable, {{0, 128}, {1, c.e1}, {2, c.e2}, {255, 128}}, "by class");
-    }
     WatchedMono over(test::htSettings(1, 0, 2), with(64, [](int r) {
         return r == 100 ? DotSplitRow{85, 85, 86} : DotSplitRow{uint8_t(r / 3), 1, 2};
     }));
@@ -236,7 +232,9 @@ TEST(DotSplit, ReindexedThresholdsAndDerivedTables) {
 // 127) / 255 = 4, 8 and 12; largest on axis 2, then 1: vertices (0,0,0),
 // (0,0,1), (0,1,1), (1,1,1) weighted 116, 4, 4, 4. Ink 0: (1160 + 1000 + 400
 // + 200 + 64) >> 7 = 22; ink 1: (116 + 16 + 28 + 44 + 64) >> 7 = 2; ink 2: 3;
-// ink 3: 4. Fixed threshold keeps the two corners only.
+// ink 3: 4. Node (1, 1, 1) at level 8: fraction 4 on each axis, rounded down
+// as 1151 / 255 is: (124 x 10 + 4 x 50 + 64) >> 7 = 11 (a fraction of 5 gives 12).
+// Fixed threshold keeps the two corners only.
 Node cornerInks(int r, int g, int b) {
     if (r == 0 && g == 0 && b == 0) return {10, 1, 2, 3};
     if (r == 0 && g == 0 && b == 255) return {250, 4, 5, 6};
@@ -264,9 +262,53 @@ TEST(GridResample, CornersAndOneNodeByHand) {
         EXPECT_EQ(ht.ctx->buffers[kConversionTable].size, 4 * n * n * n);
         for (uint32_t at : {0u, n - 1, n * n - 1, n * n * n - 1})
             EXPECT_EQ(grid[at], packed(cornerInks(at >= n * n ? 255 : 0, at >= n ? 255 : 0, 255 * (at > 0))));
-        EXPECT_EQ(grid[method ? (1 * 32 + 2) * 32 + 3 : 0], packed(method ? Node{22, 2, 3, 4} : Node{10, 1, 2, 3}));
         EXPECT_EQ(static_cast<void*>(ht.ctx->lut.lutData), ht.ctx->buffers[kConversionTable].data);
+        if (method == 0) continue;
+        EXPECT_EQ(grid[(1 * 32 + 2) * 32 + 3], packed(Node{22, 2, 3, 4}));
+        EXPECT_EQ(grid[(1 * 32 + 1) * 32 + 1], packed(Node{11, 1, 2, 3}));
     }
+}
+
+// The colour kernels pick a node of the 32 x 32 x 32 conversion grid per input
+// byte from the grid cell table: the lower node n, or n + 1 when its weight w
+// is at most q (the matrix value AND 254, so at most 254; the fixed threshold
+// compares with 128). Node 32 would lie outside the grid; only an entry naming
+// node 31 with a weight below 255 reaches it, and the table builder cannot make
+// one: level rows start at 0, rise strictly and end at 255, so node 31 sits at
+// level 255 with weight 255. Checked on many valid level blocks. (Every colour
+// kernel runs in the whole-job tests, under the sanitizer build too.)
+constexpr int kMaxQ = 254;
+
+// The highest node entry v may lead a kernel to.
+int reach(const HtInstance& ht, int v) {
+    const uint8_t* cell = slotData<uint8_t>(*ht.ctx, kGridCellTable) + 2 * v;
+    return cell[0] + (cell[1] <= kMaxQ ? 1 : 0);
+}
+
+TEST(GridCellBounds, NoEntryReachesPastTheLastNode) {
+    const test::ColourLut lut({0, 255}, cornerInks);
+    std::mt19937 rng(20240611);
+    for (int trial = 0; trial < 200; ++trial) {
+        // 32 levels from 0 to 255 rising strictly: even, then random steps.
+        test::Bytes levels = test::evenLevels(32), inner(254);
+        std::iota(inner.begin(), inner.end(), 1);
+        if (trial > 0) std::sample(inner.begin(), inner.end(), levels.begin() + 1, 30, rng);  // in rising order
+        test::MemoryWatch watch;
+        HtBlocks blocks;
+        blocks.gridLevels = test::gridLevelBlock(levels);
+        HtInstance ht(test::htSettings(trial % 2 ? 3 : 1, 1, 1 + (trial / 2) % 2), lut.lut, blocks);
+        ASSERT_EQ(ht.rc, RC_OK) << trial;
+        const uint8_t* cells = slotData<uint8_t>(*ht.ctx, kGridCellTable);
+        for (int v = 0; v < 256; ++v) {
+            const bool onNode = std::find(levels.begin(), levels.end(), v) != levels.end();
+            EXPECT_EQ(cells[2 * v + 1] == 255, onNode) << "trial " << trial << " level " << v;
+            EXPECT_LE(reach(ht, v), 31) << "trial " << trial << " level " << v;
+            EXPECT_LE(levels[cells[2 * v]], v);
+        }
+        EXPECT_TRUE(cells[510] == 31 && cells[511] == 255) << trial;
+    }
+    HtInstance threshold(test::htSettings(0, 1, 1), lut.lut);
+    for (int v = 0; v < 256; ++v) EXPECT_LE(reach(threshold, v), 1) << "the fixed threshold stays in its two nodes";
 }
 
 // Error lines of phase 1: dither methods diffuse a plane only in colour with
@@ -280,16 +322,14 @@ TEST(ErrorLines, CountSizesAndBlocks) {
         {2, 0, 1, 100, 1, 640, 1},  {2, 1, 0, 1000, 4, 4240, 1}, {1, 1, 1, 4000, 4, 16240, 1}, {1, 1, 1, 4100, 4, 16640, 4},
     };
     for (const auto& c : cases) {
-        test::MemoryWatch watch;
-        test::MonoLut lut([](int v) { return v; });
         HtSettings s = test::htSettings(c.method, c.colourMode, 1, c.width);
         s.ditherMode = c.ditherMode;
-        HtInstance ht(s, lut.lut, HtBlocks{}, 1);
-        ASSERT_EQ(ht.rc, RC_OK);
-        EXPECT_EQ(ht.ctx->errorLineCount, c.lines) << c.method << "/" << c.colourMode << "/" << c.ditherMode;
-        EXPECT_EQ(watch.seam().liveBlocks, 2 + c.blocks) << c.width << ": record, replicated line, lines";
+        WatchedMono m(s, HtBlocks{}, 1);
+        ASSERT_EQ(m.ht.rc, RC_OK);
+        EXPECT_EQ(m.ctx().errorLineCount, c.lines) << c.method << "/" << c.colourMode << "/" << c.ditherMode;
+        EXPECT_EQ(m.watch.seam().liveBlocks, 2 + c.blocks) << c.width << ": record, replicated line, lines";
         if (c.lines == 0) continue;
-        const HtBuffer* line = &ht.ctx->buffers[kErrorLine0];
+        const HtBuffer* line = &m.ctx().buffers[kErrorLine0];
         const bool shared = c.lines > c.blocks;
         EXPECT_EQ(line[0].size, shared ? c.lines * c.lineBytes : c.lineBytes) << c.width;
         const auto* base = static_cast<const uint8_t*>(line[0].data);
@@ -298,7 +338,7 @@ TEST(ErrorLines, CountSizesAndBlocks) {
             EXPECT_EQ(line[k].data == base + c.lineBytes * k, shared) << "line " << k << " is a view";
         }
         EXPECT_EQ(line[c.lines].data, nullptr) << "slot behind the lines untouched in phase 1";
-        EXPECT_EQ(errorLine(*ht.ctx, 0), reinterpret_cast<const int32_t*>(base) + 30);
+        EXPECT_EQ(errorLine(m.ctx(), 0), reinterpret_cast<const int32_t*>(base) + 30);
     }
     EXPECT_EQ(WatchedMono(test::htSettings(1, 0, 1, 0x40000000), HtBlocks{}, 1).ht.rc, RC_ARG + 1)
         << "a width beyond 32-bit line sizes";

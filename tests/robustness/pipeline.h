@@ -9,6 +9,7 @@
 #include <algorithm>
 #include <cstdint>
 #include <map>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -26,23 +27,28 @@ struct JobConfig {
     const char* name;
     HtSettings ht;
     bool channelTables = false;  // the chunk directory carries a channel-weight record
-    uint32_t lines = 24;
+    uint32_t lines = 64;
 };
 
 inline JobConfig jobConfig(const char* name, uint32_t method, uint32_t colourMode, uint32_t outputBits,
-                           bool channelTables = false, uint32_t width = 96) {
-    return JobConfig{name, htSettings(method, colourMode, outputBits, width), channelTables};
+                           bool channelTables = false, uint32_t resX = 720, uint32_t resY = 720, int32_t scaleMode = 0,
+                           uint32_t ditherMode = 1, uint32_t width = 96) {
+    JobConfig c{name, htSettings(method, colourMode, outputBits, width, resX, resY), channelTables};
+    c.ht.scaleMode = scaleMode;
+    c.ht.ditherMode = ditherMode;
+    return c;
 }
 
-// Every block a driver holds for a job, by number (colour management) or id
-// (halftone). Index texts are kept without a terminator: the sized calls get
-// their exact length, the unsized calls a copy with a NUL.
+// Every block a driver holds for a job: by number for colour management, in
+// protocol order for the halftone instance. Index texts are kept without a
+// terminator: the sized calls get their exact length, the unsized calls a copy
+// with a NUL.
 struct JobFiles : CmSettings {
     std::vector<uint8_t> weights;
     ChunkDir dir;
     ColourTableWriter table;
     std::map<uint32_t, Bytes> cmBlocks;
-    std::map<uint32_t, Bytes> htBlocks;
+    HtBlocks htBlocks;
 
     explicit JobFiles(const JobConfig& config) {
         if (config.channelTables) useWeights(channelWeightRecord(7, {56, 44, 50, 61}));
@@ -60,12 +66,6 @@ struct JobFiles : CmSettings {
         for (int d = 0; d < 21; ++d)
             for (int x = 0; x < 256; ++x) tables[d * 256 + x] = static_cast<uint8_t>(std::min(255, x + 3 * d));
         cmBlocks[kJobCorrectionBlock] = tables;
-
-        HtBlocks ht;
-        htBlocks[0] = ht.requestList;  // the first halftone block has no id of its own
-        htBlocks[kGridLevelsId] = ht.gridLevels;
-        for (uint32_t id = kMatrixGeneralId; id <= kMatrixDoubleYId; ++id) htBlocks[id] = ht.matrix;
-        htBlocks[kDotSplitId] = ht.dotSplit;
     }
 
     void useWeights(std::vector<uint8_t> record) {
@@ -87,37 +87,26 @@ struct JobFiles : CmSettings {
     void putText(uint32_t number, const std::string& text) { cmBlocks[number] = Bytes(text.begin(), text.end()); }
 };
 
-// An empty block's start: not null, with nothing behind it that the sanitizer lets a read reach.
-inline const uint8_t* start(const Bytes& block) {
-    static const uint8_t* const empty = new uint8_t[0];
-    return block.empty() ? empty : block.data();
-}
-
 // Drives one job. The first failing call stops it (a driver deletes a failed instance).
 struct Job {
     JobConfig config;
     JobFiles files;
     bool sized = true;
     CmContext* cm = nullptr;
-    HtContext* ht = nullptr;
+    std::optional<HtInstance> halftone;
+    HtContext* ht = nullptr;  // halftone's instance
     std::vector<uint32_t> cmAsked;
-    std::vector<uint32_t> htAsked;
     uint32_t failedRc = RC_OK;
     std::string failedAt;  // "CmNew", "CmSetResource 2", ... for messages
     uint32_t failedPhase = 0;
-    Bytes output;  // the planes of every Halftone call, in order
-    std::vector<uint32_t> halftoneCodes;
+    Bytes output;  // the code (low byte) of every Halftone call and the planes of every line, in order
 
     explicit Job(const JobConfig& c, bool useSized = true) : config(c), files(c), sized(useSized) {}
     Job(const Job&) = delete;
     Job& operator=(const Job&) = delete;
-    ~Job() { release(); }
-
-    void release() {
-        if (ht != nullptr) HalftoneDelete(ht);
+    ~Job() {
+        halftone.reset();  // before the colour-management instance it was built from
         if (cm != nullptr) CmDelete(cm);
-        ht = nullptr;
-        cm = nullptr;
     }
     const CmLut& lut() const { return *CmGetLut(cm); }
 
@@ -150,22 +139,10 @@ struct Job {
 
     // The halftone instance from the CmLut, fed to its end.
     bool runHalftone() {
-        uint32_t model = 0;
-        if (const uint32_t rc = HalftoneNew(&config.ht, CmGetLut(cm), 0, &model, &ht); rc != RC_OK) {
-            if (rc != RC_ARG + 1) ht = nullptr;  // only the settings refusal hands a record back
-            return fail(rc, "HalftoneNew");
-        }
-        uint32_t next = 0;
-        for (uint32_t phase = 1; phase <= 4; ++phase) {
-            htAsked.push_back(next);
-            if (files.htBlocks.count(next) == 0) return fail(0xDEAD, "HalftoneSetResource asks for an unknown block", phase);
-            const Bytes& block = files.htBlocks.at(next);
-            const uint32_t rc = sized ? HalftoneSetResourceSized(ht, start(block), static_cast<uint32_t>(block.size()), &next)
-                                      : HalftoneSetResource(ht, block.data(), &next);
-            if (rc != RC_OK) return fail(rc, "HalftoneSetResource " + std::to_string(phase), phase);
-            if (next == INKDOT_NO_MORE_BLOCKS) return true;
-        }
-        return fail(0xBEEF, "HalftoneSetResource never ends");
+        ht = halftone.emplace(config.ht, *CmGetLut(cm), files.htBlocks, -1, sized).ctx;
+        const size_t calls = halftone->answers.size();
+        return halftone->rc == RC_OK ||
+               fail(halftone->rc, calls ? "HalftoneSetResource " + std::to_string(calls) : "HalftoneNew", calls);
     }
 
     // Every line as two runs, the second starting inside the byte the first
@@ -182,9 +159,9 @@ struct Job {
             }
             Bytes dst(static_cast<size_t>(stride) * planes, 0);
             const uint32_t split = (width / 3 + y * 8) % width;
-            halftoneCodes.push_back(Halftone(ht, src.data(), dst.data(), stride, 0, split, 0, 0, y, 0, 0));
-            halftoneCodes.push_back(Halftone(ht, src.data() + split * bpp, dst.data() + split / pixelsPerByte, stride,
-                                             split % pixelsPerByte, width - split, split, 0, y, 0, 0));
+            output.push_back(static_cast<uint8_t>(Halftone(ht, src.data(), dst.data(), stride, 0, split, 0, 0, y, 0, 0)));
+            output.push_back(static_cast<uint8_t>(Halftone(ht, src.data() + split * bpp, dst.data() + split / pixelsPerByte,
+                                                           stride, split % pixelsPerByte, width - split, split, 0, y, 0, 0)));
             output.insert(output.end(), dst.begin(), dst.end());
         }
     }

@@ -19,7 +19,6 @@
 #include <array>
 #include <cstdint>
 #include <functional>
-#include <initializer_list>
 #include <numeric>
 #include <vector>
 
@@ -44,12 +43,7 @@ inline Bytes requestListBlock(const std::vector<uint16_t>& ids) {
     return out;
 }
 
-// Ids used by the default request list: position p names block 100 + p.
-constexpr uint16_t kGridLevelsId = 100;
-constexpr uint16_t kMatrixGeneralId = 101;
-constexpr uint16_t kMatrixDoubleXId = 102;
-constexpr uint16_t kMatrix1440x720Id = 103;
-constexpr uint16_t kMatrixDoubleYId = 104;
+// The dot-split block's id, as colour management names it in the descriptor.
 constexpr uint16_t kDotSplitId = 200;
 
 // n levels spread evenly from 0 to 255 (level i = 255 i / (n - 1)).
@@ -100,12 +94,10 @@ inline DotSplitRow layeredSplit(int level) {
     return {layer(0), layer(85), layer(170)};
 }
 
-// Dot-split descriptor as colour management keeps it in extraData.
-inline Bytes dotSplitDescriptor(uint16_t blockId, uint32_t present = 1, uint16_t format = 1) {
-    Bytes out;
-    putU16(out, static_cast<uint16_t>(present));
-    putU16(out, static_cast<uint16_t>(present >> 16));
-    putU16(out, format);
+// Dot-split descriptor as colour management keeps it in extraData: u32 present
+// (1), u16 format (1), u16 block id.
+inline Bytes dotSplitDescriptor(uint16_t blockId) {
+    Bytes out{1, 0, 0, 0, 1, 0};
     putU16(out, blockId);
     return out;
 }
@@ -153,23 +145,18 @@ struct ColourLut {
         lut.inkParam[0] = 250;
         lut.inkParam[1] = 100;
         lut.modelId = 9;
-        refresh();
+        lut.lutData = nodes.data();
+        lut.lutDataBlock = nodes.data();  // owned here, never released by the halftone instance
+        lut.extraData = descriptor.data();
     }
     ColourLut(const ColourLut&) = delete;
     ColourLut& operator=(const ColourLut&) = delete;
-
-    // Points the CmLut at the vectors again after a test changed them.
-    void refresh() {
-        lut.lutData = nodes.data();
-        lut.lutDataBlock = nodes.data();  // owned here, never released by the halftone instance
-        lut.extraData = descriptor.empty() ? nullptr : descriptor.data();
-    }
 };
 
 // The blocks of one instance, one per phase.
 struct HtBlocks {
-    Bytes requestList = requestListBlock(
-        {kGridLevelsId, kMatrixGeneralId, kMatrixDoubleXId, kMatrix1440x720Id, kMatrixDoubleYId});
+    // Position p names block 100 + p: grid levels, then the matrix of each resolution class.
+    Bytes requestList = requestListBlock({100, 101, 102, 103, 104});
     Bytes gridLevels = gridLevelBlock(evenLevels(32));
     Bytes matrix = thresholdMatrixBlock(16, 16, rampValues(256));
     Bytes dotSplit = dotSplitBlock(layeredSplit);
@@ -182,22 +169,24 @@ inline HtSettings htSettings(uint32_t method, uint32_t colourMode, uint32_t outp
                       .resolutionX = resolutionX, .resolutionY = resolutionY, .outputBits = outputBits, .width = width};
 }
 
-// True when no slot holds a block or a view.
-inline bool allSlotsEmpty(const HtContext& ctx) {
-    return std::all_of(std::begin(ctx.buffers), std::end(ctx.buffers),
-                       [](const HtBuffer& b) { return b.handle == nullptr && b.data == nullptr; });
+// An empty block's start: not null, with nothing behind it that the sanitizer lets a read reach.
+inline const uint8_t* start(const Bytes& block) {
+    static const uint8_t* const empty = new uint8_t[0];
+    return block.empty() ? empty : block.data();
 }
 
-// An instance created by HalftoneNew and fed every block its protocol asks
-// for. `rc` is the first code other than RC_OK (or RC_OK), `answers` the
-// next-block answers of the calls made. Deleted on destruction.
+// An instance created by HalftoneNew and fed the blocks in protocol order,
+// sized (each block's exact length) or unsized. `rc` is the first code other
+// than RC_OK (or RC_OK), `answers` the next-block answers of the calls made.
+// Deleted on destruction.
 struct HtInstance {
     HtContext* ctx = nullptr;
     uint32_t rc = RC_OK;
     std::vector<uint32_t> answers;
 
     // Feeds `phases` calls (every phase the instance needs when negative).
-    HtInstance(const HtSettings& settings, const CmLut& lut, const HtBlocks& blocks = HtBlocks{}, int phases = -1) {
+    HtInstance(const HtSettings& settings, const CmLut& lut, const HtBlocks& blocks = HtBlocks{}, int phases = -1,
+               bool sized = false) {
         uint32_t model = 0;
         rc = HalftoneNew(&settings, &lut, 0, &model, &ctx);
         if (rc != RC_OK) return;
@@ -205,7 +194,9 @@ struct HtInstance {
         if (phases < 0) phases = settings.outputBits == 2 ? 4 : 3;
         for (int p = 0; p < phases && p < 4 && rc == RC_OK; ++p) {
             uint32_t next = 0xDEADBEEF;  // shows whether the call wrote an answer
-            rc = HalftoneSetResource(ctx, order[p]->data(), &next);
+            const Bytes& b = *order[p];
+            rc = sized ? HalftoneSetResourceSized(ctx, start(b), static_cast<uint32_t>(b.size()), &next)
+                       : HalftoneSetResource(ctx, b.data(), &next);
             answers.push_back(next);
         }
     }
