@@ -147,28 +147,16 @@ TEST(InkScale, WorkedValues) {
     for (int v = 0; v <= 255; ++v) (void)inkScale(static_cast<uint8_t>(v), 32767, -32768);  // wraps in 32 bits
 }
 
-// A CmLut over node data value(i0, i1, i2, c), levels the same on every axis.
-struct Grid {
-    CmLut lut{};
-    std::vector<uint8_t> data;
-    template <typename F>
-    Grid(const std::vector<uint8_t>& levels, uint32_t channels, F value) {
-        const auto n = static_cast<uint32_t>(levels.size());
-        lut.channels = channels;
-        for (int a = 0; a < 3; ++a) {
-            lut.gridCount[a] = n;
-            std::copy(levels.begin(), levels.end(), lut.grid[a]);
-        }
-        for (uint32_t i = 0; i < n * n * n * channels; ++i)
-            data.push_back(value(i / channels / n / n, i / channels / n % n, i / channels % n, i % channels));
-        lut.lutData = data.data();
-    }
-};
-
 TEST(Interpolate, WorkedTetrahedra) {
     // Two points per axis, one channel, eight unrelated node values (index a*4 + b*2 + c).
-    const uint8_t v[8] = {10, 30, 90, 200, 250, 60, 120, 40};
-    const Grid g({0, 255}, 1, [&](uint32_t a, uint32_t b, uint32_t c, uint32_t) { return v[a * 4 + b * 2 + c]; });
+    uint8_t v[8] = {10, 30, 90, 200, 250, 60, 120, 40};
+    CmLut lut{};
+    lut.channels = 1;
+    lut.lutData = v;
+    for (int a = 0; a < 3; ++a) {
+        lut.gridCount[a] = 2;
+        lut.grid[a][1] = 255;
+    }
     const std::vector<uint8_t> rgb = {
         200, 100, 50,   // fx >= fy >= fz: V000 55, V100 100, V110 50, V111 50 -> (550 + 25000 + 6000 + 2000) / 255
         200, 30, 50,    // fx >= fz > fy: V000 55, V100 150, V101 20, V111 30 -> (550 + 37500 + 1200 + 1200) / 255
@@ -178,7 +166,7 @@ TEST(Interpolate, WorkedTetrahedra) {
         100, 150, 200,  // fz > fy > fx: V000 55, V001 50, V011 50, V111 100 -> (550 + 1500 + 10000 + 4000) / 255
     };
     std::vector<uint8_t> out(6);
-    interpolateRgb(g.lut, 6, rgb.data(), out.data());
+    interpolateRgb(lut, 6, rgb.data(), out.data());
     EXPECT_EQ(out, (std::vector<uint8_t>{131, 158, 33, 68, 74, 62}));
 }
 
