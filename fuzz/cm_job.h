@@ -23,8 +23,8 @@ static_assert(kCmHeaderBytes == 25);
 
 // Everything the settings point to lives here, so it outlives the instance.
 struct CmJob {
-    CmSettings1 s1{};
-    CmSettings2 s2{};
+    CmSettings1 s1{.selectF = 8, .selectB = 1};
+    CmSettings2 s2{.selectD = 5, .selectE = 6, .selectG = 9};
     int32_t gamma = 0;
     uint8_t curves[768] = {};
     uint8_t weightRecord[4 + 20 + 2] = {};
@@ -36,11 +36,6 @@ struct CmJob {
     explicit CmJob(const CmHeader& h) {
         static const uint32_t processModes[4] = {0, 1, 2, 4};
         static const uint32_t selectAs[4] = {1, 2, 0, 3};
-        s1.selectF = 8;
-        s1.selectB = 1;
-        s2.selectD = 5;
-        s2.selectE = 6;
-        s2.selectG = 9;
         s2.pixelFormat = h.flags & 2 ? 0 : 1;
         s1.processMode = processModes[(h.flags >> 2) & 3];
         s2.selectA = selectAs[(h.flags >> 4) & 3];
@@ -62,7 +57,7 @@ struct CmJob {
 
     // The channel-weight record for a table of `channels` inks; the loader
     // reads it when the colour table has been read, so the harness writes it
-    // before that call, when the table's channel count is known.
+    // (once) before that call, when the table's channel count is known.
     void setWeights(const CmHeader& h, uint32_t channels) {
         if (!(h.flags & 1)) return;
         if (channels > 20) channels = 20;
@@ -71,9 +66,7 @@ struct CmJob {
         for (uint32_t c = 0; c < channels; ++c) weightRecord[4 + c] = static_cast<uint8_t>(30 + h.weights[c] % 41);
         weightRecord[4 + channels] = 0xFE;
         weightRecord[5 + channels] = 0xFF;
-        bool listed = false;
-        for (int i = 0; i < dir.count; ++i) listed |= dir.entries[i].id == 512;
-        if (!listed) dir.entries[dir.count++] = ChunkEntry{512, weightRecord};
+        dir.entries[dir.count++] = ChunkEntry{512, weightRecord};
     }
 };
 

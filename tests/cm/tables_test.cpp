@@ -3,7 +3,6 @@
 #include <gtest/gtest.h>
 
 #include <cstring>
-#include <functional>
 #include <memory>
 #include <string>
 #include <vector>
@@ -24,12 +23,11 @@ using test::IndexTextWriter;
 // Parses from an exactly sized, NUL-terminated heap copy, so that a read past
 // the terminator shows under the address sanitizer.
 struct Parsed {
-    std::unique_ptr<IndexText> index = std::make_unique<IndexText>();
+    std::unique_ptr<IndexText> index = std::make_unique<IndexText>();  // zero-filled
     int32_t count;
     explicit Parsed(const std::string& text) {
         std::vector<uint8_t> bytes(text.begin(), text.end());
         bytes.push_back(0);
-        std::memset(index.get(), 0, sizeof(IndexText));
         count = parseIndexText(bytes.data(), index.get());
     }
     std::vector<int32_t> keys(int i) const {
