@@ -139,33 +139,6 @@ TEST(IndexSearch, AllSevenKeysMustMatchAndTheLastMatchWins) {
     CmDelete(ctx);
 }
 
-TEST(CmInstance, DerivedKeys) {
-    const struct { uint32_t selectA, processMode, processLevel, pixelFormat, wantA, wantLevel; int16_t wantC; } cases[] = {
-        {0, 0, 7, 1, 3, 2, 4},  // selectA 0 means 3 and forces processLevel 2
-        {0, 4, 7, 1, 3, 0, 0},  // processMode 4 clears both
-        {1, 1, 0, 1, 1, 0, 4},  // processMode 1 gives 4 whatever processLevel holds
-        {1, 1, 9, 0, 1, 9, 4},  // ... also with pixelFormat 0
-        {1, 0, 3, 0, 1, 3, 0},  // pixelFormat 0 gives 0
-        {1, 2, 3, 1, 1, 3, 3},  // otherwise the low 16 bits of processLevel
-        {1, 2, 0x10005, 1, 1, 0x10005, 5},
-        {1, 2, 2, 1, 1, 2, 4},
-    };
-    for (const auto& c : cases) {
-        test::MemoryWatch watch;
-        test::CmSettings s;
-        s.s2.selectA = c.selectA;
-        s.s1.processMode = c.processMode;
-        s.s1.processLevel = c.processLevel;
-        s.s2.pixelFormat = c.pixelFormat;
-        CmContext* ctx = test::newInstance(s);
-        EXPECT_EQ(ctx->settings2.selectA, c.wantA);
-        EXPECT_EQ(ctx->settings1.processLevel, c.wantLevel);
-        EXPECT_EQ(ctx->selectC, c.wantC) << c.processMode << " " << c.processLevel;
-        EXPECT_EQ(ctx->phase, 1);
-        EXPECT_EQ(CmDelete(ctx), RC_OK);
-    }
-}
-
 // A table read into a fresh instance of its own, deleted with the result.
 struct Read {
     test::MemoryWatch watch;
@@ -192,6 +165,39 @@ ColourTableWriter grid(int n, int channels = 4) {
     return w;
 }
 
+// The keys CmNew derives from the settings, and the neutral mode the table
+// read derives: 1 from a pixel format other than 0 with neutralSetting not
+// 50, or from processMode 1.
+TEST(CmInstance, DerivedKeysAndNeutralMode) {
+    const struct {
+        uint32_t selectA, processMode, processLevel, pixelFormat, neutralSetting, wantA, wantLevel;
+        int16_t wantC;
+        uint32_t wantNeutral;
+    } cases[] = {
+        {0, 0, 7, 1, 49, 3, 2, 4, 1},  // selectA 0 means 3 and forces processLevel 2
+        {0, 4, 7, 1, 50, 3, 0, 0, 0},  // processMode 4 clears both
+        {1, 1, 0, 1, 50, 1, 0, 4, 1},  // processMode 1 gives 4 whatever processLevel holds
+        {1, 1, 9, 0, 50, 1, 9, 4, 1},  // ... also with pixelFormat 0
+        {1, 0, 3, 0, 49, 1, 3, 0, 0},  // pixelFormat 0 gives 0
+        {1, 2, 3, 7, 51, 1, 3, 3, 1},  // otherwise the low 16 bits of processLevel
+        {1, 2, 0x10005, 1, 50, 1, 0x10005, 5, 0},
+        {1, 2, 2, 1, 50, 1, 2, 4, 0},
+    };
+    for (const auto& c : cases) {
+        test::CmSettings s;
+        s.s2.selectA = c.selectA;
+        s.s1.processMode = c.processMode;
+        s.s1.processLevel = c.processLevel;
+        s.s2.pixelFormat = c.pixelFormat;
+        s.s1.neutralSetting = c.neutralSetting;
+        const Read r(grid(3), s);
+        EXPECT_EQ(r.ctx->settings2.selectA, c.wantA);
+        EXPECT_EQ(r.ctx->settings1.processLevel, c.wantLevel);
+        EXPECT_EQ(r.ctx->selectC, c.wantC) << c.processMode << " " << c.processLevel;
+        EXPECT_EQ(r.lut().neutralMode, c.wantNeutral) << c.pixelFormat << " " << c.neutralSetting << " " << c.processMode;
+    }
+}
+
 TEST(ColourTableRead, GridLimits) {
     struct Case { const char* what; ColourTableWriter w; uint32_t rc; };
     std::vector<Case> cases = {
@@ -216,22 +222,11 @@ TEST(ColourTableRead, GridLimits) {
     }
 }
 
-// neutralMode from pixelFormat, neutralSetting and processMode. Black modes 1
-// to 3 put the neutral list value v into node (i, i, i): black v, and c, m, y
-// v too when selectA is 2, else 0; black mode 3 with blackScaling scales
-// black: inkScale(128, 150, 100) = 114. neutralMode 1 and table mode 50 take
-// the neutral node list (10 i + c) instead.
-TEST(ColourTableRead, NeutralModeAndAxis) {
-    const struct { uint32_t pixelFormat, neutralSetting, processMode, want; } modes[] = {
-        {0, 49, 2, 0}, {1, 50, 0, 0}, {1, 49, 0, 1}, {7, 51, 2, 1}, {0, 50, 1, 1}, {1, 50, 1, 1},
-    };
-    for (const auto& c : modes) {
-        test::CmSettings s;
-        s.s2.pixelFormat = c.pixelFormat;
-        s.s1.neutralSetting = c.neutralSetting;
-        s.s1.processMode = c.processMode;
-        EXPECT_EQ(Read(grid(3), s).lut().neutralMode, c.want) << c.pixelFormat << " " << c.neutralSetting << " " << c.processMode;
-    }
+// Black modes 1 to 3 put the neutral list value v into node (i, i, i): black
+// v, and c, m, y v too when selectA is 2, else 0; black mode 3 with
+// blackScaling scales black: inkScale(128, 150, 100) = 114. neutralMode 1 and
+// table mode 50 take the neutral node list (10 i + c) instead.
+TEST(ColourTableRead, NeutralAxis) {
     const struct { uint32_t selectA, scaling; bool neutralMode1; uint8_t blackMode, tableMode; int want[3][4]; } cases[] = {
         {2, 0, false, 0, 0, {{255, 255, 255, 127}, {128, 128, 128, 64}, {0, 0, 0, 0}}},  // the table's own nodes
         {2, 0, false, 1, 0, {{0, 0, 0, 0}, {128, 128, 128, 128}, {255, 255, 255, 255}}},
