@@ -1,5 +1,5 @@
 // The arithmetic of colour management worked by hand: logarithms, gamma,
-// brightness and contrast, saturation, the colour adjustments, ink scaling and
+// brightness and contrast, saturation and the colour adjustments, ink scaling and
 // tetrahedral interpolation.
 #include <gtest/gtest.h>
 
@@ -72,30 +72,21 @@ TEST(ToneCurves, BrightnessAndContrastWorkedValues) {
     }
 }
 
-TEST(Saturation, SpreadsFromTheSmallestComponent) {
-    const struct { int32_t s; Three rgb, want; } cases[] = {
-        {50, {10, 60, 110}, {10, 85, 160}},    // red smallest: k1 = 150
-        {50, {10, 10, 110}, {10, 10, 160}},    // r <= g, b >= r
-        {50, {60, 10, 110}, {85, 10, 160}},    // green smallest
-        {50, {60, 110, 10}, {80, 150, 10}},    // blue smallest: weaker k2 = 140
-        {-50, {10, 60, 110}, {10, 35, 60}},    // k1 = 50
-        {-50, {60, 110, 10}, {40, 70, 10}},    // k2 = 100 - 40 = 60: (50 x 60) / 100 + 10
-        {-1, {60, 110, 10}, {60, 110, 10}},    // k2 = 100 + (-80 / 100) = 100: no change
-        {1, {10, 60, 110}, {10, 60, 111}},     // k1 = 101: 10 + (50 x 101) / 100 = 60, 10 + 101
-        {50, {10, 200, 250}, {10, 255, 255}},  // limited to 255
-        {27, {128, 128, 128}, {128, 128, 128}},  // gray passes unchanged
-        {-100000, {10, 60, 110}, {10, 0, 0}},    // any factor stays in 0..255
-    };
-    for (const auto& c : cases) {
-        Three v = c.rgb;
-        spreadSaturation(c.s, v[0], v[1], v[2]);
-        EXPECT_EQ(v, c.want) << c.s << " " << c.rgb[0] << "," << c.rgb[1] << "," << c.rgb[2];
-    }
-}
-
 TEST(ColourAdjust, WorkedCases) {
-    enum Kind { kDominant, kMinimum, kHue };
-    const struct { Kind kind; Three v; std::array<int16_t, 3> p; Three want; const char* why; } cases[] = {
+    enum Kind { kSaturation, kDominant, kMinimum, kHue };
+    const struct { Kind kind; Three v; Three p; Three want; const char* why; } cases[] = {
+        // Saturation p[0] spreads the others from the smallest component.
+        {kSaturation, {10, 60, 110}, {50}, {10, 85, 160}, "red smallest: k1 = 150"},
+        {kSaturation, {10, 10, 110}, {50}, {10, 10, 160}, "r <= g, b >= r"},
+        {kSaturation, {60, 10, 110}, {50}, {85, 10, 160}, "green smallest"},
+        {kSaturation, {60, 110, 10}, {50}, {80, 150, 10}, "blue smallest: weaker k2 = 140"},
+        {kSaturation, {10, 60, 110}, {-50}, {10, 35, 60}, "k1 = 50"},
+        {kSaturation, {60, 110, 10}, {-50}, {40, 70, 10}, "k2 = 100 - 40 = 60: (50 x 60) / 100 + 10"},
+        {kSaturation, {60, 110, 10}, {-1}, {60, 110, 10}, "k2 = 100 + (-80 / 100) = 100: no change"},
+        {kSaturation, {10, 60, 110}, {1}, {10, 60, 111}, "k1 = 101: 10 + (50 x 101) / 100 = 60, 10 + 101"},
+        {kSaturation, {10, 200, 250}, {50}, {10, 255, 255}, "limited to 255"},
+        {kSaturation, {128, 128, 128}, {27}, {128, 128, 128}, "gray passes unchanged"},
+        {kSaturation, {10, 60, 110}, {-100000}, {10, 0, 0}, "any factor stays in 0..255"},
         // The unique maximum moves toward the next by its percentage of the gap.
         {kDominant, {200, 100, 50}, {50, 0, 0}, {150, 100, 50}, "cyan leads"},
         {kDominant, {200, 100, 50}, {0, 50, 50}, {200, 100, 50}, "cyan's percentage counts"},
@@ -124,9 +115,11 @@ TEST(ColourAdjust, WorkedCases) {
     for (const auto& c : cases) {
         Three v = c.v;
         const std::array<uint16_t, 3> u{uint16_t(c.p[0]), uint16_t(c.p[1]), uint16_t(c.p[2])};
+        const std::array<int16_t, 3> p{int16_t(c.p[0]), int16_t(c.p[1]), int16_t(c.p[2])};
+        if (c.kind == kSaturation) spreadSaturation(c.p[0], v[0], v[1], v[2]);
         if (c.kind == kDominant) adjustDominant(v.data(), u.data());
-        if (c.kind == kMinimum) adjustMinimum(v.data(), c.p.data());
-        if (c.kind == kHue) adjustHue(v.data(), c.p.data());
+        if (c.kind == kMinimum) adjustMinimum(v.data(), p.data());
+        if (c.kind == kHue) adjustHue(v.data(), p.data());
         EXPECT_EQ(v, c.want) << c.why;
     }
 }
