@@ -6,7 +6,6 @@
 #include <cstdint>
 #include <vector>
 
-#include "cm/cm_context.h"
 #include "cm_job.h"
 #include "fuzz_input.h"
 #include "inkdot/inkdot.h"

@@ -14,9 +14,7 @@
 #include "cm_job.h"
 #include "fuzz_input.h"
 #include "pack/pack.h"
-#include "support/colour_table_writer.h"
 #include "support/ht_fixture.h"
-#include "support/index_text_writer.h"
 #include "tools/test_files.h"
 
 namespace {
@@ -135,16 +133,9 @@ void rasterSeeds(const std::string& dir) {
         const int fd = open(seedPath(dir, "raster_filter", n).c_str(), O_WRONLY | O_CREAT | O_TRUNC, 0644);
         if (fd < 0 || ::write(fd, &k.options, 1) != 1) continue;
         cups_raster_t* r = cupsRasterOpen(fd, k.mode);
-        cups_page_header2_t h{};
-        h.HWResolution[0] = k.xdpi;
-        h.HWResolution[1] = k.ydpi;
-        h.cupsWidth = 24;
-        h.cupsHeight = 6;
-        h.cupsBitsPerColor = 8;
-        h.cupsBitsPerPixel = 8 * k.channels;
-        h.cupsBytesPerLine = 24 * k.channels;
-        h.cupsColorSpace = k.space;
-        h.cupsNumColors = k.channels;
+        cups_page_header2_t h{.HWResolution = {k.xdpi, k.ydpi}, .cupsWidth = 24, .cupsHeight = 6, .cupsBitsPerColor = 8,
+                              .cupsBitsPerPixel = 8 * k.channels, .cupsBytesPerLine = 24 * k.channels,
+                              .cupsColorSpace = k.space, .cupsNumColors = k.channels};
         std::vector<uint8_t> pixels(size_t{h.cupsBytesPerLine} * h.cupsHeight);
         for (size_t i = 0; i < pixels.size(); ++i) pixels[i] = static_cast<uint8_t>(i * 11);
         for (unsigned page = 0; page < k.pages; ++page) {
