@@ -158,9 +158,9 @@ TEST(Interpolate, WorkedTetrahedra) {
         100, 200, 150,  // fy >= fz > fx: V000 55, V010 50, V011 50, V111 100 -> (550 + 4500 + 10000 + 4000) / 255
         100, 150, 200,  // fz > fy > fx: V000 55, V001 50, V011 50, V111 100 -> (550 + 1500 + 10000 + 4000) / 255
     };
-    std::vector<uint8_t> out(6);
+    std::vector<uint8_t> out(7, 0xEE);  // one byte more: the six pixels leave it alone
     interpolateRgb(lut, 6, rgb.data(), out.data());
-    EXPECT_EQ(out, (std::vector<uint8_t>{131, 158, 33, 68, 74, 62}));
+    EXPECT_EQ(out, (std::vector<uint8_t>{131, 158, 33, 68, 74, 62, 0xEE}));
 }
 
 }  // namespace
