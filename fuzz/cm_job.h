@@ -3,9 +3,9 @@
 #pragma once
 
 #include <cstdint>
-#include <cstring>
+#include <vector>
 
-#include "inkdot/inkdot.h"
+#include "support/cm_fixture.h"
 
 namespace inkdot::fuzz {
 
@@ -22,25 +22,16 @@ inline constexpr unsigned kCmHeaderBytes = sizeof(CmHeader);
 static_assert(kCmHeaderBytes == 25);
 
 // Everything the settings point to lives here, so it outlives the instance.
-struct CmJob {
-    CmSettings1 s1{};
-    CmSettings2 s2{};
+// The keys the settings start from match the record of the seeds' indexes.
+struct CmJob : test::CmSettings {
     int32_t gamma = 0;
     uint8_t curves[768] = {};
-    uint8_t weightRecord[4 + 20 + 2] = {};
-    struct {
-        int32_t count = 0;
-        ChunkEntry entries[3] = {};
-    } dir;
+    std::vector<uint8_t> weightRecord;  // exactly as long as the record, for the sanitizers
+    test::ChunkDir dir;
 
     explicit CmJob(const CmHeader& h) {
         static const uint32_t processModes[4] = {0, 1, 2, 4};
         static const uint32_t selectAs[4] = {1, 2, 0, 3};
-        s1.selectF = 8;
-        s1.selectB = 1;
-        s2.selectD = 5;
-        s2.selectE = 6;
-        s2.selectG = 9;
         s2.pixelFormat = h.flags & 2 ? 0 : 1;
         s1.processMode = processModes[(h.flags >> 2) & 3];
         s2.selectA = selectAs[(h.flags >> 4) & 3];
@@ -51,29 +42,24 @@ struct CmJob {
         s1.curveSource = h.levels & 32 ? 1 : 0;
         if (h.flags & 128) {
             gamma = 60 + h.gamma;
-            dir.entries[dir.count++] = ChunkEntry{1, &gamma};
+            dir.add(1, &gamma);
         }
         if (h.levels & 16) {
             for (int i = 0; i < 768; ++i) curves[i] = static_cast<uint8_t>((i % 256) * (200 + i / 256 * 20) / 255);
-            dir.entries[dir.count++] = ChunkEntry{256, curves};
+            dir.add(256, curves);
         }
-        s1.chunkDir = reinterpret_cast<const ChunkDirectory*>(&dir);  // an empty directory holds nothing
+        s1.chunkDir = dir.get();  // an empty directory holds nothing
     }
 
     // The channel-weight record for a table of `channels` inks; the loader
     // reads it when the colour table has been read, so the harness writes it
-    // before that call, when the table's channel count is known.
+    // (once) before that call, when the table's channel count is known.
     void setWeights(const CmHeader& h, uint32_t channels) {
         if (!(h.flags & 1)) return;
-        if (channels > 20) channels = 20;
-        std::memcpy(weightRecord, "CW:", 3);
-        weightRecord[3] = h.key;
-        for (uint32_t c = 0; c < channels; ++c) weightRecord[4 + c] = static_cast<uint8_t>(30 + h.weights[c] % 41);
-        weightRecord[4 + channels] = 0xFE;
-        weightRecord[5 + channels] = 0xFF;
-        bool listed = false;
-        for (int i = 0; i < dir.count; ++i) listed |= dir.entries[i].id == 512;
-        if (!listed) dir.entries[dir.count++] = ChunkEntry{512, weightRecord};
+        std::vector<uint8_t> weights;
+        for (uint32_t c = 0; c < channels && c < 20; ++c) weights.push_back(static_cast<uint8_t>(30 + h.weights[c] % 41));
+        weightRecord = test::channelWeightRecord(h.key, weights);
+        dir.add(512, weightRecord.data());
     }
 };
 

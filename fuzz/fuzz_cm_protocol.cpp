@@ -6,7 +6,6 @@
 #include <cstdint>
 #include <vector>
 
-#include "cm/cm_context.h"
 #include "cm_job.h"
 #include "fuzz_input.h"
 #include "inkdot/inkdot.h"
@@ -50,8 +49,8 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     CmContext* ctx = nullptr;
     uint32_t next = 0;
     if (CmNew(&job.s1, &job.s2, 0, &next, &ctx) != RC_OK) return 0;
-    bool complete = false;
-    for (int phase = 1; phase <= 7 && !in.empty(); ++phase) {
+    uint32_t rc = RC_OK;
+    for (int phase = 1; phase <= 7 && rc == RC_OK && next != INKDOT_NO_MORE_BLOCKS && !in.empty(); ++phase) {
         std::vector<uint8_t> bytes = in.block();
         // The colour table's grid (points per axis at bytes 72-74) is kept
         // small: every rule of the table reader is met at 2 to 9 points,
@@ -61,14 +60,9 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
                 if (bytes[i] > kMaxGridPoints) bytes[i] = static_cast<uint8_t>(bytes[i] % kMaxGridPoints);
         const ExactBlock block(bytes);
         if (phase == 2) job.setWeights(header, block.length > 75 ? block.data()[75] : 4);
-        const uint32_t rc = CmSetResourceSized(ctx, block.data(), block.length, &next);
-        if (rc != RC_OK) break;
-        if (next == INKDOT_NO_MORE_BLOCKS) {
-            complete = true;
-            break;
-        }
+        rc = CmSetResourceSized(ctx, block.data(), block.length, &next);
     }
-    if (complete) {
+    if (rc == RC_OK && next == INKDOT_NO_MORE_BLOCKS) {
         const CmLut* lut = CmGetLut(ctx);
         if (lut->lutData == nullptr) __builtin_trap();  // a finished record has its grid
         halftoneFrom(lut, header.halftone);

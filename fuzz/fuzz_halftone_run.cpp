@@ -19,11 +19,7 @@ namespace {
 using namespace inkdot;
 using namespace inkdot::fuzz;
 
-struct Resolution {
-    uint32_t x, y;
-};
-const Resolution kClasses[5] = {{720, 720}, {1440, 720}, {360, 720}, {720, 360}, {600, 400}};
-const uint32_t kMethods[4] = {0, 1, 2, 3};
+const uint32_t kClasses[5][2] = {{720, 720}, {1440, 720}, {360, 720}, {720, 360}, {600, 400}};  // x, y resolution
 const int32_t kScales[6] = {0, 1, -1, 2, 3, 4};
 const uint32_t kColourFormats[3] = {3, 4, 5};
 // Lines of up to 256 pixels and 32 runs an input keep an input short; the
@@ -50,10 +46,9 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     const uint8_t more = in.u8();
     const bool colour = choice & 1;
     const uint32_t outputBits = choice & 2 ? 2 : 1;
-    HtSettings s = test::htSettings(kMethods[(choice >> 2) & 3], colour ? 1 + (more & 3) % 3 : 0, outputBits);
-    const Resolution r = kClasses[((choice >> 4) & 7) % 5];
-    s.resolutionX = r.x;
-    s.resolutionY = r.y;
+    HtSettings s = test::htSettings((choice >> 2) & 3, colour ? 1 + (more & 3) % 3 : 0, outputBits);  // methods 0 to 3
+    s.resolutionX = kClasses[((choice >> 4) & 7) % 5][0];
+    s.resolutionY = kClasses[((choice >> 4) & 7) % 5][1];
     s.ditherMode = choice & 128 ? 0 : 1;
     s.inputFormat = colour ? kColourFormats[((more >> 2) & 3) % 3] : 0;
     s.scaleMode = kScales[((more >> 4) & 7) % 6];

@@ -57,8 +57,7 @@ struct ExactBlock {
 
 // Appends a length-prefixed block (seed writing).
 inline void putBlock(std::vector<uint8_t>& out, const std::vector<uint8_t>& block) {
-    out.push_back(static_cast<uint8_t>(block.size()));
-    out.push_back(static_cast<uint8_t>(block.size() >> 8));
+    test::putU16(out, static_cast<uint16_t>(block.size()));
     out.insert(out.end(), block.begin(), block.end());
 }
 

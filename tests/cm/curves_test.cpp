@@ -1,5 +1,5 @@
 // The arithmetic of colour management worked by hand: logarithms, gamma,
-// brightness and contrast, saturation, the colour adjustments, ink scaling and
+// brightness and contrast, saturation and the colour adjustments, ink scaling and
 // tetrahedral interpolation.
 #include <gtest/gtest.h>
 
@@ -72,30 +72,21 @@ TEST(ToneCurves, BrightnessAndContrastWorkedValues) {
     }
 }
 
-TEST(Saturation, SpreadsFromTheSmallestComponent) {
-    const struct { int32_t s; Three rgb, want; } cases[] = {
-        {50, {10, 60, 110}, {10, 85, 160}},    // red smallest: k1 = 150
-        {50, {10, 10, 110}, {10, 10, 160}},    // r <= g, b >= r
-        {50, {60, 10, 110}, {85, 10, 160}},    // green smallest
-        {50, {60, 110, 10}, {80, 150, 10}},    // blue smallest: weaker k2 = 140
-        {-50, {10, 60, 110}, {10, 35, 60}},    // k1 = 50
-        {-50, {60, 110, 10}, {40, 70, 10}},    // k2 = 100 - 40 = 60: (50 x 60) / 100 + 10
-        {-1, {60, 110, 10}, {60, 110, 10}},    // k2 = 100 + (-80 / 100) = 100: no change
-        {1, {10, 60, 110}, {10, 60, 111}},     // k1 = 101: 10 + (50 x 101) / 100 = 60, 10 + 101
-        {50, {10, 200, 250}, {10, 255, 255}},  // limited to 255
-        {27, {128, 128, 128}, {128, 128, 128}},  // gray passes unchanged
-        {-100000, {10, 60, 110}, {10, 0, 0}},    // any factor stays in 0..255
-    };
-    for (const auto& c : cases) {
-        Three v = c.rgb;
-        spreadSaturation(c.s, v[0], v[1], v[2]);
-        EXPECT_EQ(v, c.want) << c.s << " " << c.rgb[0] << "," << c.rgb[1] << "," << c.rgb[2];
-    }
-}
-
 TEST(ColourAdjust, WorkedCases) {
-    enum Kind { kDominant, kMinimum, kHue };
-    const struct { Kind kind; Three v; std::array<int16_t, 3> p; Three want; const char* why; } cases[] = {
+    enum Kind { kSaturation, kDominant, kMinimum, kHue };
+    const struct { Kind kind; Three v; Three p; Three want; const char* why; } cases[] = {
+        // Saturation p[0] spreads the others from the smallest component.
+        {kSaturation, {10, 60, 110}, {50}, {10, 85, 160}, "red smallest: k1 = 150"},
+        {kSaturation, {10, 10, 110}, {50}, {10, 10, 160}, "r <= g, b >= r"},
+        {kSaturation, {60, 10, 110}, {50}, {85, 10, 160}, "green smallest"},
+        {kSaturation, {60, 110, 10}, {50}, {80, 150, 10}, "blue smallest: weaker k2 = 140"},
+        {kSaturation, {10, 60, 110}, {-50}, {10, 35, 60}, "k1 = 50"},
+        {kSaturation, {60, 110, 10}, {-50}, {40, 70, 10}, "k2 = 100 - 40 = 60: (50 x 60) / 100 + 10"},
+        {kSaturation, {60, 110, 10}, {-1}, {60, 110, 10}, "k2 = 100 + (-80 / 100) = 100: no change"},
+        {kSaturation, {10, 60, 110}, {1}, {10, 60, 111}, "k1 = 101: 10 + (50 x 101) / 100 = 60, 10 + 101"},
+        {kSaturation, {10, 200, 250}, {50}, {10, 255, 255}, "limited to 255"},
+        {kSaturation, {128, 128, 128}, {27}, {128, 128, 128}, "gray passes unchanged"},
+        {kSaturation, {10, 60, 110}, {-100000}, {10, 0, 0}, "any factor stays in 0..255"},
         // The unique maximum moves toward the next by its percentage of the gap.
         {kDominant, {200, 100, 50}, {50, 0, 0}, {150, 100, 50}, "cyan leads"},
         {kDominant, {200, 100, 50}, {0, 50, 50}, {200, 100, 50}, "cyan's percentage counts"},
@@ -124,9 +115,11 @@ TEST(ColourAdjust, WorkedCases) {
     for (const auto& c : cases) {
         Three v = c.v;
         const std::array<uint16_t, 3> u{uint16_t(c.p[0]), uint16_t(c.p[1]), uint16_t(c.p[2])};
+        const std::array<int16_t, 3> p{int16_t(c.p[0]), int16_t(c.p[1]), int16_t(c.p[2])};
+        if (c.kind == kSaturation) spreadSaturation(c.p[0], v[0], v[1], v[2]);
         if (c.kind == kDominant) adjustDominant(v.data(), u.data());
-        if (c.kind == kMinimum) adjustMinimum(v.data(), c.p.data());
-        if (c.kind == kHue) adjustHue(v.data(), c.p.data());
+        if (c.kind == kMinimum) adjustMinimum(v.data(), p.data());
+        if (c.kind == kHue) adjustHue(v.data(), p.data());
         EXPECT_EQ(v, c.want) << c.why;
     }
 }
@@ -147,28 +140,16 @@ TEST(InkScale, WorkedValues) {
     for (int v = 0; v <= 255; ++v) (void)inkScale(static_cast<uint8_t>(v), 32767, -32768);  // wraps in 32 bits
 }
 
-// A CmLut over node data value(i0, i1, i2, c), levels the same on every axis.
-struct Grid {
-    CmLut lut{};
-    std::vector<uint8_t> data;
-    template <typename F>
-    Grid(const std::vector<uint8_t>& levels, uint32_t channels, F value) {
-        const auto n = static_cast<uint32_t>(levels.size());
-        lut.channels = channels;
-        for (int a = 0; a < 3; ++a) {
-            lut.gridCount[a] = n;
-            std::copy(levels.begin(), levels.end(), lut.grid[a]);
-        }
-        for (uint32_t i = 0; i < n * n * n * channels; ++i)
-            data.push_back(value(i / channels / n / n, i / channels / n % n, i / channels % n, i % channels));
-        lut.lutData = data.data();
-    }
-};
-
 TEST(Interpolate, WorkedTetrahedra) {
     // Two points per axis, one channel, eight unrelated node values (index a*4 + b*2 + c).
-    const uint8_t v[8] = {10, 30, 90, 200, 250, 60, 120, 40};
-    const Grid g({0, 255}, 1, [&](uint32_t a, uint32_t b, uint32_t c, uint32_t) { return v[a * 4 + b * 2 + c]; });
+    uint8_t v[8] = {10, 30, 90, 200, 250, 60, 120, 40};
+    CmLut lut{};
+    lut.channels = 1;
+    lut.lutData = v;
+    for (int a = 0; a < 3; ++a) {
+        lut.gridCount[a] = 2;
+        lut.grid[a][1] = 255;
+    }
     const std::vector<uint8_t> rgb = {
         200, 100, 50,   // fx >= fy >= fz: V000 55, V100 100, V110 50, V111 50 -> (550 + 25000 + 6000 + 2000) / 255
         200, 30, 50,    // fx >= fz > fy: V000 55, V100 150, V101 20, V111 30 -> (550 + 37500 + 1200 + 1200) / 255
@@ -177,9 +158,9 @@ TEST(Interpolate, WorkedTetrahedra) {
         100, 200, 150,  // fy >= fz > fx: V000 55, V010 50, V011 50, V111 100 -> (550 + 4500 + 10000 + 4000) / 255
         100, 150, 200,  // fz > fy > fx: V000 55, V001 50, V011 50, V111 100 -> (550 + 1500 + 10000 + 4000) / 255
     };
-    std::vector<uint8_t> out(6);
-    interpolateRgb(g.lut, 6, rgb.data(), out.data());
-    EXPECT_EQ(out, (std::vector<uint8_t>{131, 158, 33, 68, 74, 62}));
+    std::vector<uint8_t> out(7, 0xEE);  // one byte more: the six pixels leave it alone
+    interpolateRgb(lut, 6, rgb.data(), out.data());
+    EXPECT_EQ(out, (std::vector<uint8_t>{131, 158, 33, 68, 74, 62, 0xEE}));
 }
 
 }  // namespace

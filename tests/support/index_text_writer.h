@@ -23,16 +23,20 @@ struct IndexTextWriter {
     std::string blankLines;  // inserted between sections ("\r\n\r\n" to test that they vanish)
     std::string lead;        // written before every token (blanks to test skipping)
 
-    IndexEntry& add(int32_t block, int32_t table, std::string n1, std::string n2, int32_t k5, int32_t k6,
-                    std::string n3, int32_t k8, int32_t k9) {
+    void add(int32_t block, int32_t table, std::string n1, std::string n2, int32_t k5, int32_t k6,
+             std::string n3, int32_t k8, int32_t k9) {
         using std::to_string;
         records.push_back({to_string(block), to_string(table), std::move(n1), std::move(n2), to_string(k5),
                            to_string(k6), std::move(n3), to_string(k8), to_string(k9), ""});
-        return records.back();
     }
 
     // The text, NUL-terminated (c_str of the result).
     std::string text() const {
+        const auto names = [this](const std::vector<std::string>& list) {
+            std::string line;
+            for (const std::string& n : list) line += lead + n + " ";
+            return line + "\r\n";
+        };
         std::string out = "; colour table index\r\n//3 index\r\n; block table name1 name2 k5 k6 name3 k8 k9\r\n";
         out += blankLines;
         for (const IndexEntry& r : records) {
@@ -44,13 +48,6 @@ struct IndexTextWriter {
         out += "//\r\n" + blankLines + names(list1) + blankLines;
         if (list2Base) out += lead + std::to_string(*list2Base) + " ";
         return out + names(list2) + blankLines + names(list3) + blankLines + "1\r\n";
-    }
-
-private:
-    std::string names(const std::vector<std::string>& list) const {
-        std::string out;
-        for (const std::string& n : list) out += lead + n + " ";
-        return out + "\r\n";
     }
 };
 
