@@ -112,7 +112,11 @@ inline uint32_t bytesPerPixel(uint32_t inputFormat) {
 // (inputFormat 4), three for every other format. inputFormat 3 is read as
 // three-byte pixels too, so it means the same to every colour kernel as
 // inputFormat 2; only replication copies pixels of the format's own size.
-inline uint32_t colourPixelBytes(uint32_t inputFormat) { return inputFormat == INKDOT_INPUT_INK ? 4 : 3; }
+inline constexpr uint32_t kRgbPixelBytes = 3;
+inline constexpr uint32_t kInkPixelBytes = 4;
+inline uint32_t colourPixelBytes(uint32_t inputFormat) {
+    return inputFormat == INKDOT_INPUT_INK ? kInkPixelBytes : kRgbPixelBytes;
+}
 
 // Resolution classes.
 inline bool is1440x720(const HtContext& ctx) { return ctx.resolutionX == 1440 && ctx.resolutionY == 720; }

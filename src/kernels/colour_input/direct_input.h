@@ -49,13 +49,13 @@ public:
 
     template <class Source>
     INKDOT_FORCE_INLINE void convert(const Source& in, uint32_t first, uint32_t, uint32_t n, ColourChunk& out) const {
-        if (!Source::kHalving && in.shift == 0 && in.pixelBytes == kRgbBytes) {
+        if (!Source::kHalving && in.shift == 0 && in.pixelBytes == kRgbPixelBytes) {
             // Three bytes a pixel at a fixed step: the corners in a loop the
             // compiler vectorises (held in the white flags until their
             // look-up), then the grid look-ups.
-            const uint8_t* const px = in.src + static_cast<uintptr_t>(first) * kRgbBytes;
+            const uint8_t* const px = in.src + static_cast<uintptr_t>(first) * kRgbPixelBytes;
             for (uint32_t i = 0; i < n; ++i) {
-                const uint8_t* const p = px + kRgbBytes * i;
+                const uint8_t* const p = px + kRgbPixelBytes * i;
                 out.white[i] = static_cast<uint8_t>(corner(p[0], p[1], p[2]));
             }
             for (uint32_t i = 0; i < n; ++i) {
@@ -78,7 +78,6 @@ public:
 
 private:
     static constexpr uint32_t kWhiteCorner = 7;  // all three bytes above 128
-    static constexpr uint32_t kRgbBytes = 3;
 
     // (bit2 * 2 + bit1) * 2 + bit0, each bit set for a byte above 128.
     static uint32_t corner(uint8_t b0, uint8_t b1, uint8_t b2) {

@@ -65,7 +65,7 @@ public:
     INKDOT_FORCE_INLINE void convert(const Source& in, uint32_t first, uint32_t x0, uint32_t n, ColourChunk& out) {
         GridPass pass;
 #ifdef INKDOT_AVX2_GRID_PASS
-        if (in.pixelBytes == 3 && in.shift <= (Source::kHalving ? 0 : 1) && gridPassAvx2Runs()) {
+        if (in.pixelBytes == kRgbPixelBytes && in.shift <= (Source::kHalving ? 0 : 1) && gridPassAvx2Runs()) {
             const InputSpacing spacing = Source::kHalving ? InputSpacing::kHalved
                                          : in.shift == 1  ? InputSpacing::kDoubled
                                                           : InputSpacing::kOnePerPixel;
