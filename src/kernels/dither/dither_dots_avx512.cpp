@@ -1,0 +1,115 @@
+// The AVX-512 decision stage of the colour dither kernels. The portable
+// loops compare tone values and matrix values (all 0..65535) as signed 32-bit
+// numbers; here they are unsigned 16-bit lanes, so a difference that may go
+// below 0 and a sum that may pass 65535 are each compared with their borrow
+// or carry taken into account.
+#include "kernels/dither/dither_dots_avx512.h"
+
+#ifdef INKDOT_AVX512_DITHER_DOTS
+
+#include <immintrin.h>
+
+namespace inkdot {
+
+bool ditherDotsAvx512Runs() {
+    return __builtin_cpu_supports("avx512bw") && __builtin_cpu_supports("avx512vl") &&
+           __builtin_cpu_supports("avx512vbmi");
+}
+
+namespace {
+
+#define INKDOT_AVX512 __attribute__((target("avx512f,avx512bw,avx512vl,avx512vbmi")))
+
+// Pixels per step: 16-bit lanes of a 512-bit register.
+constexpr uint32_t kLanes = 32;
+
+// A 256-entry table of 16-bit values in eight registers; a look-up by the
+// low byte of each lane: a two-register permutation covers 64 entries, and
+// bits 6 and 7 of the byte choose among the four.
+struct Table256 {
+    __m512i part[8];
+
+    INKDOT_AVX512 explicit Table256(const uint16_t* values) {
+        for (int j = 0; j < 8; ++j) part[j] = _mm512_loadu_si512(values + 32 * j);
+    }
+    INKDOT_AVX512 __m512i operator()(__m512i index) const {
+        const __mmask32 bit6 = _mm512_test_epi16_mask(index, _mm512_set1_epi16(0x40));
+        const __mmask32 bit7 = _mm512_test_epi16_mask(index, _mm512_set1_epi16(0x80));
+        const __m512i low = _mm512_mask_mov_epi16(_mm512_permutex2var_epi16(part[0], index, part[1]), bit6,
+                                                  _mm512_permutex2var_epi16(part[2], index, part[3]));
+        const __m512i high = _mm512_mask_mov_epi16(_mm512_permutex2var_epi16(part[4], index, part[5]), bit6,
+                                                   _mm512_permutex2var_epi16(part[6], index, part[7]));
+        return _mm512_mask_mov_epi16(low, bit7, high);
+    }
+};
+
+// The ink words of 32 pixels: pixels 0..15 and 16..31.
+struct InkWords {
+    __m512i first, second;
+};
+
+// Plane k's level of each of 32 pixels in the low byte of its 16-bit lane
+// (the high byte is not read by the look-ups): one byte permutation each.
+struct LevelPicks {
+    __m512i at[4];
+
+    INKDOT_AVX512 LevelPicks() {
+        for (unsigned k = 0; k < 4; ++k) {
+            alignas(64) uint8_t bytes[64];
+            for (unsigned i = 0; i < kLanes; ++i) bytes[2 * i] = bytes[2 * i + 1] = static_cast<uint8_t>(4 * i + k);
+            at[k] = _mm512_load_si512(bytes);
+        }
+    }
+    INKDOT_AVX512 __m512i operator()(const InkWords& inks, unsigned k) const {
+        return _mm512_permutex2var_epi8(inks.first, at[k], inks.second);
+    }
+};
+
+// t > limit - m as signed numbers: true where m passes limit (the
+// difference is negative), else the unsigned compare.
+INKDOT_AVX512 inline __mmask32 aboveDifference(__m512i t, __m512i limit, __m512i m, __mmask32 mAboveLimit) {
+    return mAboveLimit | _mm512_cmpgt_epu16_mask(t, _mm512_sub_epi16(limit, m));
+}
+
+// Flags 0 or 1 for the set bits of `dots`, into n <= 32 bytes.
+INKDOT_AVX512 inline void storeFlags(uint8_t* to, __mmask32 valid, __mmask32 dots) {
+    _mm256_mask_storeu_epi8(to, valid, _mm256_maskz_mov_epi8(dots, _mm256_set1_epi8(1)));
+}
+
+}  // namespace
+
+INKDOT_AVX512 void dither1DotsAvx512(const uint16_t* tone, uint32_t maxT, const uint16_t* m, const ColourChunk& chunk,
+                                     uint32_t n, bool plane1, uint8_t* const (&dots)[4]) {
+    const Table256 toneOf(tone);
+    const LevelPicks level;
+    const __m512i limit = _mm512_set1_epi16(static_cast<int16_t>(maxT));
+    for (uint32_t i = 0; i < n; i += kLanes) {
+        const __mmask32 valid = n - i >= kLanes ? ~__mmask32{0} : (__mmask32{1} << (n - i)) - 1;
+        const __m512i mv = _mm512_maskz_loadu_epi16(valid, m + i);
+        const InkWords inks{_mm512_maskz_loadu_epi32(static_cast<__mmask16>(valid), chunk.inks + i),
+                            _mm512_maskz_loadu_epi32(static_cast<__mmask16>(valid >> 16), chunk.inks + i + 16)};
+        const __m256i white = _mm256_maskz_loadu_epi8(valid, chunk.white + i);
+        const __mmask32 coloured = _mm256_testn_epi8_mask(white, white);
+        const __mmask32 mAboveLimit = _mm512_cmpgt_epu16_mask(mv, limit);
+        const __m512i t0 = toneOf(level(inks, 0)), t2 = toneOf(level(inks, 2)), t3 = toneOf(level(inks, 3));
+
+        // Plane 3 takes the cells below its tone, plane 0 the next ones
+        // (pairedThreshold), or counts from the top when the two overfill.
+        const __mmask32 a = _mm512_cmpgt_epu16_mask(t3, mv);
+        const __m512i sum = _mm512_add_epi16(t3, t0);
+        const __mmask32 carry = _mm512_cmplt_epu16_mask(sum, t3);
+        const __mmask32 overfull = carry | _mm512_cmpgt_epu16_mask(sum, limit);
+        const __mmask32 afterA = ~a & (carry | _mm512_cmpgt_epu16_mask(sum, mv));
+        const __mmask32 fromTop = aboveDifference(t0, limit, mv, mAboveLimit);
+        const __mmask32 b = (overfull & fromTop) | (~overfull & afterA);
+
+        storeFlags(dots[3] + i, valid, a & coloured);
+        storeFlags(dots[0] + i, valid, b & coloured);
+        storeFlags(dots[2] + i, valid, aboveDifference(t2, limit, mv, mAboveLimit) & coloured);
+        if (plane1) storeFlags(dots[1] + i, valid, aboveDifference(toneOf(level(inks, 1)), limit, mv, mAboveLimit) & coloured);
+    }
+}
+
+}  // namespace inkdot
+
+#endif
