@@ -1,0 +1,208 @@
+// The AVX-512 grid pass: the AVX2 pass's steps on sixteen 32-bit lanes, with
+// two changes that AVX-512 allows. The input bytes are moved into their
+// lanes by byte permutations (VBMI) from loads masked to the exact bytes of
+// the sixteen pixels; and the cell table (256 two-byte entries) is held in
+// registers and read by word permutations, so that the grid look-up is the
+// only gather left.
+#include "kernels/colour_input/grid_pass.h"
+
+#ifdef INKDOT_SIMD_GRID_PASS
+
+#include <immintrin.h>
+
+#include "kernels/grid_node.h"
+
+// GCC 12's AVX-512 headers start some intrinsics from a self-initialised
+// register (_mm512_undefined_epi32), which -Wmaybe-uninitialized reports
+// once they are inlined here.
+#pragma GCC diagnostic ignored "-Wmaybe-uninitialized"
+
+namespace inkdot {
+
+bool gridPassAvx512Runs() {
+    return __builtin_cpu_supports("avx512bw") && __builtin_cpu_supports("avx512vl") &&
+           __builtin_cpu_supports("avx512vbmi");
+}
+
+namespace {
+
+#define INKDOT_AVX512 __attribute__((target("avx512f,avx512bw,avx512vl,avx512vbmi")))
+
+constexpr uint32_t kLanes = 16;
+// The low byte of every 32-bit lane.
+constexpr __mmask64 kLowBytes = 0x1111111111111111ull;
+
+struct Channels {
+    __m512i b[3];
+};
+
+// Lane d's number, d = 0..15.
+INKDOT_AVX512 inline __m512i laneNumbers() {
+    return _mm512_setr_epi32(0, 1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11, 12, 13, 14, 15);
+}
+
+// Byte k from each lane's pixel offset on.
+INKDOT_AVX512 inline __m512i offsets(__m512i lane, int k) {
+    return _mm512_add_epi32(lane, _mm512_set1_epi32(k));
+}
+
+// One input pixel per output pixel: 48 bytes.
+struct OnePerPixel {
+    __m512i at[3];
+    INKDOT_AVX512 OnePerPixel() {
+        const __m512i lane = _mm512_mullo_epi32(laneNumbers(), _mm512_set1_epi32(3));
+        for (int k = 0; k < 3; ++k) at[k] = offsets(lane, k);
+    }
+    INKDOT_AVX512 Channels operator()(const uint8_t* src, uint32_t i) const {
+        const __m512i bytes = _mm512_maskz_loadu_epi8((__mmask64{1} << 48) - 1, src + 3 * i);
+        Channels c;
+        for (int k = 0; k < 3; ++k) c.b[k] = _mm512_maskz_permutexvar_epi8(kLowBytes, at[k], bytes);
+        return c;
+    }
+};
+
+// Doubling: output pixels 2j and 2j + 1 read input pixel j (i is even): 24 bytes.
+struct Doubled {
+    __m512i at[3];
+    INKDOT_AVX512 Doubled() {
+        const __m512i lane = _mm512_mullo_epi32(_mm512_srli_epi32(laneNumbers(), 1), _mm512_set1_epi32(3));
+        for (int k = 0; k < 3; ++k) at[k] = offsets(lane, k);
+    }
+    INKDOT_AVX512 Channels operator()(const uint8_t* src, uint32_t i) const {
+        const __m512i bytes = _mm512_maskz_loadu_epi8((__mmask64{1} << 24) - 1, src + 3 * (i / 2));
+        Channels c;
+        for (int k = 0; k < 3; ++k) c.b[k] = _mm512_maskz_permutexvar_epi8(kLowBytes, at[k], bytes);
+        return c;
+    }
+};
+
+// Halving: output pixel j reads the pair 2j, 2j + 1, byte by byte the
+// smaller: 96 bytes, the first and the second pixel of each pair picked apart.
+struct Halved {
+    __m512i first[3], second[3];
+    INKDOT_AVX512 Halved() {
+        const __m512i lane = _mm512_mullo_epi32(laneNumbers(), _mm512_set1_epi32(6));
+        for (int k = 0; k < 3; ++k) first[k] = offsets(lane, k), second[k] = offsets(lane, k + 3);
+    }
+    INKDOT_AVX512 Channels operator()(const uint8_t* src, uint32_t i) const {
+        const uint8_t* px = src + 6 * i;
+        const __m512i low = _mm512_loadu_si512(px);
+        const __m512i high = _mm512_maskz_loadu_epi8((__mmask64{1} << 32) - 1, px + 64);
+        Channels c;
+        for (int k = 0; k < 3; ++k)
+            c.b[k] = _mm512_min_epu8(_mm512_maskz_permutex2var_epi8(kLowBytes, low, first[k], high),
+                                     _mm512_maskz_permutex2var_epi8(kLowBytes, low, second[k], high));
+        return c;
+    }
+};
+
+// The matrix values of sixteen columns from `column` on: one load where the
+// sixteen do not wrap around the row's end.
+INKDOT_AVX512 inline __m512i matrixValues(const GridPassTables& t, uint32_t column) {
+    const uint32_t c = column & t.columnMask;
+    if (c + kLanes <= t.columnMask + 1)
+        return _mm512_cvtepu16_epi32(_mm256_loadu_si256(reinterpret_cast<const __m256i*>(t.matrixRow + c)));
+    alignas(64) uint32_t m[kLanes];
+    for (uint32_t j = 0; j < kLanes; ++j) m[j] = t.matrixRow[(column + j) & t.columnMask];
+    return _mm512_load_si512(m);
+}
+
+// The cell table's 256 entries (lower node, weight) as 16-bit words in
+// eight registers; a look-up by the byte in each lane's low word: a
+// two-register permutation covers 64 entries, bits 6 and 7 choose among four.
+struct Cells {
+    __m512i part[8];
+    INKDOT_AVX512 explicit Cells(const uint8_t* cells) {
+        for (int j = 0; j < 8; ++j) part[j] = _mm512_loadu_si512(cells + 64 * j);
+    }
+    INKDOT_AVX512 __m512i operator()(__m512i b) const {
+        const __mmask32 bit6 = _mm512_test_epi16_mask(b, _mm512_set1_epi32(0x40));
+        const __mmask32 bit7 = _mm512_test_epi16_mask(b, _mm512_set1_epi32(0x80));
+        const __m512i low = _mm512_mask_mov_epi16(_mm512_permutex2var_epi16(part[0], b, part[1]), bit6,
+                                                  _mm512_permutex2var_epi16(part[2], b, part[3]));
+        const __m512i high = _mm512_mask_mov_epi16(_mm512_permutex2var_epi16(part[4], b, part[5]), bit6,
+                                                   _mm512_permutex2var_epi16(part[6], b, part[7]));
+        return _mm512_mask_mov_epi16(low, bit7, high);  // the lane's high word is not read
+    }
+};
+
+// node(b, q): the entry's lower node, plus one where q reaches its weight,
+// held at lastNode (see the AVX2 pass).
+INKDOT_AVX512 inline __m512i node(const Cells& cells, __m512i b, __m512i q, __m512i lastNode) {
+    const __m512i entry = cells(b);
+    const __m512i lower = _mm512_and_si512(entry, _mm512_set1_epi32(0xFF));
+    const __m512i weight = _mm512_and_si512(_mm512_srli_epi32(entry, 8), _mm512_set1_epi32(0xFF));
+    const __mmask16 down = _mm512_cmpgt_epi32_mask(weight, q);
+    const __m512i up = _mm512_mask_mov_epi32(_mm512_add_epi32(lower, _mm512_set1_epi32(1)), down, lower);
+    return _mm512_min_epu32(up, lastNode);
+}
+
+// neighbourMask on sixteen lanes, as a lane mask.
+INKDOT_AVX512 inline __mmask16 neighbours(__m512i a, __m512i b) {
+    const __m512i t = _mm512_add_epi32(_mm512_sub_epi32(_mm512_or_si512(a, _mm512_set1_epi32(0x20080200)), b),
+                                       _mm512_set1_epi32(0x00100401));
+    const __mmask16 high = _mm512_cmpeq_epi32_mask(_mm512_and_si512(t, _mm512_set1_epi32(0x3FCFF3FC)),
+                                                   _mm512_set1_epi32(0x20080200));
+    return _mm512_mask_testn_epi32_mask(high, _mm512_and_si512(t, _mm512_srli_epi32(t, 1)),
+                                        _mm512_set1_epi32(0x00100401));
+}
+
+template <class Read>
+INKDOT_AVX512 uint32_t gridPass(const Read& read, const GridPassTables& t, const uint8_t* src, uint32_t x0,
+                                uint32_t n, uint32_t prevNodes, ColourChunk& out, GridPass& pass) {
+    const Cells cells(t.cells);
+    const __m512i lastNode = _mm512_set1_epi32(static_cast<int>(t.lastNode));
+    const __m128i shift = _mm_cvtsi32_si128(static_cast<int>(t.shift));
+    const __m512i roundBit = _mm512_set1_epi32(1 << t.roundBit);
+    const __m512i planes = _mm512_set1_epi32(static_cast<int>(t.smoothedPlanes));
+    const __m512i two = _mm512_set1_epi32(2);
+    __m512i before = _mm512_set1_epi32(static_cast<int>(prevNodes));
+    uint32_t i = 0;
+    for (; i + kLanes <= n; i += kLanes) {
+        const Channels c = read(src, i);
+        const __m512i b0 = c.b[0], b1 = c.b[1], b2 = c.b[2];
+        const __mmask16 white =
+            _mm512_cmpeq_epi32_mask(_mm512_add_epi32(_mm512_add_epi32(b0, b1), b2), _mm512_set1_epi32(3 * 255));
+
+        const __m512i m = matrixValues(t, x0 + i + t.column);
+        const __m512i q = _mm512_and_si512(_mm512_srl_epi32(m, shift), _mm512_set1_epi32(0xFE));
+        const __m512i i0 = node(cells, b0, q, lastNode);
+        const __m512i i1 = node(cells, b1, q, lastNode);
+        const __m512i i2 = node(cells, b2, q, lastNode);
+        const __m512i entry = _mm512_and_si512(
+            _mm512_add_epi32(_mm512_add_epi32(_mm512_slli_epi32(i2, 10), _mm512_slli_epi32(i1, 5)), i0),
+            _mm512_set1_epi32(0x7FFF));
+        const __m512i inks = _mm512_i32gather_epi32(entry, t.grid, 4);
+        const __m512i nodes = _mm512_or_si512(
+            _mm512_or_si512(_mm512_add_epi32(i0, two), _mm512_slli_epi32(_mm512_add_epi32(i1, two), 10)),
+            _mm512_slli_epi32(_mm512_add_epi32(i2, two), 20));
+        // Each lane's left neighbour: the last lane of the previous sixteen in front.
+        const __m512i previous = _mm512_alignr_epi32(nodes, before, 15);
+        before = nodes;
+        const __m512i smooth = _mm512_maskz_mov_epi32(neighbours(nodes, previous), planes);
+        const __m512i roundUp =
+            _mm512_maskz_mov_epi32(_mm512_testn_epi32_mask(m, roundBit), _mm512_set1_epi32(kLowBits));
+
+        _mm512_storeu_si512(out.inks + i, inks);
+        _mm512_storeu_si512(pass.nodes + i, nodes);
+        _mm512_storeu_si512(pass.smooth + i, smooth);
+        _mm512_storeu_si512(pass.roundUp + i, roundUp);
+        _mm_storeu_si128(reinterpret_cast<__m128i*>(out.white + i), _mm_maskz_mov_epi8(white, _mm_set1_epi8(1)));
+    }
+    return i;
+}
+
+}  // namespace
+
+INKDOT_AVX512 uint32_t gridPassAvx512(const GridPassTables& t, InputSpacing spacing, const uint8_t* src, uint32_t x0,
+                                      uint32_t n, uint32_t prevNodes, ColourChunk& out, GridPass& pass) {
+    switch (spacing) {
+        case InputSpacing::kDoubled: return gridPass(Doubled(), t, src, x0, n, prevNodes, out, pass);
+        case InputSpacing::kHalved: return gridPass(Halved(), t, src, x0, n, prevNodes, out, pass);
+        default: return gridPass(OnePerPixel(), t, src, x0, n, prevNodes, out, pass);
+    }
+}
+
+}  // namespace inkdot
+
+#endif
