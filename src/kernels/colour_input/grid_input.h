@@ -69,8 +69,13 @@ public:
             const InputSpacing spacing = Source::kHalving ? InputSpacing::kHalved
                                          : in.shift == 1  ? InputSpacing::kDoubled
                                                           : InputSpacing::kOnePerPixel;
-            const auto wide = gridPassAvx512Runs() ? gridPassAvx512 : gridPassAvx2;
-            const uint32_t done = wide(passTables(), spacing, in.at(first), x0, n, prevNodes_, out, pass);
+            if (gridPassAvx512Runs()) {
+                const uint32_t done = gridPassAvx512(passTables(), spacing, in.at(first), x0, n, prevNodes_, out, pass);
+                perPixel<false>(in, first, x0, done, n, out, pass);
+                smoothAvx512(kPolicy.smoothedPlanes, pass, n, out, prevInks_, prevNodes_);
+                return;
+            }
+            const uint32_t done = gridPassAvx2(passTables(), spacing, in.at(first), x0, n, prevNodes_, out, pass);
             perPixel<true>(in, first, x0, done, n, out, pass);
             smooth<true>(pass, n, out);
             return;

@@ -42,16 +42,23 @@ struct GridPassTables {
 enum class InputSpacing { kOnePerPixel, kDoubled, kHalved };
 
 #ifdef INKDOT_SIMD_GRID_PASS
-bool gridPassAvx512Runs();
-// As gridPassAvx2, sixteen pixels at a time.
-uint32_t gridPassAvx512(const GridPassTables& t, InputSpacing spacing, const uint8_t* src, uint32_t x0, uint32_t n,
-                        uint32_t prevNodes, ColourChunk& out, GridPass& pass);
 bool gridPassAvx2Runs();
 // Pixels 0 .. 8 * floor(n / 8) - 1 of a chunk, pixel 0 read at src and at
 // column x0; prevNodes are the nodes of the last coloured pixel before the
 // chunk. Returns how many pixels it did.
 uint32_t gridPassAvx2(const GridPassTables& t, InputSpacing spacing, const uint8_t* src, uint32_t x0, uint32_t n,
                       uint32_t prevNodes, ColourChunk& out, GridPass& pass);
+
+bool gridPassAvx512Runs();
+// As gridPassAvx2, sixteen pixels at a time, without pass.smooth: the
+// AVX-512 smoothing below makes its own neighbour tests.
+uint32_t gridPassAvx512(const GridPassTables& t, InputSpacing spacing, const uint8_t* src, uint32_t x0, uint32_t n,
+                        uint32_t prevNodes, ColourChunk& out, GridPass& pass);
+// The serial smoothing of a chunk's n pixels (GridInput::smooth) with
+// AVX-512; prevInks and prevNodes are those of the last coloured pixel, before
+// and after the chunk.
+void smoothAvx512(uint32_t smoothedPlanes, const GridPass& pass, uint32_t n, ColourChunk& out, uint32_t& prevInks,
+                  uint32_t& prevNodes);
 #endif
 
 }  // namespace inkdot

@@ -149,14 +149,13 @@ INKDOT_AVX512 inline __mmask16 neighbours(__m512i a, __m512i b) {
 
 template <class Read>
 INKDOT_AVX512 uint32_t gridPass(const Read& read, const GridPassTables& t, const uint8_t* src, uint32_t x0,
-                                uint32_t n, uint32_t prevNodes, ColourChunk& out, GridPass& pass) {
+                                uint32_t n, ColourChunk& out, GridPass& pass) {
     const Cells cells(t.cells);
     const __m512i lastNode = _mm512_set1_epi32(static_cast<int>(t.lastNode));
     const __m128i shift = _mm_cvtsi32_si128(static_cast<int>(t.shift));
     const __m512i roundBit = _mm512_set1_epi32(1 << t.roundBit);
-    const __m512i planes = _mm512_set1_epi32(static_cast<int>(t.smoothedPlanes));
     const __m512i two = _mm512_set1_epi32(2);
-    __m512i before = _mm512_set1_epi32(static_cast<int>(prevNodes));
+    alignas(64) uint32_t entries[kColourChunk];
     uint32_t i = 0;
     for (; i + kLanes <= n; i += kLanes) {
         const Channels c = read(src, i);
@@ -172,34 +171,109 @@ INKDOT_AVX512 uint32_t gridPass(const Read& read, const GridPassTables& t, const
         const __m512i entry = _mm512_and_si512(
             _mm512_add_epi32(_mm512_add_epi32(_mm512_slli_epi32(i2, 10), _mm512_slli_epi32(i1, 5)), i0),
             _mm512_set1_epi32(0x7FFF));
-        const __m512i inks = _mm512_i32gather_epi32(entry, t.grid, 4);
         const __m512i nodes = _mm512_or_si512(
             _mm512_or_si512(_mm512_add_epi32(i0, two), _mm512_slli_epi32(_mm512_add_epi32(i1, two), 10)),
             _mm512_slli_epi32(_mm512_add_epi32(i2, two), 20));
-        // Each lane's left neighbour: the last lane of the previous sixteen in front.
-        const __m512i previous = _mm512_alignr_epi32(nodes, before, 15);
-        before = nodes;
-        const __m512i smooth = _mm512_maskz_mov_epi32(neighbours(nodes, previous), planes);
         const __m512i roundUp =
             _mm512_maskz_mov_epi32(_mm512_testn_epi32_mask(m, roundBit), _mm512_set1_epi32(kLowBits));
 
-        _mm512_storeu_si512(out.inks + i, inks);
+        _mm512_storeu_si512(entries + i, entry);
         _mm512_storeu_si512(pass.nodes + i, nodes);
-        _mm512_storeu_si512(pass.smooth + i, smooth);
         _mm512_storeu_si512(pass.roundUp + i, roundUp);
         _mm_storeu_si128(reinterpret_cast<__m128i*>(out.white + i), _mm_maskz_mov_epi8(white, _mm_set1_epi8(1)));
     }
+    // The grid look-ups by plain loads: a gather of sixteen waits for all of
+    // them, where separate loads overlap with one another.
+    for (uint32_t j = 0; j < i; ++j) out.inks[j] = t.grid[entries[j]];
     return i;
 }
 
 }  // namespace
 
 INKDOT_AVX512 uint32_t gridPassAvx512(const GridPassTables& t, InputSpacing spacing, const uint8_t* src, uint32_t x0,
-                                      uint32_t n, uint32_t prevNodes, ColourChunk& out, GridPass& pass) {
+                                      uint32_t n, uint32_t, ColourChunk& out, GridPass& pass) {
     switch (spacing) {
-        case InputSpacing::kDoubled: return gridPass(Doubled(), t, src, x0, n, prevNodes, out, pass);
-        case InputSpacing::kHalved: return gridPass(Halved(), t, src, x0, n, prevNodes, out, pass);
-        default: return gridPass(OnePerPixel(), t, src, x0, n, prevNodes, out, pass);
+        case InputSpacing::kDoubled: return gridPass(Doubled(), t, src, x0, n, out, pass);
+        case InputSpacing::kHalved: return gridPass(Halved(), t, src, x0, n, out, pass);
+        default: return gridPass(OnePerPixel(), t, src, x0, n, out, pass);
+    }
+}
+
+// The smoothing as a chain through one vector register, two steps a pixel
+// where the portable chain takes five. The byte mean rounding up is
+// vpavgb; rounding down it is the complement of vpavgb of the complements.
+// So each pixel's flip F (all ones where it rounds down, else 0) is applied
+// to both operands and to the result, and the chain carries z = y ^ F of
+// the smoothed levels y: the next pixel's operand is z ^ F' ^ F in its
+// smoothed bytes (S) and its own levels x ^ F elsewhere, where vpavgb of
+// x ^ F with itself leaves them. Per pixel then
+//     z = avg((z AND S) XOR E, X)   with X = x ^ F, E = S ? F' ^ F : X,
+// F' the previous coloured pixel's flip. White pixels are taken out first
+// (compressed away) and the results expanded back, so that the chain has no
+// branch and every pixel's neighbour is the previous coloured one.
+INKDOT_AVX512 void smoothAvx512(uint32_t smoothedPlanes, const GridPass& pass, uint32_t n, ColourChunk& out,
+                                uint32_t& prevInks, uint32_t& prevNodes) {
+    // The coloured pixels' values, one vector's slack behind the last.
+    alignas(64) uint32_t inks[kColourChunk + kLanes], nodes[kColourChunk + kLanes], roundUp[kColourChunk + kLanes];
+    uint32_t coloured = 0;
+    for (uint32_t i = 0; i < n; i += kLanes) {
+        const __mmask16 valid = n - i >= kLanes ? 0xFFFF : static_cast<__mmask16>((1u << (n - i)) - 1);
+        const __m128i white = _mm_maskz_loadu_epi8(valid, out.white + i);
+        const __mmask16 keep = _mm_mask_testn_epi8_mask(valid, white, white);
+        _mm512_storeu_si512(inks + coloured, _mm512_maskz_compress_epi32(keep, _mm512_maskz_loadu_epi32(keep, out.inks + i)));
+        _mm512_storeu_si512(nodes + coloured,
+                            _mm512_maskz_compress_epi32(keep, _mm512_maskz_loadu_epi32(keep, pass.nodes + i)));
+        _mm512_storeu_si512(roundUp + coloured,
+                            _mm512_maskz_compress_epi32(keep, _mm512_maskz_loadu_epi32(keep, pass.roundUp + i)));
+        coloured += static_cast<uint32_t>(__builtin_popcount(keep));
+    }
+    if (coloured == 0) return;
+
+    // Per coloured pixel S, E and X, and the flip in place of roundUp.
+    alignas(64) uint32_t smooth[kColourChunk + kLanes], either[kColourChunk + kLanes];
+    uint32_t* const flip = roundUp;
+    uint32_t* const own = inks;
+    const __m512i planes = _mm512_set1_epi32(static_cast<int>(smoothedPlanes));
+    __m512i nodesBefore = _mm512_set1_epi32(static_cast<int>(prevNodes));
+    __m512i flipBefore = _mm512_setzero_si512();  // the chain starts from prevInks itself
+    for (uint32_t j = 0; j < coloured; j += kLanes) {
+        const __m512i nodesNow = _mm512_load_si512(nodes + j);
+        const __m512i s = _mm512_maskz_mov_epi32(neighbours(nodesNow, _mm512_alignr_epi32(nodesNow, nodesBefore, 15)),
+                                                 planes);
+        const __m512i f = _mm512_maskz_mov_epi32(_mm512_testn_epi32_mask(_mm512_load_si512(roundUp + j),
+                                                                         _mm512_set1_epi32(kLowBits)),
+                                                 _mm512_set1_epi32(-1));
+        const __m512i x = _mm512_xor_si512(_mm512_load_si512(inks + j), f);
+        const __m512i d = _mm512_xor_si512(f, _mm512_alignr_epi32(f, flipBefore, 15));
+        _mm512_store_si512(smooth + j, s);
+        _mm512_store_si512(either + j, _mm512_ternarylogic_epi32(s, d, x, 0xCA));  // s ? d : x
+        _mm512_store_si512(own + j, x);
+        _mm512_store_si512(flip + j, f);
+        nodesBefore = nodesNow;
+        flipBefore = f;
+    }
+
+    // The chain; the results (z) over the own levels.
+    __m128i z = _mm_cvtsi32_si128(static_cast<int>(prevInks));
+    for (uint32_t j = 0; j < coloured; ++j) {
+        const __m128i a = _mm_ternarylogic_epi32(z, _mm_cvtsi32_si128(static_cast<int>(smooth[j])),
+                                                 _mm_cvtsi32_si128(static_cast<int>(either[j])), 0x6A);  // (z & S) ^ E
+        z = _mm_avg_epu8(a, _mm_cvtsi32_si128(static_cast<int>(own[j])));
+        own[j] = static_cast<uint32_t>(_mm_cvtsi128_si32(z));
+    }
+    prevInks = own[coloured - 1] ^ flip[coloured - 1];
+    prevNodes = nodes[coloured - 1];
+
+    // Unflipped and expanded back to the coloured pixels' places.
+    for (uint32_t j = 0; j < coloured; j += kLanes)
+        _mm512_store_si512(own + j, _mm512_xor_si512(_mm512_load_si512(own + j), _mm512_load_si512(flip + j)));
+    uint32_t from = 0;
+    for (uint32_t i = 0; i < n; i += kLanes) {
+        const __mmask16 valid = n - i >= kLanes ? 0xFFFF : static_cast<__mmask16>((1u << (n - i)) - 1);
+        const __m128i white = _mm_maskz_loadu_epi8(valid, out.white + i);
+        const __mmask16 keep = _mm_mask_testn_epi8_mask(valid, white, white);
+        _mm512_mask_storeu_epi32(out.inks + i, keep, _mm512_maskz_expand_epi32(keep, _mm512_loadu_si512(own + from)));
+        from += static_cast<uint32_t>(__builtin_popcount(keep));
     }
 }
 
