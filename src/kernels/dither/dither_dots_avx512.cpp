@@ -32,6 +32,15 @@ struct Table256 {
     INKDOT_AVX512 explicit Table256(const uint16_t* values) {
         for (int j = 0; j < 8; ++j) part[j] = _mm512_loadu_si512(values + 32 * j);
     }
+    // The low (half 0) or high (half 1) halves of a table of 32-bit values.
+    INKDOT_AVX512 Table256(const uint32_t* values, int half) {
+        alignas(64) uint16_t at[32];
+        for (int i = 0; i < 32; ++i) at[i] = static_cast<uint16_t>(2 * i + half);
+        const __m512i pick = _mm512_load_si512(at);
+        for (int j = 0; j < 8; ++j)
+            part[j] = _mm512_permutex2var_epi16(_mm512_loadu_si512(values + 32 * j), pick,
+                                                _mm512_loadu_si512(values + 32 * j + 16));
+    }
     INKDOT_AVX512 __m512i operator()(__m512i index) const {
         const __mmask32 bit6 = _mm512_test_epi16_mask(index, _mm512_set1_epi16(0x40));
         const __mmask32 bit7 = _mm512_test_epi16_mask(index, _mm512_set1_epi16(0x80));
@@ -76,7 +85,46 @@ INKDOT_AVX512 inline void storeFlags(uint8_t* to, __mmask32 valid, __mmask32 dot
     _mm256_mask_storeu_epi8(to, valid, _mm256_maskz_mov_epi8(dots, _mm256_set1_epi8(1)));
 }
 
+// Dot codes 0 to 3 into n <= 32 bytes: bit 1 where `high`, bit 0 where `low`.
+INKDOT_AVX512 inline void storeCodes(uint8_t* to, __mmask32 valid, __mmask32 high, __mmask32 low) {
+    const __m256i bit0 = _mm256_maskz_mov_epi8(low, _mm256_set1_epi8(1));
+    _mm256_mask_storeu_epi8(to, valid, _mm256_mask_add_epi8(bit0, high, bit0, _mm256_set1_epi8(2)));
+}
+
 }  // namespace
+
+INKDOT_AVX512 void dither2CodesAvx512(const uint32_t* cumulative, const uint32_t* total,
+                                      const uint16_t* const (&threshold)[4], const ColourChunk& chunk, uint32_t n,
+                                      uint8_t* const (&codes)[4]) {
+    const Table256 large(cumulative, 0), medium(cumulative, 1), totalLow(total, 0);
+    // Totals above 65535 pass every threshold; their high halves are looked
+    // up only where the table has such a total.
+    __m512i highHalves = _mm512_setzero_si512();
+    for (int j = 0; j < 16; ++j) highHalves = _mm512_or_si512(highHalves, _mm512_loadu_si512(total + 16 * j));
+    const bool wideTotals = _mm512_test_epi32_mask(highHalves, _mm512_set1_epi32(static_cast<int>(0xFFFF0000u))) != 0;
+    const Table256 totalHigh(total, 1);
+    const LevelPicks level;
+    for (uint32_t i = 0; i < n; i += kLanes) {
+        const __mmask32 valid = n - i >= kLanes ? ~__mmask32{0} : (__mmask32{1} << (n - i)) - 1;
+        const InkWords inks{_mm512_maskz_loadu_epi32(static_cast<__mmask16>(valid), chunk.inks + i),
+                            _mm512_maskz_loadu_epi32(static_cast<__mmask16>(valid >> 16), chunk.inks + i + 16)};
+        const __m256i white = _mm256_maskz_loadu_epi8(valid, chunk.white + i);
+        const __mmask32 coloured = _mm256_testn_epi8_mask(white, white);
+        for (unsigned k = 0; k < 4; ++k) {
+            const __m512i amount = level(inks, k);
+            const __m512i th = _mm512_maskz_loadu_epi16(valid, threshold[k] + i);
+            const __mmask32 l = _mm512_cmpgt_epu16_mask(large(amount), th);
+            const __mmask32 m = _mm512_cmpgt_epu16_mask(medium(amount), th);
+            __mmask32 s = _mm512_cmpgt_epu16_mask(totalLow(amount), th);
+            if (wideTotals) {
+                const __m512i high = totalHigh(amount);
+                s |= _mm512_test_epi16_mask(high, high);
+            }
+            // largestCode: 3 for large, 2 for medium, 1 for small alone.
+            storeCodes(codes[k] + i, valid, (l | m) & coloured, (l | (s & ~m)) & coloured);
+        }
+    }
+}
 
 INKDOT_AVX512 void dither1DotsAvx512(const uint16_t* tone, uint32_t maxT, const uint16_t* m, const ColourChunk& chunk,
                                      uint32_t n, bool plane1, uint8_t* const (&dots)[4]) {

@@ -25,6 +25,12 @@ bool ditherDotsAvx512Runs();
 // m holds the pixels' matrix values, tone the 256-entry tone table.
 void dither1DotsAvx512(const uint16_t* tone, uint32_t maxT, const uint16_t* m, const ColourChunk& chunk, uint32_t n,
                        bool plane1, uint8_t* const (&dots)[4]);
+
+// Two-bit: the dot codes (0 to 3, by the three-size rule) of the four
+// planes of a chunk's n pixels; threshold[k] holds plane k's matrix values,
+// cumulative and total are the split tone tables.
+void dither2CodesAvx512(const uint32_t* cumulative, const uint32_t* total, const uint16_t* const (&threshold)[4],
+                        const ColourChunk& chunk, uint32_t n, uint8_t* const (&codes)[4]);
 #endif
 
 }  // namespace inkdot
