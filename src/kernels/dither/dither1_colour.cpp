@@ -118,10 +118,16 @@ INKDOT_CPU_CLONES void ditherRun(const HtContext& ctx, const HtRun& run, Input i
         if (avx512) {
             uint16_t m16[kColourChunk];
             row.read(x0, n, m16);
-            dither1DotsAvx512(tone, static_cast<uint32_t>(maxT), m16, chunk, n, Plane1::kByMatrix,
-                              {dots[0], dots[1], dots[2], dots[3]});
+            uint8_t* const planes[4] = {dots[0], dots[1], dots[2], dots[3]};
+            // Whole output bytes straight from the decisions where they can go out as they are.
+            const bool packed = Plane1::kByMatrix && out.aligned() && n % 8 == 0;
+            dither1DotsAvx512(tone, static_cast<uint32_t>(maxT), m16, chunk, n, Plane1::kByMatrix, {planes, packed});
+            if (packed) {
+                out.putBytes(planes, n / 8);
+                return;
+            }
             if constexpr (!Plane1::kByMatrix) plane1.decide(chunk, nullptr, m16, maxT, x0, n, dots[1]);
-            out.put({dots[0], dots[1], dots[2], dots[3]}, n);
+            out.put(planes, n);
             return;
         }
 #endif

@@ -61,9 +61,13 @@ INKDOT_CPU_CLONES void ditherRun(const HtContext& ctx, const HtRun& run, Input i
         if (avx512) {
             uint16_t th[4][kColourChunk];
             for (unsigned k = 0; k < 4; ++k) planeRow[k].read(x0 + kPlaneColumn[k], n, th[k]);
+            uint8_t* const planes[4] = {codes[0], codes[1], codes[2], codes[3]};
+            // Whole output bytes straight from the decisions where they can go out as they are.
+            const bool packed = out.aligned() && n % 4 == 0;
             dither2CodesAvx512(ctx.splitToneCumulative, ctx.splitToneTotal, {th[0], th[1], th[2], th[3]}, chunk, n,
-                               {codes[0], codes[1], codes[2], codes[3]});
-            out.put({codes[0], codes[1], codes[2], codes[3]}, n);
+                               {planes, packed});
+            if (packed) out.putBytes(planes, n / 4);
+            else out.put(planes, n);
             return;
         }
 #endif

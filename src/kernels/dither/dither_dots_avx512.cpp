@@ -9,16 +9,20 @@
 
 #include <immintrin.h>
 
+// GCC 12's AVX-512 headers start some intrinsics from a self-initialised
+// register, which -Wmaybe-uninitialized reports once they are inlined here.
+#pragma GCC diagnostic ignored "-Wmaybe-uninitialized"
+
 namespace inkdot {
 
 bool ditherDotsAvx512Runs() {
     return __builtin_cpu_supports("avx512bw") && __builtin_cpu_supports("avx512vl") &&
-           __builtin_cpu_supports("avx512vbmi");
+           __builtin_cpu_supports("avx512vbmi") && __builtin_cpu_supports("gfni");
 }
 
 namespace {
 
-#define INKDOT_AVX512 __attribute__((target("avx512f,avx512bw,avx512vl,avx512vbmi")))
+#define INKDOT_AVX512 __attribute__((target("avx512f,avx512bw,avx512vl,avx512vbmi,gfni")))
 
 // Pixels per step: 16-bit lanes of a 512-bit register.
 constexpr uint32_t kLanes = 32;
@@ -80,22 +84,46 @@ INKDOT_AVX512 inline __mmask32 aboveDifference(__m512i t, __m512i limit, __m512i
     return mAboveLimit | _mm512_cmpgt_epu16_mask(t, _mm512_sub_epi16(limit, m));
 }
 
-// Flags 0 or 1 for the set bits of `dots`, into n <= 32 bytes.
-INKDOT_AVX512 inline void storeFlags(uint8_t* to, __mmask32 valid, __mmask32 dots) {
-    _mm256_mask_storeu_epi8(to, valid, _mm256_maskz_mov_epi8(dots, _mm256_set1_epi8(1)));
+// The first `bytes` bytes of v (at most 16).
+INKDOT_AVX512 inline void storeBytes(uint8_t* to, __m128i v, uint32_t bytes) {
+    _mm_mask_storeu_epi8(to, static_cast<__mmask16>((1u << bytes) - 1), v);
 }
 
-// Dot codes 0 to 3 into n <= 32 bytes: bit 1 where `high`, bit 0 where `low`.
-INKDOT_AVX512 inline void storeCodes(uint8_t* to, __mmask32 valid, __mmask32 high, __mmask32 low) {
+// One-bit dots of pixels i .. i + 31 (those in `valid`): flags 0 or 1 at
+// to + i, or packed at to + i / 8, the first pixel in the top bit (the bits
+// of each mask byte reversed). Packed, the pixels fill whole bytes.
+INKDOT_AVX512 inline void storeDots(const DotsOut& out, unsigned k, uint32_t i, __mmask32 valid, __mmask32 dots) {
+    if (out.packed) {
+        const __m128i reversed = _mm_gf2p8affine_epi64_epi8(_mm_cvtsi32_si128(static_cast<int>(dots)),
+                                                            _mm_set1_epi64x(0x8040201008040201), 0);
+        storeBytes(out.to[k] + i / 8, reversed, static_cast<uint32_t>(__builtin_popcount(valid)) / 8);
+    } else {
+        _mm256_mask_storeu_epi8(out.to[k] + i, valid, _mm256_maskz_mov_epi8(dots, _mm256_set1_epi8(1)));
+    }
+}
+
+// Two-bit codes 0 to 3 (bit 1 where `high`, bit 0 where `low`) likewise:
+// at to + i, or packed four to a byte at to + i / 4, by multiply-adds of
+// neighbouring codes (c0 * 4 + c1, then pairs of those * 16 + the next).
+INKDOT_AVX512 inline void storeCodes(const DotsOut& out, unsigned k, uint32_t i, __mmask32 valid, __mmask32 high,
+                                     __mmask32 low) {
     const __m256i bit0 = _mm256_maskz_mov_epi8(low, _mm256_set1_epi8(1));
-    _mm256_mask_storeu_epi8(to, valid, _mm256_mask_add_epi8(bit0, high, bit0, _mm256_set1_epi8(2)));
+    const __m256i codes = _mm256_mask_add_epi8(bit0, high, bit0, _mm256_set1_epi8(2));
+    if (out.packed) {
+        const __m256i pairs = _mm256_maddubs_epi16(codes, _mm256_set1_epi16(0x0104));
+        const __m256i fours = _mm256_madd_epi16(pairs, _mm256_set1_epi32(0x00010010));
+        storeBytes(out.to[k] + i / 4, _mm256_cvtepi32_epi8(fours),
+                   static_cast<uint32_t>(__builtin_popcount(valid)) / 4);
+    } else {
+        _mm256_mask_storeu_epi8(out.to[k] + i, valid, codes);
+    }
 }
 
 }  // namespace
 
 INKDOT_AVX512 void dither2CodesAvx512(const uint32_t* cumulative, const uint32_t* total,
                                       const uint16_t* const (&threshold)[4], const ColourChunk& chunk, uint32_t n,
-                                      uint8_t* const (&codes)[4]) {
+                                      const DotsOut& codes) {
     const Table256 large(cumulative, 0), medium(cumulative, 1), totalLow(total, 0);
     // Totals above 65535 pass every threshold; their high halves are looked
     // up only where the table has such a total.
@@ -121,13 +149,13 @@ INKDOT_AVX512 void dither2CodesAvx512(const uint32_t* cumulative, const uint32_t
                 s |= _mm512_test_epi16_mask(high, high);
             }
             // largestCode: 3 for large, 2 for medium, 1 for small alone.
-            storeCodes(codes[k] + i, valid, (l | m) & coloured, (l | (s & ~m)) & coloured);
+            storeCodes(codes, k, i, valid, (l | m) & coloured, (l | (s & ~m)) & coloured);
         }
     }
 }
 
 INKDOT_AVX512 void dither1DotsAvx512(const uint16_t* tone, uint32_t maxT, const uint16_t* m, const ColourChunk& chunk,
-                                     uint32_t n, bool plane1, uint8_t* const (&dots)[4]) {
+                                     uint32_t n, bool plane1, const DotsOut& dots) {
     const Table256 toneOf(tone);
     const LevelPicks level;
     const __m512i limit = _mm512_set1_epi16(static_cast<int16_t>(maxT));
@@ -151,10 +179,10 @@ INKDOT_AVX512 void dither1DotsAvx512(const uint16_t* tone, uint32_t maxT, const 
         const __mmask32 fromTop = aboveDifference(t0, limit, mv, mAboveLimit);
         const __mmask32 b = (overfull & fromTop) | (~overfull & afterA);
 
-        storeFlags(dots[3] + i, valid, a & coloured);
-        storeFlags(dots[0] + i, valid, b & coloured);
-        storeFlags(dots[2] + i, valid, aboveDifference(t2, limit, mv, mAboveLimit) & coloured);
-        if (plane1) storeFlags(dots[1] + i, valid, aboveDifference(toneOf(level(inks, 1)), limit, mv, mAboveLimit) & coloured);
+        storeDots(dots, 3, i, valid, a & coloured);
+        storeDots(dots, 0, i, valid, b & coloured);
+        storeDots(dots, 2, i, valid, aboveDifference(t2, limit, mv, mAboveLimit) & coloured);
+        if (plane1) storeDots(dots, 1, i, valid, aboveDifference(toneOf(level(inks, 1)), limit, mv, mAboveLimit) & coloured);
     }
 }
 

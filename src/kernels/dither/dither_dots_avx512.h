@@ -17,20 +17,28 @@
 
 namespace inkdot {
 
+// Where the decision stage puts plane k's dots: at to[k], as one flag or
+// code a byte, or `packed` as the output bytes (n then fills whole bytes).
+struct DotsOut {
+    uint8_t* const (&to)[4];
+    bool packed;
+};
+
 #ifdef INKDOT_AVX512_DITHER_DOTS
+// The CPU has AVX-512 BW, VL, VBMI and GFNI.
 bool ditherDotsAvx512Runs();
 
-// One-bit: the dot flags (0 or 1) of planes 3, 0 and 2 of a chunk's n
-// pixels, and of plane 1 where `plane1` (by the matrix from its other end);
-// m holds the pixels' matrix values, tone the 256-entry tone table.
+// One-bit: the dots of planes 3, 0 and 2 of a chunk's n pixels, and of
+// plane 1 where `plane1` (by the matrix from its other end); m holds the
+// pixels' matrix values, tone the 256-entry tone table.
 void dither1DotsAvx512(const uint16_t* tone, uint32_t maxT, const uint16_t* m, const ColourChunk& chunk, uint32_t n,
-                       bool plane1, uint8_t* const (&dots)[4]);
+                       bool plane1, const DotsOut& dots);
 
 // Two-bit: the dot codes (0 to 3, by the three-size rule) of the four
 // planes of a chunk's n pixels; threshold[k] holds plane k's matrix values,
 // cumulative and total are the split tone tables.
 void dither2CodesAvx512(const uint32_t* cumulative, const uint32_t* total, const uint16_t* const (&threshold)[4],
-                        const ColourChunk& chunk, uint32_t n, uint8_t* const (&codes)[4]);
+                        const ColourChunk& chunk, uint32_t n, const DotsOut& codes);
 #endif
 
 }  // namespace inkdot
