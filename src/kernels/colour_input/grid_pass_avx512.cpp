@@ -147,6 +147,21 @@ INKDOT_AVX512 inline __mmask16 neighbours(__m512i a, __m512i b) {
                                         _mm512_set1_epi32(0x00100401));
 }
 
+// The lanes of pixels i .. i + 15 below n.
+INKDOT_AVX512 inline __mmask16 valid(uint32_t i, uint32_t n) {
+    return n - i >= kLanes ? __mmask16{0xFFFF} : static_cast<__mmask16>((1u << (n - i)) - 1);
+}
+
+// Whether any of n white flags is set.
+INKDOT_AVX512 inline bool anyWhite(const uint8_t* white, uint32_t n) {
+    __m512i any = _mm512_setzero_si512();
+    for (uint32_t i = 0; i < n; i += 64) {
+        const __mmask64 v = n - i >= 64 ? ~__mmask64{0} : (__mmask64{1} << (n - i)) - 1;
+        any = _mm512_or_si512(any, _mm512_maskz_loadu_epi8(v, white + i));
+    }
+    return _mm512_test_epi8_mask(any, any) != 0;
+}
+
 template <class Read>
 INKDOT_AVX512 uint32_t gridPass(const Read& read, const GridPassTables& t, const uint8_t* src, uint32_t x0,
                                 uint32_t n, ColourChunk& out, GridPass& pass) {
@@ -213,41 +228,50 @@ INKDOT_AVX512 uint32_t gridPassAvx512(const GridPassTables& t, InputSpacing spac
 // branch and every pixel's neighbour is the previous coloured one.
 INKDOT_AVX512 void smoothAvx512(uint32_t smoothedPlanes, const GridPass& pass, uint32_t n, ColourChunk& out,
                                 uint32_t& prevInks, uint32_t& prevNodes) {
-    // The coloured pixels' values, one vector's slack behind the last.
+    // The coloured pixels' values: the chunk's own where no pixel is white,
+    // else compressed copies (one vector's slack behind the last).
     alignas(64) uint32_t inks[kColourChunk + kLanes], nodes[kColourChunk + kLanes], roundUp[kColourChunk + kLanes];
-    uint32_t coloured = 0;
-    for (uint32_t i = 0; i < n; i += kLanes) {
-        const __mmask16 valid = n - i >= kLanes ? 0xFFFF : static_cast<__mmask16>((1u << (n - i)) - 1);
-        const __m128i white = _mm_maskz_loadu_epi8(valid, out.white + i);
-        const __mmask16 keep = _mm_mask_testn_epi8_mask(valid, white, white);
-        _mm512_storeu_si512(inks + coloured, _mm512_maskz_compress_epi32(keep, _mm512_maskz_loadu_epi32(keep, out.inks + i)));
-        _mm512_storeu_si512(nodes + coloured,
-                            _mm512_maskz_compress_epi32(keep, _mm512_maskz_loadu_epi32(keep, pass.nodes + i)));
-        _mm512_storeu_si512(roundUp + coloured,
-                            _mm512_maskz_compress_epi32(keep, _mm512_maskz_loadu_epi32(keep, pass.roundUp + i)));
-        coloured += static_cast<uint32_t>(__builtin_popcount(keep));
+    const uint32_t* nodesOf = pass.nodes;
+    const uint32_t* roundUpOf = pass.roundUp;
+    uint32_t* own = out.inks;
+    uint32_t coloured = n;
+    if (anyWhite(out.white, n)) {
+        coloured = 0;
+        for (uint32_t i = 0; i < n; i += kLanes) {
+            const __m128i white = _mm_maskz_loadu_epi8(valid(i, n), out.white + i);
+            const __mmask16 keep = _mm_mask_testn_epi8_mask(valid(i, n), white, white);
+            _mm512_storeu_si512(inks + coloured,
+                                _mm512_maskz_compress_epi32(keep, _mm512_maskz_loadu_epi32(keep, out.inks + i)));
+            _mm512_storeu_si512(nodes + coloured,
+                                _mm512_maskz_compress_epi32(keep, _mm512_maskz_loadu_epi32(keep, pass.nodes + i)));
+            _mm512_storeu_si512(roundUp + coloured,
+                                _mm512_maskz_compress_epi32(keep, _mm512_maskz_loadu_epi32(keep, pass.roundUp + i)));
+            coloured += static_cast<uint32_t>(__builtin_popcount(keep));
+        }
+        if (coloured == 0) return;
+        nodesOf = nodes;
+        roundUpOf = roundUp;
+        own = inks;
     }
-    if (coloured == 0) return;
 
-    // Per coloured pixel S, E and X, and the flip in place of roundUp.
-    alignas(64) uint32_t smooth[kColourChunk + kLanes], either[kColourChunk + kLanes];
-    uint32_t* const flip = roundUp;
-    uint32_t* const own = inks;
+    // Per coloured pixel S, E and X (the last in place of the levels), and the flip.
+    alignas(64) uint32_t smooth[kColourChunk + kLanes], either[kColourChunk + kLanes], flip[kColourChunk + kLanes];
     const __m512i planes = _mm512_set1_epi32(static_cast<int>(smoothedPlanes));
     __m512i nodesBefore = _mm512_set1_epi32(static_cast<int>(prevNodes));
     __m512i flipBefore = _mm512_setzero_si512();  // the chain starts from prevInks itself
     for (uint32_t j = 0; j < coloured; j += kLanes) {
-        const __m512i nodesNow = _mm512_load_si512(nodes + j);
+        const __mmask16 v = valid(j, coloured);
+        const __m512i nodesNow = _mm512_maskz_loadu_epi32(v, nodesOf + j);
         const __m512i s = _mm512_maskz_mov_epi32(neighbours(nodesNow, _mm512_alignr_epi32(nodesNow, nodesBefore, 15)),
                                                  planes);
-        const __m512i f = _mm512_maskz_mov_epi32(_mm512_testn_epi32_mask(_mm512_load_si512(roundUp + j),
+        const __m512i f = _mm512_maskz_mov_epi32(_mm512_testn_epi32_mask(_mm512_maskz_loadu_epi32(v, roundUpOf + j),
                                                                          _mm512_set1_epi32(kLowBits)),
                                                  _mm512_set1_epi32(-1));
-        const __m512i x = _mm512_xor_si512(_mm512_load_si512(inks + j), f);
+        const __m512i x = _mm512_xor_si512(_mm512_maskz_loadu_epi32(v, own + j), f);
         const __m512i d = _mm512_xor_si512(f, _mm512_alignr_epi32(f, flipBefore, 15));
         _mm512_store_si512(smooth + j, s);
         _mm512_store_si512(either + j, _mm512_ternarylogic_epi32(s, d, x, 0xCA));  // s ? d : x
-        _mm512_store_si512(own + j, x);
+        _mm512_mask_storeu_epi32(own + j, v, x);
         _mm512_store_si512(flip + j, f);
         nodesBefore = nodesNow;
         flipBefore = f;
@@ -262,16 +286,19 @@ INKDOT_AVX512 void smoothAvx512(uint32_t smoothedPlanes, const GridPass& pass, u
         own[j] = static_cast<uint32_t>(_mm_cvtsi128_si32(z));
     }
     prevInks = own[coloured - 1] ^ flip[coloured - 1];
-    prevNodes = nodes[coloured - 1];
+    prevNodes = nodesOf[coloured - 1];
 
-    // Unflipped and expanded back to the coloured pixels' places.
-    for (uint32_t j = 0; j < coloured; j += kLanes)
-        _mm512_store_si512(own + j, _mm512_xor_si512(_mm512_load_si512(own + j), _mm512_load_si512(flip + j)));
+    // Unflipped, and expanded back to the coloured pixels' places.
+    for (uint32_t j = 0; j < coloured; j += kLanes) {
+        const __mmask16 v = valid(j, coloured);
+        _mm512_mask_storeu_epi32(own + j, v,
+                                 _mm512_xor_si512(_mm512_maskz_loadu_epi32(v, own + j), _mm512_load_si512(flip + j)));
+    }
+    if (own == out.inks) return;
     uint32_t from = 0;
     for (uint32_t i = 0; i < n; i += kLanes) {
-        const __mmask16 valid = n - i >= kLanes ? 0xFFFF : static_cast<__mmask16>((1u << (n - i)) - 1);
-        const __m128i white = _mm_maskz_loadu_epi8(valid, out.white + i);
-        const __mmask16 keep = _mm_mask_testn_epi8_mask(valid, white, white);
+        const __m128i white = _mm_maskz_loadu_epi8(valid(i, n), out.white + i);
+        const __mmask16 keep = _mm_mask_testn_epi8_mask(valid(i, n), white, white);
         _mm512_mask_storeu_epi32(out.inks + i, keep, _mm512_maskz_expand_epi32(keep, _mm512_loadu_si512(own + from)));
         from += static_cast<uint32_t>(__builtin_popcount(keep));
     }
