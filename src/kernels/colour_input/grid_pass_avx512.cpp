@@ -29,11 +29,15 @@ namespace {
 #define INKDOT_AVX512 __attribute__((target("avx512f,avx512bw,avx512vl,avx512vbmi")))
 
 constexpr uint32_t kLanes = 16;
-// The low byte of every 32-bit lane.
+// The low byte of every 32-bit lane, and the low byte of each of its words.
 constexpr __mmask64 kLowBytes = 0x1111111111111111ull;
+constexpr __mmask64 kWordLowBytes = 0x5555555555555555ull;
 
+// The sixteen pixels' bytes: bytes 0 and 1 as the words of each 32-bit lane
+// (so that one cell look-up serves both), byte 2 by itself.
 struct Channels {
-    __m512i b[3];
+    __m512i pair;
+    __m512i third;
 };
 
 // Lane d's number, d = 0..15.
@@ -41,58 +45,57 @@ INKDOT_AVX512 inline __m512i laneNumbers() {
     return _mm512_setr_epi32(0, 1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11, 12, 13, 14, 15);
 }
 
-// Byte k from each lane's pixel offset on.
-INKDOT_AVX512 inline __m512i offsets(__m512i lane, int k) {
-    return _mm512_add_epi32(lane, _mm512_set1_epi32(k));
-}
+// Byte picks from each lane's pixel offset: bytes k and k + 1 into the low
+// bytes of the lane's two words, or byte k into the lane's low byte.
+struct Picks {
+    __m512i pair, third;
+    INKDOT_AVX512 Picks(__m512i offset, int k) {
+        pair = _mm512_add_epi32(_mm512_mullo_epi32(_mm512_add_epi32(offset, _mm512_set1_epi32(k)),
+                                                   _mm512_set1_epi32(0x10001)),
+                                _mm512_set1_epi32(0x10000));
+        third = _mm512_add_epi32(offset, _mm512_set1_epi32(k + 2));
+    }
+    INKDOT_AVX512 Channels operator()(__m512i bytes) const {
+        return {_mm512_maskz_permutexvar_epi8(kWordLowBytes, pair, bytes),
+                _mm512_maskz_permutexvar_epi8(kLowBytes, third, bytes)};
+    }
+    INKDOT_AVX512 Channels operator()(__m512i low, __m512i high) const {
+        return {_mm512_maskz_permutex2var_epi8(kWordLowBytes, low, pair, high),
+                _mm512_maskz_permutex2var_epi8(kLowBytes, low, third, high)};
+    }
+};
 
 // One input pixel per output pixel: 48 bytes.
 struct OnePerPixel {
-    __m512i at[3];
-    INKDOT_AVX512 OnePerPixel() {
-        const __m512i lane = _mm512_mullo_epi32(laneNumbers(), _mm512_set1_epi32(3));
-        for (int k = 0; k < 3; ++k) at[k] = offsets(lane, k);
-    }
+    Picks picks;
+    INKDOT_AVX512 OnePerPixel() : picks(_mm512_mullo_epi32(laneNumbers(), _mm512_set1_epi32(3)), 0) {}
     INKDOT_AVX512 Channels operator()(const uint8_t* src, uint32_t i) const {
-        const __m512i bytes = _mm512_maskz_loadu_epi8((__mmask64{1} << 48) - 1, src + 3 * i);
-        Channels c;
-        for (int k = 0; k < 3; ++k) c.b[k] = _mm512_maskz_permutexvar_epi8(kLowBytes, at[k], bytes);
-        return c;
+        return picks(_mm512_maskz_loadu_epi8((__mmask64{1} << 48) - 1, src + 3 * i));
     }
 };
 
 // Doubling: output pixels 2j and 2j + 1 read input pixel j (i is even): 24 bytes.
 struct Doubled {
-    __m512i at[3];
-    INKDOT_AVX512 Doubled() {
-        const __m512i lane = _mm512_mullo_epi32(_mm512_srli_epi32(laneNumbers(), 1), _mm512_set1_epi32(3));
-        for (int k = 0; k < 3; ++k) at[k] = offsets(lane, k);
-    }
+    Picks picks;
+    INKDOT_AVX512 Doubled() : picks(_mm512_mullo_epi32(_mm512_srli_epi32(laneNumbers(), 1), _mm512_set1_epi32(3)), 0) {}
     INKDOT_AVX512 Channels operator()(const uint8_t* src, uint32_t i) const {
-        const __m512i bytes = _mm512_maskz_loadu_epi8((__mmask64{1} << 24) - 1, src + 3 * (i / 2));
-        Channels c;
-        for (int k = 0; k < 3; ++k) c.b[k] = _mm512_maskz_permutexvar_epi8(kLowBytes, at[k], bytes);
-        return c;
+        return picks(_mm512_maskz_loadu_epi8((__mmask64{1} << 24) - 1, src + 3 * (i / 2)));
     }
 };
 
 // Halving: output pixel j reads the pair 2j, 2j + 1, byte by byte the
 // smaller: 96 bytes, the first and the second pixel of each pair picked apart.
 struct Halved {
-    __m512i first[3], second[3];
-    INKDOT_AVX512 Halved() {
-        const __m512i lane = _mm512_mullo_epi32(laneNumbers(), _mm512_set1_epi32(6));
-        for (int k = 0; k < 3; ++k) first[k] = offsets(lane, k), second[k] = offsets(lane, k + 3);
-    }
+    Picks first, second;
+    INKDOT_AVX512 Halved()
+        : first(_mm512_mullo_epi32(laneNumbers(), _mm512_set1_epi32(6)), 0),
+          second(_mm512_mullo_epi32(laneNumbers(), _mm512_set1_epi32(6)), 3) {}
     INKDOT_AVX512 Channels operator()(const uint8_t* src, uint32_t i) const {
         const uint8_t* px = src + 6 * i;
         const __m512i low = _mm512_loadu_si512(px);
         const __m512i high = _mm512_maskz_loadu_epi8((__mmask64{1} << 32) - 1, px + 64);
-        Channels c;
-        for (int k = 0; k < 3; ++k)
-            c.b[k] = _mm512_min_epu8(_mm512_maskz_permutex2var_epi8(kLowBytes, low, first[k], high),
-                                     _mm512_maskz_permutex2var_epi8(kLowBytes, low, second[k], high));
-        return c;
+        const Channels a = first(low, high), b = second(low, high);
+        return {_mm512_min_epu8(a.pair, b.pair), _mm512_min_epu8(a.third, b.third)};
     }
 };
 
@@ -110,31 +113,33 @@ INKDOT_AVX512 inline __m512i matrixValues(const GridPassTables& t, uint32_t colu
 // The cell table's 256 entries (lower node, weight) as 16-bit words in
 // eight registers; a look-up by the byte in each lane's low word: a
 // two-register permutation covers 64 entries, bits 6 and 7 choose among four.
+// Each 16-bit word looks up by itself.
 struct Cells {
     __m512i part[8];
     INKDOT_AVX512 explicit Cells(const uint8_t* cells) {
         for (int j = 0; j < 8; ++j) part[j] = _mm512_loadu_si512(cells + 64 * j);
     }
     INKDOT_AVX512 __m512i operator()(__m512i b) const {
-        const __mmask32 bit6 = _mm512_test_epi16_mask(b, _mm512_set1_epi32(0x40));
-        const __mmask32 bit7 = _mm512_test_epi16_mask(b, _mm512_set1_epi32(0x80));
+        const __mmask32 bit6 = _mm512_test_epi16_mask(b, _mm512_set1_epi16(0x40));
+        const __mmask32 bit7 = _mm512_test_epi16_mask(b, _mm512_set1_epi16(0x80));
         const __m512i low = _mm512_mask_mov_epi16(_mm512_permutex2var_epi16(part[0], b, part[1]), bit6,
                                                   _mm512_permutex2var_epi16(part[2], b, part[3]));
         const __m512i high = _mm512_mask_mov_epi16(_mm512_permutex2var_epi16(part[4], b, part[5]), bit6,
                                                    _mm512_permutex2var_epi16(part[6], b, part[7]));
-        return _mm512_mask_mov_epi16(low, bit7, high);  // the lane's high word is not read
+        return _mm512_mask_mov_epi16(low, bit7, high);
     }
 };
 
-// node(b, q): the entry's lower node, plus one where q reaches its weight,
-// held at lastNode (see the AVX2 pass).
+// node(b, q) of every word: the entry's lower node, plus one where q
+// reaches its weight, held at lastNode (see the AVX2 pass; every value
+// is below 512, so the 16-bit words hold them, and lastNode is taken to
+// at most 0xFFFF).
 INKDOT_AVX512 inline __m512i node(const Cells& cells, __m512i b, __m512i q, __m512i lastNode) {
     const __m512i entry = cells(b);
-    const __m512i lower = _mm512_and_si512(entry, _mm512_set1_epi32(0xFF));
-    const __m512i weight = _mm512_and_si512(_mm512_srli_epi32(entry, 8), _mm512_set1_epi32(0xFF));
-    const __mmask16 down = _mm512_cmpgt_epi32_mask(weight, q);
-    const __m512i up = _mm512_mask_mov_epi32(_mm512_add_epi32(lower, _mm512_set1_epi32(1)), down, lower);
-    return _mm512_min_epu32(up, lastNode);
+    const __m512i lower = _mm512_and_si512(entry, _mm512_set1_epi16(0xFF));
+    const __mmask32 down = _mm512_cmpgt_epu16_mask(_mm512_srli_epi16(entry, 8), q);
+    const __m512i up = _mm512_mask_mov_epi16(_mm512_add_epi16(lower, _mm512_set1_epi16(1)), down, lower);
+    return _mm512_min_epu16(up, lastNode);
 }
 
 // neighbourMask on sixteen lanes, as a lane mask.
@@ -166,23 +171,24 @@ template <class Read>
 INKDOT_AVX512 uint32_t gridPass(const Read& read, const GridPassTables& t, const uint8_t* src, uint32_t x0,
                                 uint32_t n, ColourChunk& out, GridPass& pass) {
     const Cells cells(t.cells);
-    const __m512i lastNode = _mm512_set1_epi32(static_cast<int>(t.lastNode));
+    const __m512i lastNode = _mm512_set1_epi16(static_cast<int16_t>(t.lastNode > 0xFFFF ? 0xFFFF : t.lastNode));
     const __m128i shift = _mm_cvtsi32_si128(static_cast<int>(t.shift));
     const __m512i roundBit = _mm512_set1_epi32(1 << t.roundBit);
     const __m512i two = _mm512_set1_epi32(2);
+    const __m512i lowWord = _mm512_set1_epi32(0xFFFF);
     alignas(64) uint32_t entries[kColourChunk];
     uint32_t i = 0;
     for (; i + kLanes <= n; i += kLanes) {
         const Channels c = read(src, i);
-        const __m512i b0 = c.b[0], b1 = c.b[1], b2 = c.b[2];
-        const __mmask16 white =
-            _mm512_cmpeq_epi32_mask(_mm512_add_epi32(_mm512_add_epi32(b0, b1), b2), _mm512_set1_epi32(3 * 255));
+        const __mmask16 white = _mm512_cmpeq_epi32_mask(c.pair, _mm512_set1_epi32(0x00FF00FF)) &
+                                _mm512_cmpeq_epi32_mask(c.third, _mm512_set1_epi32(255));
 
         const __m512i m = matrixValues(t, x0 + i + t.column);
         const __m512i q = _mm512_and_si512(_mm512_srl_epi32(m, shift), _mm512_set1_epi32(0xFE));
-        const __m512i i0 = node(cells, b0, q, lastNode);
-        const __m512i i1 = node(cells, b1, q, lastNode);
-        const __m512i i2 = node(cells, b2, q, lastNode);
+        const __m512i i01 = node(cells, c.pair, _mm512_or_si512(q, _mm512_slli_epi32(q, 16)), lastNode);
+        const __m512i i0 = _mm512_and_si512(i01, lowWord);
+        const __m512i i1 = _mm512_srli_epi32(i01, 16);
+        const __m512i i2 = _mm512_and_si512(node(cells, c.third, q, lastNode), lowWord);
         const __m512i entry = _mm512_and_si512(
             _mm512_add_epi32(_mm512_add_epi32(_mm512_slli_epi32(i2, 10), _mm512_slli_epi32(i1, 5)), i0),
             _mm512_set1_epi32(0x7FFF));
