@@ -12,6 +12,7 @@
 
 #include <algorithm>
 
+#include "kernels/colour_input/table256_avx512.h"
 #include "kernels/grid_node.h"
 
 // GCC 12's AVX-512 headers start some intrinsics from a self-initialised
@@ -112,31 +113,11 @@ INKDOT_AVX512 inline __m512i matrixValues(const GridPassTables& t, uint32_t colu
     return _mm512_load_si512(m);
 }
 
-// The cell table's 256 entries (lower node, weight) as 16-bit words in
-// eight registers; a look-up by the byte in each lane's low word: a
-// two-register permutation covers 64 entries, bits 6 and 7 choose among four.
-// Each 16-bit word looks up by itself.
-struct Cells {
-    __m512i part[8];
-    INKDOT_AVX512 explicit Cells(const uint8_t* cells) {
-        for (int j = 0; j < 8; ++j) part[j] = _mm512_loadu_si512(cells + 64 * j);
-    }
-    INKDOT_AVX512 __m512i operator()(__m512i b) const {
-        const __mmask32 bit6 = _mm512_test_epi16_mask(b, _mm512_set1_epi16(0x40));
-        const __mmask32 bit7 = _mm512_test_epi16_mask(b, _mm512_set1_epi16(0x80));
-        const __m512i low = _mm512_mask_mov_epi16(_mm512_permutex2var_epi16(part[0], b, part[1]), bit6,
-                                                  _mm512_permutex2var_epi16(part[2], b, part[3]));
-        const __m512i high = _mm512_mask_mov_epi16(_mm512_permutex2var_epi16(part[4], b, part[5]), bit6,
-                                                   _mm512_permutex2var_epi16(part[6], b, part[7]));
-        return _mm512_mask_mov_epi16(low, bit7, high);
-    }
-};
-
 // node(b, q) of every word: the entry's lower node, plus one where q
 // reaches its weight, held at lastNode (see the AVX2 pass; every value
 // is below 512, so the 16-bit words hold them, and lastNode is taken to
 // at most 0xFFFF).
-INKDOT_AVX512 inline __m512i node(const Cells& cells, __m512i b, __m512i q, __m512i lastNode) {
+INKDOT_AVX512 inline __m512i node(const Table256& cells, __m512i b, __m512i q, __m512i lastNode) {
     const __m512i entry = cells(b);
     const __m512i lower = _mm512_and_si512(entry, _mm512_set1_epi16(0xFF));
     const __mmask32 down = _mm512_cmpgt_epu16_mask(_mm512_srli_epi16(entry, 8), q);
@@ -199,7 +180,7 @@ INKDOT_AVX512 inline __m128i chainStep(__m128i z, uint32_t j, const uint32_t* sm
 template <class Read>
 INKDOT_AVX512 uint32_t gridPass(const Read& read, const GridPassTables& t, const uint8_t* src, uint32_t x0,
                                 uint32_t n, ColourChunk& out, GridPass& pass) {
-    const Cells cells(t.cells);
+    const Table256 cells(t.cells);  // the cell entries (lower node, weight) as words
     const __m512i lastNode = _mm512_set1_epi16(static_cast<int16_t>(t.lastNode > 0xFFFF ? 0xFFFF : t.lastNode));
     const __m128i shift = _mm_cvtsi32_si128(static_cast<int>(t.shift));
     const __m512i roundBit = _mm512_set1_epi32(1 << t.roundBit);

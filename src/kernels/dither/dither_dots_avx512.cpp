@@ -9,6 +9,8 @@
 
 #include <immintrin.h>
 
+#include "kernels/colour_input/table256_avx512.h"
+
 // GCC 12's AVX-512 headers start some intrinsics from a self-initialised
 // register, which -Wmaybe-uninitialized reports once they are inlined here.
 #pragma GCC diagnostic ignored "-Wmaybe-uninitialized"
@@ -27,34 +29,17 @@ namespace {
 // Pixels per step: 16-bit lanes of a 512-bit register.
 constexpr uint32_t kLanes = 32;
 
-// A 256-entry table of 16-bit values in eight registers; a look-up by the
-// low byte of each lane: a two-register permutation covers 64 entries, and
-// bits 6 and 7 of the byte choose among the four.
-struct Table256 {
-    __m512i part[8];
-
-    INKDOT_AVX512 explicit Table256(const uint16_t* values) {
-        for (int j = 0; j < 8; ++j) part[j] = _mm512_loadu_si512(values + 32 * j);
-    }
-    // The low (half 0) or high (half 1) halves of a table of 32-bit values.
-    INKDOT_AVX512 Table256(const uint32_t* values, int half) {
-        alignas(64) uint16_t at[32];
-        for (int i = 0; i < 32; ++i) at[i] = static_cast<uint16_t>(2 * i + half);
-        const __m512i pick = _mm512_load_si512(at);
-        for (int j = 0; j < 8; ++j)
-            part[j] = _mm512_permutex2var_epi16(_mm512_loadu_si512(values + 32 * j), pick,
-                                                _mm512_loadu_si512(values + 32 * j + 16));
-    }
-    INKDOT_AVX512 __m512i operator()(__m512i index) const {
-        const __mmask32 bit6 = _mm512_test_epi16_mask(index, _mm512_set1_epi16(0x40));
-        const __mmask32 bit7 = _mm512_test_epi16_mask(index, _mm512_set1_epi16(0x80));
-        const __m512i low = _mm512_mask_mov_epi16(_mm512_permutex2var_epi16(part[0], index, part[1]), bit6,
-                                                  _mm512_permutex2var_epi16(part[2], index, part[3]));
-        const __m512i high = _mm512_mask_mov_epi16(_mm512_permutex2var_epi16(part[4], index, part[5]), bit6,
-                                                   _mm512_permutex2var_epi16(part[6], index, part[7]));
-        return _mm512_mask_mov_epi16(low, bit7, high);
-    }
-};
+// The low (half 0) or high (half 1) 16 bits of a table of 256 32-bit values.
+INKDOT_AVX512 inline Table256 halves(const uint32_t* values, int half) {
+    alignas(64) uint16_t at[32];
+    for (int i = 0; i < 32; ++i) at[i] = static_cast<uint16_t>(2 * i + half);
+    const __m512i pick = _mm512_load_si512(at);
+    Table256 table;
+    for (int j = 0; j < 8; ++j)
+        table.part[j] = _mm512_permutex2var_epi16(_mm512_loadu_si512(values + 32 * j), pick,
+                                                  _mm512_loadu_si512(values + 32 * j + 16));
+    return table;
+}
 
 // The ink words of 32 pixels: pixels 0..15 and 16..31.
 struct InkWords {
@@ -124,13 +109,13 @@ INKDOT_AVX512 inline void storeCodes(const DotsOut& out, unsigned k, uint32_t i,
 INKDOT_AVX512 void dither2CodesAvx512(const uint32_t* cumulative, const uint32_t* total,
                                       const uint16_t* const (&threshold)[4], const ColourChunk& chunk, uint32_t n,
                                       const DotsOut& codes) {
-    const Table256 large(cumulative, 0), medium(cumulative, 1), totalLow(total, 0);
+    const Table256 large = halves(cumulative, 0), medium = halves(cumulative, 1), totalLow = halves(total, 0);
     // Totals above 65535 pass every threshold; their high halves are looked
     // up only where the table has such a total.
     __m512i highHalves = _mm512_setzero_si512();
     for (int j = 0; j < 16; ++j) highHalves = _mm512_or_si512(highHalves, _mm512_loadu_si512(total + 16 * j));
     const bool wideTotals = _mm512_test_epi32_mask(highHalves, _mm512_set1_epi32(static_cast<int>(0xFFFF0000u))) != 0;
-    const Table256 totalHigh(total, 1);
+    const Table256 totalHigh = halves(total, 1);
     const LevelPicks level;
     for (uint32_t i = 0; i < n; i += kLanes) {
         const __mmask32 valid = n - i >= kLanes ? ~__mmask32{0} : (__mmask32{1} << (n - i)) - 1;
