@@ -3,7 +3,8 @@
 // read one per output pixel, doubled or halved; it runs only where the CPU
 // has one of them (asked once per chunk), and the portable loop does the
 // rest. Same results, bit for bit: every step is the integer arithmetic of
-// the portable loop on 32-bit lanes.
+// the portable loop on vector lanes wide enough for its values. With
+// AVX-512 the serial smoothing has a vector form too (smoothAvx512).
 #pragma once
 
 #include <cstdint>

@@ -1,8 +1,9 @@
 // The decision stage of the colour dither kernels written with AVX-512, 32
 // pixels at a time in 16-bit lanes: the tone look-ups are byte-indexed
 // permutations over the 256-entry table held in registers, the matrix
-// compares give mask registers, and the masks become the chunk's dot flags.
-// It runs only where the CPU has AVX-512 BW and VBMI (asked once per run);
+// compares give mask registers, and the masks become the chunk's dot flags
+// or, where the packer is at a byte boundary, the output bytes themselves.
+// It runs only where the CPU has AVX-512 BW, VBMI and GFNI (asked once per run);
 // the portable chunk loops do the rest. Same results, bit for bit: every
 // compare of the portable loops, made exact on unsigned 16-bit lanes.
 #pragma once
