@@ -18,7 +18,9 @@
 // GCC 12's AVX-512 headers start some intrinsics from a self-initialised
 // register (_mm512_undefined_epi32), which -Wmaybe-uninitialized reports
 // once they are inlined here.
+#if !defined(__clang__)
 #pragma GCC diagnostic ignored "-Wmaybe-uninitialized"
+#endif
 
 namespace inkdot {
 

@@ -13,7 +13,9 @@
 
 // GCC 12's AVX-512 headers start some intrinsics from a self-initialised
 // register, which -Wmaybe-uninitialized reports once they are inlined here.
+#if !defined(__clang__)
 #pragma GCC diagnostic ignored "-Wmaybe-uninitialized"
+#endif
 
 namespace inkdot {
 
