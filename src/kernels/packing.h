@@ -61,6 +61,14 @@ public:
         for (; i < n; ++i) putOne(values, i);
     }
 
+    // Whether the byte being assembled is empty: output bytes made whole
+    // elsewhere can then go out as they are (putBytes).
+    bool aligned() const { return mask_ == kFirstMask; }
+    void putBytes(const uint8_t* const (&bytes)[Planes], uint32_t count) {
+        for (unsigned k = 0; k < Planes; ++k) std::memcpy(plane(k), bytes[k], count);
+        out_ += count;
+    }
+
     // Moves to the next pixel; a full byte goes out to every plane.
     void next() {
         mask_ >>= Bits;

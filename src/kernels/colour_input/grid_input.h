@@ -20,7 +20,7 @@
 
 #include "halftone/ht_context.h"
 #include "kernels/colour_input/colour_chunk.h"
-#include "kernels/colour_input/grid_pass_avx2.h"
+#include "kernels/colour_input/grid_pass.h"
 #include "kernels/force_inline.h"
 #include "kernels/grid_node.h"
 #include "kernels/matrix_row.h"
@@ -64,11 +64,17 @@ public:
     template <class Source>
     INKDOT_FORCE_INLINE void convert(const Source& in, uint32_t first, uint32_t x0, uint32_t n, ColourChunk& out) {
         GridPass pass;
-#ifdef INKDOT_AVX2_GRID_PASS
+#ifdef INKDOT_SIMD_GRID_PASS
         if (in.pixelBytes == kRgbPixelBytes && in.shift <= (Source::kHalving ? 0 : 1) && gridPassAvx2Runs()) {
             const InputSpacing spacing = Source::kHalving ? InputSpacing::kHalved
                                          : in.shift == 1  ? InputSpacing::kDoubled
                                                           : InputSpacing::kOnePerPixel;
+            if (gridPassAvx512Runs()) {
+                const uint32_t done = gridPassAvx512(passTables(), spacing, in.at(first), x0, n, prevNodes_, out, pass);
+                perPixel<false>(in, first, x0, done, n, out, pass);
+                smoothAvx512(kPolicy.smoothedPlanes, pass, n, out, prevInks_, prevNodes_);
+                return;
+            }
             const uint32_t done = gridPassAvx2(passTables(), spacing, in.at(first), x0, n, prevNodes_, out, pass);
             perPixel<true>(in, first, x0, done, n, out, pass);
             smooth<true>(pass, n, out);

@@ -1,9 +1,9 @@
 // The AVX2 grid pass. Each step is the portable loop's on eight 32-bit lanes:
 // the same integers, so the same results (no rounding, no saturation: every
 // intermediate value fits its lane).
-#include "kernels/colour_input/grid_pass_avx2.h"
+#include "kernels/colour_input/grid_pass.h"
 
-#ifdef INKDOT_AVX2_GRID_PASS
+#ifdef INKDOT_SIMD_GRID_PASS
 
 #include <immintrin.h>
 

@@ -17,6 +17,7 @@
 #include "kernels/diffusion/pattern_choice.h"
 #include "kernels/diffusion/perturbation.h"
 #include "kernels/diffusion/spread_patterns.h"
+#include "kernels/dither/dither_dots_avx512.h"
 #include "kernels/force_inline.h"
 #include "kernels/kernels.h"
 #include "kernels/packing.h"
@@ -31,9 +32,11 @@ inline uint8_t dotPattern(bool printed) { return static_cast<uint8_t>(-static_ca
 // Plane 1 by the matrix, read from its other end (cells above maxT - tone),
 // so that it does not pile onto the cells that planes 3 and 0 take first.
 struct MatrixPlane1 {
+    static constexpr bool kByMatrix = true;
+
     // Plane 1's dots of a chunk: per pixel, its tone value and matrix value.
     void decide(const ColourChunk& chunk, const int32_t* tone1, const int32_t* m, int32_t maxT, uint32_t,
-                uint32_t n, uint8_t* dots) {
+                uint32_t n, uint8_t* dots) const {
         for (uint32_t i = 0; i < n; ++i) dots[i] = (tone1[i] > maxT - m[i]) & !chunk.white[i];
     }
 };
@@ -44,6 +47,8 @@ struct MatrixPlane1 {
 // no continuity rule: its error line is never cleared.
 class DiffusedPlane1 {
 public:
+    static constexpr bool kByMatrix = false;
+
     explicit DiffusedPlane1(HtContext& ctx)
         : line_(errorLine(ctx, 0)),
           edThreshold_(slotData<int16_t>(ctx, kEdThresholdTable)),
@@ -52,7 +57,8 @@ public:
 
     // Plane 1's dots of a chunk of pixels from column x0 on, one after the
     // other along the error chain. A white pixel drops the error pending in its cell.
-    void decide(const ColourChunk& chunk, const int32_t*, const int32_t* m, int32_t, uint32_t x0, uint32_t n,
+    template <class Matrix>
+    void decide(const ColourChunk& chunk, const int32_t*, const Matrix* m, int32_t, uint32_t x0, uint32_t n,
                 uint8_t* dots) {
         for (uint32_t i = 0; i < n; ++i) {
             if (chunk.white[i]) {
@@ -104,7 +110,27 @@ INKDOT_CPU_CLONES void ditherRun(const HtContext& ctx, const HtRun& run, Input i
     int32_t tones[4][kColourChunk];
     int32_t m[kColourChunk];
     uint8_t dots[4][kColourChunk];
+#ifdef INKDOT_AVX512_DITHER_DOTS
+    const bool avx512 = ditherDotsAvx512Runs();
+#endif
     forEachChunk(input, in, startX, mainCount, chunk, [&](uint32_t x0, uint32_t n) INKDOT_INLINE_LAMBDA {
+#ifdef INKDOT_AVX512_DITHER_DOTS
+        if (avx512) {
+            uint16_t m16[kColourChunk];
+            row.read(x0, n, m16);
+            uint8_t* const planes[4] = {dots[0], dots[1], dots[2], dots[3]};
+            // Whole output bytes straight from the decisions where they can go out as they are.
+            const bool packed = Plane1::kByMatrix && out.aligned() && n % 8 == 0;
+            dither1DotsAvx512(tone, static_cast<uint32_t>(maxT), m16, chunk, n, Plane1::kByMatrix, {planes, packed});
+            if (packed) {
+                out.putBytes(planes, n / 8);
+                return;
+            }
+            if constexpr (!Plane1::kByMatrix) plane1.decide(chunk, nullptr, m16, maxT, x0, n, dots[1]);
+            out.put(planes, n);
+            return;
+        }
+#endif
         row.read(x0, n, m);
         for (uint32_t i = 0; i < n; ++i)
             for (unsigned k = 0; k < 4; ++k) tones[k][i] = tone[inkLevel(chunk.inks[i], k)];

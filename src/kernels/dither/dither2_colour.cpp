@@ -10,6 +10,7 @@
 #include "kernels/cpu_clones.h"
 #include "kernels/force_inline.h"
 #include "kernels/matrix_row.h"
+#include "kernels/dither/dither_dots_avx512.h"
 #include "kernels/dither/three_size_code.h"
 #include "kernels/kernels.h"
 #include "kernels/packing.h"
@@ -52,7 +53,24 @@ INKDOT_CPU_CLONES void ditherRun(const HtContext& ctx, const HtRun& run, Input i
     uint32_t total[4][kColourChunk];
     uint32_t threshold[kColourChunk];
     uint8_t codes[4][kColourChunk];
+#ifdef INKDOT_AVX512_DITHER_DOTS
+    const bool avx512 = ditherDotsAvx512Runs();
+#endif
     forEachChunk(input, in, startX, mainCount, chunk, [&](uint32_t x0, uint32_t n) INKDOT_INLINE_LAMBDA {
+#ifdef INKDOT_AVX512_DITHER_DOTS
+        if (avx512) {
+            uint16_t th[4][kColourChunk];
+            for (unsigned k = 0; k < 4; ++k) planeRow[k].read(x0 + kPlaneColumn[k], n, th[k]);
+            uint8_t* const planes[4] = {codes[0], codes[1], codes[2], codes[3]};
+            // Whole output bytes straight from the decisions where they can go out as they are.
+            const bool packed = out.aligned() && n % 4 == 0;
+            dither2CodesAvx512(ctx.splitToneCumulative, ctx.splitToneTotal, {th[0], th[1], th[2], th[3]}, chunk, n,
+                               {planes, packed});
+            if (packed) out.putBytes(planes, n / 4);
+            else out.put(planes, n);
+            return;
+        }
+#endif
         // The look-ups pixel by pixel, all four planes of an ink word at once.
         for (uint32_t i = 0; i < n; ++i) {
             const uint32_t inks = chunk.inks[i];
