@@ -8,6 +8,7 @@
 #include <random>
 #include <vector>
 
+#include "kernels/vector_paths.h"
 #include "support/hand_context.h"
 
 namespace inkdot::test {
@@ -242,6 +243,56 @@ TEST(EveryKernel, DiffusionKernelsApplyTheContinuityRule) {
             }
             EXPECT_EQ(h.ctx.prevLineNo, c.line);
             EXPECT_EQ(h.ctx.prevRunEnd, c.start);
+        }
+    }
+}
+
+}  // namespace
+}  // namespace inkdot::test
+
+namespace inkdot::test {
+namespace {
+
+// The vector paths (where this CPU has them) and the portable loops print
+// the same: every colour kernel, plain and doubled, on long random lines
+// (whole vector steps of 16 and 32 pixels and a remainder, white pixels
+// among them) over a matrix wider than a vector step, so that its values are
+// read both in one piece and across the row's end. On a CPU without the
+// vector units both sides take the portable loops.
+TEST(EveryKernel, VectorPathsAgreeWithThePortableLoops) {
+    struct PortableWhileAlive {
+        PortableWhileAlive() { allowVectorPaths(false); }
+        ~PortableWhileAlive() { allowVectorPaths(true); }
+    };
+    KernelSetup hybrid = colourSetup();
+    hybrid.ditherMode = 0;
+    std::vector<KernelSetup> setups = {hybrid};
+    for (const KernelSetup& k : everyKernelSetup())
+        if (k.colourMode != 0) setups.push_back(k);
+    std::mt19937 rng(29);
+    for (KernelSetup k : setups) {
+        for (const int32_t scaleMode : {k.scaleMode, 1}) {
+            k.scaleMode = scaleMode;
+            k.width = 128;
+            Scenario vector(k), portable(k);
+            SCOPED_TRACE(testing::Message() << chooseKernel(vector.hc.ready()).name << ", scaleMode " << scaleMode);
+            vector.hc.setMatrix(64, 4, permutationMatrix(16, 7));
+            portable.hc.setMatrix(64, 4, permutationMatrix(16, 7));
+            const uint32_t pixelBytes = k.inputFormat == 4 ? 4 : 3;
+            for (uint32_t line = 0; line < 8; ++line) {
+                const uint32_t count = 40 + rng() % 51, startX = rng() % (k.width - count), bitOffset = rng() % 4;
+                std::vector<uint8_t> in = randomPixels(2 * count * pixelBytes, rng());
+                for (uint32_t i = 0; i < in.size(); i += pixelBytes)
+                    if (rng() % 8 == 0) std::fill_n(&in[i], pixelBytes, 255);  // white
+                ASSERT_EQ(vector.hc.run(in.data(), vector.out.dst(), kStride, bitOffset, count, startX, line), RC_OK);
+                {
+                    const PortableWhileAlive portableLoops;
+                    ASSERT_EQ(portable.hc.run(in.data(), portable.out.dst(), kStride, bitOffset, count, startX, line),
+                              RC_OK);
+                }
+                EXPECT_EQ(vector.out.bytes, portable.out.bytes) << line;
+                for (unsigned l = 0; l < 4; ++l) EXPECT_EQ(vector.hc.errorLines[l], portable.hc.errorLines[l]) << line;
+            }
         }
     }
 }

@@ -2,6 +2,7 @@
 // the same integers, so the same results (no rounding, no saturation: every
 // intermediate value fits its lane).
 #include "kernels/colour_input/grid_pass.h"
+#include "kernels/vector_paths.h"
 
 #ifdef INKDOT_SIMD_GRID_PASS
 
@@ -13,7 +14,7 @@
 
 namespace inkdot {
 
-bool gridPassAvx2Runs() { return __builtin_cpu_supports("avx2"); }
+bool gridPassAvx2Runs() { return vectorPathsAllowed() && __builtin_cpu_supports("avx2"); }
 
 namespace {
 

@@ -5,6 +5,7 @@
 // registers and read by word permutations, so that the grid look-up is the
 // only gather left.
 #include "kernels/colour_input/grid_pass.h"
+#include "kernels/vector_paths.h"
 
 #ifdef INKDOT_SIMD_GRID_PASS
 
@@ -25,7 +26,7 @@
 namespace inkdot {
 
 bool gridPassAvx512Runs() {
-    return __builtin_cpu_supports("avx512bw") && __builtin_cpu_supports("avx512vl") &&
+    return vectorPathsAllowed() && __builtin_cpu_supports("avx512bw") && __builtin_cpu_supports("avx512vl") &&
            __builtin_cpu_supports("avx512vbmi");
 }
 

@@ -4,6 +4,7 @@
 // below 0 and a sum that may pass 65535 are each compared with their borrow
 // or carry taken into account.
 #include "kernels/dither/dither_dots_avx512.h"
+#include "kernels/vector_paths.h"
 
 #ifdef INKDOT_AVX512_DITHER_DOTS
 
@@ -20,7 +21,7 @@
 namespace inkdot {
 
 bool ditherDotsAvx512Runs() {
-    return __builtin_cpu_supports("avx512bw") && __builtin_cpu_supports("avx512vl") &&
+    return vectorPathsAllowed() && __builtin_cpu_supports("avx512bw") && __builtin_cpu_supports("avx512vl") &&
            __builtin_cpu_supports("avx512vbmi") && __builtin_cpu_supports("gfni");
 }
 
