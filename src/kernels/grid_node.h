@@ -41,12 +41,13 @@ inline uint32_t packNodes(uint32_t i0, uint32_t i1, uint32_t i2) {
 // random). In every field at once t = 512 + a - b + 1, which stays within
 // 255..771 so no field borrows or carries; |a - b| <= 1 is t in 512..514,
 // that is bits 2..9 of t reading 1000 0000 and its low two bits not both set.
+// The vector passes make the same test lane by lane with these constants.
+inline constexpr uint32_t kNodeFields512 = 0x20080200;    // 512 in each field
+inline constexpr uint32_t kNodeFieldsOne = 0x00100401;    // 1 in each field
+inline constexpr uint32_t kNodeFieldsBits2to9 = 0x3FCFF3FC;
 inline uint32_t neighbourMask(uint32_t a, uint32_t b) {
-    constexpr uint32_t k512 = 0x20080200;  // 512 in each field
-    constexpr uint32_t kOne = 0x00100401;  // 1 in each field
-    constexpr uint32_t kBits2to9 = 0x3FCFF3FC;
-    const uint32_t t = (a | k512) - b + kOne;
-    const bool near = ((t & kBits2to9) == k512) & (((t & (t >> 1)) & kOne) == 0);
+    const uint32_t t = (a | kNodeFields512) - b + kNodeFieldsOne;
+    const bool near = ((t & kNodeFieldsBits2to9) == kNodeFields512) & (((t & (t >> 1)) & kNodeFieldsOne) == 0);
     return -static_cast<uint32_t>(near);
 }
 

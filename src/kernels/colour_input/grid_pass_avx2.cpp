@@ -135,12 +135,12 @@ INKDOT_AVX2 inline __m256i node(const uint8_t* cells, __m256i b, __m256i q, __m2
 
 // neighbourMask on eight lanes.
 INKDOT_AVX2 inline __m256i neighbours(__m256i a, __m256i b) {
-    const __m256i t = _mm256_add_epi32(_mm256_sub_epi32(_mm256_or_si256(a, _mm256_set1_epi32(0x20080200)), b),
-                                       _mm256_set1_epi32(0x00100401));
-    const __m256i high = _mm256_cmpeq_epi32(_mm256_and_si256(t, _mm256_set1_epi32(0x3FCFF3FC)),
-                                            _mm256_set1_epi32(0x20080200));
+    const __m256i t = _mm256_add_epi32(_mm256_sub_epi32(_mm256_or_si256(a, _mm256_set1_epi32(static_cast<int>(kNodeFields512))), b),
+                                       _mm256_set1_epi32(static_cast<int>(kNodeFieldsOne)));
+    const __m256i high = _mm256_cmpeq_epi32(_mm256_and_si256(t, _mm256_set1_epi32(static_cast<int>(kNodeFieldsBits2to9))),
+                                            _mm256_set1_epi32(static_cast<int>(kNodeFields512)));
     const __m256i low = _mm256_cmpeq_epi32(
-        _mm256_and_si256(_mm256_and_si256(t, _mm256_srli_epi32(t, 1)), _mm256_set1_epi32(0x00100401)),
+        _mm256_and_si256(_mm256_and_si256(t, _mm256_srli_epi32(t, 1)), _mm256_set1_epi32(static_cast<int>(kNodeFieldsOne))),
         _mm256_setzero_si256());
     return _mm256_and_si256(high, low);
 }

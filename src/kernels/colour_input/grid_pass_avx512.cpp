@@ -130,12 +130,12 @@ INKDOT_AVX512 inline __m512i node(const Table256& cells, __m512i b, __m512i q, _
 
 // neighbourMask on sixteen lanes, as a lane mask.
 INKDOT_AVX512 inline __mmask16 neighbours(__m512i a, __m512i b) {
-    const __m512i t = _mm512_add_epi32(_mm512_sub_epi32(_mm512_or_si512(a, _mm512_set1_epi32(0x20080200)), b),
-                                       _mm512_set1_epi32(0x00100401));
-    const __mmask16 high = _mm512_cmpeq_epi32_mask(_mm512_and_si512(t, _mm512_set1_epi32(0x3FCFF3FC)),
-                                                   _mm512_set1_epi32(0x20080200));
+    const __m512i t = _mm512_add_epi32(_mm512_sub_epi32(_mm512_or_si512(a, _mm512_set1_epi32(static_cast<int>(kNodeFields512))), b),
+                                       _mm512_set1_epi32(static_cast<int>(kNodeFieldsOne)));
+    const __mmask16 high = _mm512_cmpeq_epi32_mask(_mm512_and_si512(t, _mm512_set1_epi32(static_cast<int>(kNodeFieldsBits2to9))),
+                                                   _mm512_set1_epi32(static_cast<int>(kNodeFields512)));
     return _mm512_mask_testn_epi32_mask(high, _mm512_and_si512(t, _mm512_srli_epi32(t, 1)),
-                                        _mm512_set1_epi32(0x00100401));
+                                        _mm512_set1_epi32(static_cast<int>(kNodeFieldsOne)));
 }
 
 // The lanes of pixels i .. i + 15 below n.
