@@ -194,6 +194,38 @@ inline void spread(int32_t* cell, int32_t err, int32_t& carry) {
     carry = nextCarry;
 }
 
+// The pending error of the two cells right of x, for a pixel loop that keeps
+// its error chain in registers: `next` is cell x + 1's whole pending error
+// (its memory cell is stale), `afterNext` gathers what this pixel adds to
+// cell x + 2, whose memory cell holds the rest. A spread to either would
+// otherwise be stored and read back at once by the next pixel, and on this
+// chain every cycle of that round trip counts.
+struct CellsAhead {
+    int32_t next;
+    int32_t afterNext;
+};
+
+// spread<P> with the two cells right of x in `ahead` instead of memory.
+template <class P>
+inline void spreadAhead(int32_t* cell, int32_t err, int32_t& carry, CellsAhead& ahead) {
+    static_assert(wellFormed<P>());
+    const int32_t half = err >> 1;
+    auto thisLineTap = [&]<Tap t>() {
+        const int32_t amount = t.weight * (t.half ? half : err);
+        if constexpr (t.offset == 1) ahead.next += amount;
+        else if constexpr (t.offset == 2) ahead.afterNext += amount;
+        else cell[t.offset] += amount;
+    };
+    [&]<size_t... I>(std::index_sequence<I...>) {
+        (thisLineTap.template operator()<P::thisLine[I]>(), ...);
+    }(std::make_index_sequence<std::size(P::thisLine)>{});
+    int32_t nextCarry = 0;
+    [&]<size_t... I>(std::index_sequence<I...>) {
+        (detail::nextLineTap<P::nextLine[I]>(cell, err, half, carry, nextCarry), ...);
+    }(std::make_index_sequence<std::size(P::nextLine)>{});
+    carry = nextCarry;
+}
+
 // Runtime choice among the patterns, for kernels whose rules pick one per pixel.
 // The one-bit monochrome kernels and the hybrid dither spread through this
 // switch, the colour and two-bit kernels through pattern tables

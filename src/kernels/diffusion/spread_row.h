@@ -29,6 +29,8 @@ using PatternTypes = std::tuple<patterns::G0, patterns::G1, patterns::G2a, patte
                                 patterns::H2, patterns::H3, patterns::H4, patterns::H5, patterns::Y0, patterns::Y1,
                                 patterns::Y2, patterns::Y3>;
 static_assert(std::tuple_size_v<PatternTypes> == static_cast<size_t>(Pattern::Y3) + 1);
+template <Pattern P>
+using PatternType = std::tuple_element_t<static_cast<size_t>(P), PatternTypes>;
 
 struct PatternRow {
     Pattern column[4];

@@ -11,6 +11,7 @@
 #include "kernels/diffusion/diffusion_step.h"
 #include "kernels/diffusion/pattern_choice.h"
 #include "kernels/diffusion/perturbation.h"
+#include "kernels/diffusion/spread_by_band.h"
 #include "kernels/diffusion/spread_patterns.h"
 #include "kernels/kernels.h"
 #include "kernels/matrix_row.h"
@@ -19,26 +20,31 @@
 namespace inkdot {
 namespace {
 
+// kT4InclusiveOnEven: whether the lowest band's boundary includes T4 on even
+// cells (on odd cells it never does).
 struct GeneralFamily {
+    static constexpr auto kRule = generalRule;
+    static constexpr bool kT4InclusiveOnEven = true;
     static uint8_t halve(uint8_t a, uint8_t b) { return std::min(a, b); }
     static void white(int32_t& cell, int32_t& carry) { dropCell(cell, carry); }
-    static Pattern choose(const PixelClass& p, const SpreadThresholds& t) { return chooseGeneral(p, t); }
 };
 
 struct Family1440x720 {
+    static constexpr auto kRule = rule1440x720;
+    static constexpr bool kT4InclusiveOnEven = false;
     static uint8_t halve(uint8_t a, uint8_t b) { return std::max(a, b); }
     // A white pixel here drops the carry together with its cell's error.
     static void white(int32_t& cell, int32_t& carry) {
         cell = 0;
         carry = 0;
     }
-    static Pattern choose(const PixelClass& p, const SpreadThresholds& t) { return choose1440x720(p, t); }
 };
 
 struct DoubleYFamily {
+    static constexpr auto kRule = doubleYRule;
+    static constexpr bool kT4InclusiveOnEven = true;
     static uint8_t halve(uint8_t a, uint8_t b) { return std::min(a, b); }
     static void white(int32_t& cell, int32_t& carry) { dropCell(cell, carry); }
-    static Pattern choose(const PixelClass& p, const SpreadThresholds& t) { return chooseDoubleY(p, t); }
 };
 
 // How input bytes become output pixels, by scaleMode.
@@ -48,59 +54,130 @@ enum class InputStep {
     Halved,   // scaleMode -1: two bytes per pixel, the family keeps one
 };
 
-// Flattened so that the pattern choice and every spread pattern are inlined
-// into the pixel loop: no call per pixel, the carry stays in a register.
-// Compilers without the attribute ignore it and call the pattern switch.
-template <class Family, InputStep Step>
-[[gnu::flatten]] void diffuseRun(HtContext& ctx, const HtRun& run) {
-    // Ink levels are signed 16-bit entries of the ink curve.
-    const int16_t* curve = slotData<int16_t>(ctx, kConversionTable);
-    const int16_t* edThreshold = slotData<int16_t>(ctx, kEdThresholdTable);
-    // The amount a dot removes, taken as unsigned 16 bits by these kernels.
-    const uint16_t* dotValue = slotData<uint16_t>(ctx, kDotValueTable);
-    const uint16_t* rowCells = matrixRow(ctx, run.lineNo).cells;
-    const uint32_t columnMask = ctx.matrixWidth - 1;  // the width is a power of two
-    const SpreadThresholds bands = spreadThresholds(ctx);
-    const uint8_t* src = run.src;
-    const uint32_t count = run.count;  // a local: the cell writes could alias the run record
-    int32_t* cell = errorLine(ctx, 0) + run.startX;
+// All that an input byte decides before the error chain: its ink level, the
+// step's limit without the matrix perturbation (diffuseAgainstLimit), and
+// the spread band on even and odd cells.
+struct InputByte {
+    int32_t level;
+    int32_t limit;
+    int32_t levelLessDot;
+    uint8_t band[2];  // by matrix parity
+};
+
+// The rule that makes an InputByte of a byte.
+template <class Family>
+class InputByteRule {
+public:
+    explicit InputByteRule(const HtContext& ctx)
+        : curve_(slotData<int16_t>(ctx, kConversionTable)),
+          edThreshold_(slotData<int16_t>(ctx, kEdThresholdTable)),
+          dotValue_(slotData<uint16_t>(ctx, kDotValueTable)),  // unsigned 16 bits in these kernels
+          bands_(spreadThresholds(ctx)) {}
+
+    InputByte operator()(uint8_t byte) const {
+        const int32_t level = curve_[byte];
+        // The curve holds 8-bit ink amounts; its low byte keeps an odd entry
+        // from indexing past the 256-entry level tables.
+        const uint32_t index = static_cast<uint8_t>(level);
+        return {level, 32 * (edThreshold_[index] - level), level - dotValue_[index],
+                {static_cast<uint8_t>(levelBand(level, bands_, Family::kT4InclusiveOnEven)),
+                 static_cast<uint8_t>(levelBand(level, bands_, false))}};
+    }
+
+private:
+    const int16_t* curve_;
+    const int16_t* edThreshold_;
+    const uint16_t* dotValue_;
+    SpreadThresholds bands_;
+};
+
+// The same for every byte at once, for runs long enough to repay it.
+template <class Family>
+class InputByteTable {
+public:
+    explicit InputByteTable(const HtContext& ctx) {
+        const InputByteRule<Family> rule(ctx);
+        for (uint32_t b = 0; b < 256; ++b) table_[b] = rule(static_cast<uint8_t>(b));
+    }
+    const InputByte& operator()(uint8_t byte) const { return table_[byte]; }
+
+private:
+    InputByte table_[256];
+};
+
+// A run shorter than this converts its bytes one by one; a longer one fills
+// the table first, which costs about as much as diffusing 100 pixels.
+inline constexpr uint32_t kTableRunLength = 512;
+
+// Pixels are diffused a chunk at a time: the matrix values of a chunk and
+// their perturbations come first, in a loop the compiler vectorises, then
+// the error chain runs over them, then its dots are packed.
+inline constexpr uint32_t kMonoChunk = 256;
+
+// The chain keeps the pixel's pending error and the two cells right of it in
+// registers (CellsAhead); it is flattened so that every spread pattern is
+// inlined into it. Compilers without the attribute ignore it.
+template <class Family, InputStep Step, class Bytes>
+[[gnu::flatten]] void diffuseRun(HtContext& ctx, const HtRun& run, const Bytes& bytes) {
+    const MatrixRow row = matrixRow(ctx, run.lineNo);
+    const uint32_t count = run.count;  // locals: the cell writes could alias the run record
+    const uint32_t startX = run.startX;
+    const uint8_t* const src = run.src;
+    int32_t* cell = errorLine(ctx, 0) + startX;
     PlanePacker<1, 1> out(run.dst, run.planeStride, run.bitOffset);
 
     int32_t carry = 0;  // next-line share for the cell right of the previous pixel
-    int32_t level = 0;
-    // The cell of the pixel about to be processed, carried in a register: it
-    // is re-read right after the previous pixel's spread stored it, so the
-    // compiler forwards the value and the loop-carried chain of sum -> dot ->
-    // error -> next sum never waits on memory.
-    int32_t ahead = *cell;
-    uint32_t column = run.startX;
-    for (uint32_t i = 0; i < count; ++i, ++column, ++cell) {
-        if constexpr (Step == InputStep::Single) {
-            level = curve[src[i]];
-        } else if constexpr (Step == InputStep::Doubled) {
-            if ((i & 1) == 0) level = curve[src[i >> 1]];  // odd pixels repeat the even one
-        } else {
-            level = curve[Family::halve(src[2 * i], src[2 * i + 1])];
+    int32_t pending = cell[0];
+    CellsAhead ahead{cell[1], 0};
+    uint16_t m[kMonoChunk];
+    int32_t limitShift[kMonoChunk];  // 32 x the perturbation: the limit moves with the threshold
+    uint8_t dots[kMonoChunk];
+    InputByte byte{};
+    for (uint32_t first = 0; first < count; first += kMonoChunk) {
+        const uint32_t n = std::min(kMonoChunk, count - first);
+        row.read(startX + first, n, m);
+        for (uint32_t i = 0; i < n; ++i) limitShift[i] = 32 * perturbationOf(m[i] & 0xFE);
+        const uint8_t* const in = src + (Step == InputStep::Halved    ? 2 * first
+                                         : Step == InputStep::Doubled ? first / 2
+                                                                      : first);
+        for (uint32_t i = 0; i < n; ++i) {
+            if constexpr (Step == InputStep::Single) {
+                byte = bytes(in[i]);
+            } else if constexpr (Step == InputStep::Doubled) {
+                if ((i & 1) == 0) byte = bytes(in[i >> 1]);  // odd pixels repeat the even one; chunks are even
+            } else {
+                byte = bytes(Family::halve(in[2 * i], in[2 * i + 1]));
+            }
+            ahead.afterNext = 0;
+            bool dot = false;
+            if (byte.level == 0) {
+                Family::white(cell[i], carry);  // the pending error is dropped with it
+            } else {
+                const DiffusionResult r =
+                    diffuseAgainstLimit(pending, byte.limit + limitShift[i], byte.level, byte.levelLessDot);
+                dot = r.dot;
+                const uint32_t odd = m[i] & 1;  // the mono kernels take the a forms on even cells
+                spreadByBand<Family::kRule>(byte.band[odd], dot, odd == 0, cell + i, r.err, carry, ahead);
+            }
+            dots[i] = dot;
+            pending = ahead.next;
+            ahead.next = cell[i + 2] + ahead.afterNext;
         }
-
-        if (level == 0) {
-            Family::white(*cell, carry);
-        } else {
-            const uint32_t m = rowCells[column & columnMask];
-            // The curve holds 8-bit ink amounts; its low byte keeps an odd
-            // entry from indexing past the 256-entry level tables.
-            const uint32_t index = static_cast<uint8_t>(level);
-            // The step clears its copy; every pattern overwrites the real cell.
-            int32_t pending = ahead;
-            const DiffusionResult r = diffuse(pending, level, edThreshold[index] + perturbation(m), dotValue[index]);
-            out.dot(0, r.dot);
-            const bool even = (m & 1) == 0;  // the mono kernels take the a forms on even cells
-            spread(Family::choose(PixelClass{level, r.dot, even, even}, bands), cell, r.err, carry);
-        }
-        ahead = cell[1];
-        out.next();
+        cell += n;
+        const uint8_t* const planes[1] = {dots};
+        out.put(planes, n);
     }
-    out.finish();  // the carry left after the last pixel is discarded
+    // The two cells right of the run get their pending error back; the carry
+    // left after the last pixel is discarded.
+    cell[0] = pending;
+    cell[1] = ahead.next;
+    out.finish();
+}
+
+template <class Family, InputStep Step>
+void diffuseRun(HtContext& ctx, const HtRun& run) {
+    if (run.count < kTableRunLength) diffuseRun<Family, Step>(ctx, run, InputByteRule<Family>(ctx));
+    else diffuseRun<Family, Step>(ctx, run, InputByteTable<Family>(ctx));
 }
 
 template <class Family>
