@@ -3,7 +3,6 @@
 // pattern of each band, parity and class.
 #include <gtest/gtest.h>
 
-#include <random>
 #include <string>
 #include <utility>
 #include <vector>
@@ -100,47 +99,6 @@ TEST(Ed1Mono, HandWorkedRuns) {
                 cases.push_back(
                     {k, {"matrix perturbation", mono(100, 100 - p + below, 255, m), {1}, 1, 0, 0, below ? "0" : "1"}});
     for (const auto& [setup, c] : cases) checkRun(setup, c);
-}
-
-// A white pixel leaves no carry and no pending error of its own, so a line
-// cut into runs right after its white pixels diffuses as the whole line in
-// one run. The whole line is long enough for the kernels to convert its
-// bytes through a table made at the start of the run, the pieces are short
-// enough to convert each byte as it comes: the two conversions agree on
-// every byte. Random tables, every spread band, three lines.
-TEST(Ed1Mono, ALineCutAfterItsWhitePixelsDiffusesAsOneRun) {
-    constexpr uint32_t kWidth = 1536;
-    std::mt19937 rng(7);
-    std::vector<uint8_t> in(kWidth);
-    for (uint8_t& b : in) b = static_cast<uint8_t>(rng());
-    std::vector<uint32_t> cuts = {0};
-    for (uint32_t x = 1 + rng() % 300; x < kWidth; x += 1 + rng() % 300) {
-        in[x - 1] = 0;  // byte 0 is white
-        cuts.push_back(x);
-    }
-    cuts.push_back(kWidth);
-    for (KernelSetup k : {kGeneral, k1440, kDoubleY}) {
-        k.width = kWidth;
-        HandContext whole(k.settings()), cut(k.settings());
-        for (HandContext* hc : {&whole, &cut}) {
-            std::mt19937 tables(5);
-            hc->setSpread(150, 90, 40, 12);
-            hc->setMatrix(16, 16, permutationMatrix(16, 3));
-            for (uint32_t b = 1; b < 256; ++b) hc->monoCurve()[b] = static_cast<uint16_t>(1 + tables() % 255);
-            for (auto& t : hc->edThreshold) t = static_cast<int16_t>(tables() % 256);
-            for (auto& d : hc->dotValue) d = static_cast<int16_t>(200 + tables() % 100);
-        }
-        std::vector<uint8_t> a(kWidth / 8), b(kWidth / 8);
-        for (uint32_t line = 0; line < 3; ++line) {
-            ASSERT_EQ(whole.run(in.data(), a.data(), 0, 0, kWidth, 0, line), RC_OK);
-            for (size_t r = 0; r + 1 < cuts.size(); ++r) {
-                const uint32_t x = cuts[r];
-                ASSERT_EQ(cut.run(in.data() + x, b.data() + x / 8, 0, x % 8, cuts[r + 1] - x, x, line), RC_OK);
-            }
-            ASSERT_EQ(a, b) << line;
-            ASSERT_EQ(whole.errorLines[0], cut.errorLines[0]) << line;
-        }
-    }
 }
 
 }  // namespace

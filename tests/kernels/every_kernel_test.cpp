@@ -247,12 +247,6 @@ TEST(EveryKernel, DiffusionKernelsApplyTheContinuityRule) {
     }
 }
 
-}  // namespace
-}  // namespace inkdot::test
-
-namespace inkdot::test {
-namespace {
-
 // The vector paths (where this CPU has them) and the portable loops print
 // the same: every colour kernel, plain and doubled, on long random lines
 // (whole vector steps of 16 and 32 pixels and a remainder, white pixels
@@ -293,6 +287,45 @@ TEST(EveryKernel, VectorPathsAgreeWithThePortableLoops) {
                 EXPECT_EQ(vector.out.bytes, portable.out.bytes) << line;
                 for (unsigned l = 0; l < 4; ++l) EXPECT_EQ(vector.hc.errorLines[l], portable.hc.errorLines[l]) << line;
             }
+        }
+    }
+}
+
+// A white pixel leaves no carry and no pending error behind, so a line cut
+// into runs right after white pixels diffuses as the whole line in one run;
+// here runs of even length (an odd run's last pixel has a rule of its own)
+// across chunk boundaries. The whole line is long enough for the kernels to
+// make the steps of every level first, the pieces are short enough to make
+// them as the bytes come: the two agree on every byte. The one-bit
+// monochrome diffusion, and the hybrid's plane 1 from ink input (no
+// averaging with pixels across a cut).
+TEST(EveryKernel, ALineCutAfterWhitePixelsDiffusesAsOneRun) {
+    constexpr uint32_t kWidth = 1536, kBytes = kWidth / 8;
+    KernelSetup hybrid = colourSetup();
+    hybrid.ditherMode = 0, hybrid.inputFormat = 4;
+    std::mt19937 rng(31);
+    for (KernelSetup k : {edSetup(0, 1, 360, 360), edSetup(0, 1, 1440, 720), edSetup(0, 1, 360, 720), hybrid}) {
+        k.width = kWidth;
+        const uint32_t pixelBytes = k.colourMode ? 4 : 1;
+        std::vector<uint8_t> in = randomPixels(kWidth * pixelBytes, rng());
+        std::vector<uint32_t> cuts = {0};
+        for (uint32_t x = 2 + 2 * (rng() % 150); x < kWidth; x += 2 + 2 * (rng() % 150)) {
+            std::fill_n(&in[(x - 1) * pixelBytes], pixelBytes, 0);  // white: byte 0 reads level 0, or no ink
+            cuts.push_back(x);
+        }
+        cuts.push_back(kWidth);
+        Scenario whole(k), cut(k);
+        SCOPED_TRACE(chooseKernel(whole.hc.ready()).name);
+        if (k.colourMode == 0) whole.hc.monoCurve()[0] = cut.hc.monoCurve()[0] = 0;
+        std::vector<uint8_t> a(4 * kBytes), b(4 * kBytes);
+        for (uint32_t line = 0; line < 3; ++line) {
+            ASSERT_EQ(whole.hc.run(in.data(), a.data(), kBytes, 0, kWidth, 0, line), RC_OK);
+            for (size_t r = 0; r + 1 < cuts.size(); ++r) {
+                const uint32_t x = cuts[r];
+                ASSERT_EQ(cut.hc.run(&in[x * pixelBytes], &b[x / 8], kBytes, x % 8, cuts[r + 1] - x, x, line), RC_OK);
+            }
+            ASSERT_EQ(a, b) << line;
+            ASSERT_EQ(whole.hc.errorLines[0], cut.hc.errorLines[0]) << line;
         }
     }
 }

@@ -11,7 +11,7 @@
 namespace inkdot {
 namespace {
 
-// spreadRow leaves what spread() leaves with the column's pattern, over
+// spreadRow leaves what spread<P> leaves with the column's pattern P, over
 // random lines and errors (-5: odd negatives halve downwards).
 template <PatternRow kRow>
 void expectRowMatchesSpread(std::mt19937& rng) {
@@ -23,7 +23,10 @@ void expectRowMatchesSpread(std::mt19937& rng) {
             for (int32_t& c : expected) c = value(rng);
             actual = expected;
             int32_t expectedCarry = value(rng), actualCarry = expectedCarry;
-            spread(kRow.column[column], expected.data() + 40, err, expectedCarry);
+            [&]<unsigned... C>(std::integer_sequence<unsigned, C...>) {
+                ((column == C ? spread<PatternType<kRow.column[C]>>(expected.data() + 40, err, expectedCarry) : void()),
+                 ...);
+            }(std::make_integer_sequence<unsigned, 4>{});
             spreadRow<kRow>(column, actual.data() + 40, err, actualCarry);
             ASSERT_EQ(actual, expected) << "column " << column << ", err " << err;
             ASSERT_EQ(actualCarry, expectedCarry) << "column " << column << ", err " << err;

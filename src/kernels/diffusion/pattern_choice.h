@@ -16,30 +16,20 @@ struct SpreadThresholds {
     int32_t t1, t2, t3, t4;  // falling: wider spreads below each
 };
 
-struct PixelClass {
-    int32_t level;
-    bool dot;
-    bool aForm;        // the matrix parity that selects the a forms
-    bool t4Inclusive;  // the lowest band's boundary test is >= rather than >
-};
-
-inline bool aboveT4(const PixelClass& p, const SpreadThresholds& t) {
-    return p.t4Inclusive ? p.level >= t.t4 : p.level > t.t4;
-}
-
 // Every family first sorts the level into a band by the thresholds, tested
 // in this order whatever the order of the thresholds themselves: 0 above t1,
 // 1 above t2, 2 above t3, 3 above t4 (or at it where the boundary is
-// inclusive), 4 below. The rules below are written on the band, so that the
-// kernels that spread through pattern tables build their tables from the
-// very same rules (colourPatternTable).
+// inclusive), 4 below. The rules below are written on the band, so that
+// every kernel's choice comes from the very same rules: the colour kernels'
+// pattern tables (pattern_table.h), the monochrome kernels' jumps on band and
+// dot (spread_by_band.h).
 inline constexpr unsigned kLevelBands = 5;
 
 inline unsigned levelBand(int32_t level, const SpreadThresholds& t, bool t4Inclusive) {
     if (level > t.t1) return 0;
     if (level > t.t2) return 1;
     if (level > t.t3) return 2;
-    if (aboveT4({level, false, false, t4Inclusive}, t)) return 3;
+    if (t4Inclusive ? level >= t.t4 : level > t.t4) return 3;
     return 4;
 }
 
@@ -66,18 +56,6 @@ constexpr Pattern doubleYRule(unsigned band, bool dot, bool aForm) {
     if (band == 2) return Pattern::Y3;
     if (band == 3) return Pattern::G3;
     return aForm ? Pattern::G4a : Pattern::G4b;
-}
-
-inline Pattern chooseGeneral(const PixelClass& p, const SpreadThresholds& t) {
-    return generalRule(levelBand(p.level, t, p.t4Inclusive), p.dot, p.aForm);
-}
-
-inline Pattern choose1440x720(const PixelClass& p, const SpreadThresholds& t) {
-    return rule1440x720(levelBand(p.level, t, false), p.dot, p.aForm);
-}
-
-inline Pattern chooseDoubleY(const PixelClass& p, const SpreadThresholds& t) {
-    return doubleYRule(levelBand(p.level, t, p.t4Inclusive), p.dot, p.aForm);
 }
 
 inline SpreadThresholds spreadThresholds(const HtContext& ctx) {

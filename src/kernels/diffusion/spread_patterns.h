@@ -15,6 +15,7 @@
 #include <utility>
 
 #include "halftone/ht_context.h"  // kErrorLineMargin
+#include "kernels/force_inline.h"
 
 namespace inkdot {
 
@@ -207,7 +208,7 @@ struct CellsAhead {
 
 // spread<P> with the two cells right of x in `ahead` instead of memory.
 template <class P>
-inline void spreadAhead(int32_t* cell, int32_t err, int32_t& carry, CellsAhead& ahead) {
+INKDOT_FORCE_INLINE void spreadAhead(int32_t* cell, int32_t err, int32_t& carry, CellsAhead& ahead) {
     static_assert(wellFormed<P>());
     const int32_t half = err >> 1;
     auto thisLineTap = [&]<Tap t>() {
@@ -226,38 +227,8 @@ inline void spreadAhead(int32_t* cell, int32_t err, int32_t& carry, CellsAhead& 
     carry = nextCarry;
 }
 
-// Runtime choice among the patterns, for kernels whose rules pick one per pixel.
-// The one-bit monochrome kernels and the hybrid dither spread through this
-// switch, the colour and two-bit kernels through pattern tables
-// (spreadByTable). Both are kept because each is the faster for its loop: a
-// monochrome pixel takes its jump on a well-predicted dot, and the monochrome
-// kernels ran 7 to 27 % slower through the tables.
+// The patterns by name, for the rules that choose one per pixel; PatternType
+// (spread_row.h) is a name's type.
 enum class Pattern : uint8_t { G0, G1, G2a, G2b, G3, G4a, G4b, G5a, G5b, H0a, H0b, H1, H2, H3, H4, H5, Y0, Y1, Y2, Y3 };
-
-inline void spread(Pattern pattern, int32_t* cell, int32_t err, int32_t& carry) {
-    using namespace patterns;
-    switch (pattern) {
-        case Pattern::G0: spread<G0>(cell, err, carry); break;
-        case Pattern::G1: spread<G1>(cell, err, carry); break;
-        case Pattern::G2a: spread<G2a>(cell, err, carry); break;
-        case Pattern::G2b: spread<G2b>(cell, err, carry); break;
-        case Pattern::G3: spread<G3>(cell, err, carry); break;
-        case Pattern::G4a: spread<G4a>(cell, err, carry); break;
-        case Pattern::G4b: spread<G4b>(cell, err, carry); break;
-        case Pattern::G5a: spread<G5a>(cell, err, carry); break;
-        case Pattern::G5b: spread<G5b>(cell, err, carry); break;
-        case Pattern::H0a: spread<H0a>(cell, err, carry); break;
-        case Pattern::H0b: spread<H0b>(cell, err, carry); break;
-        case Pattern::H1: spread<H1>(cell, err, carry); break;
-        case Pattern::H2: spread<H2>(cell, err, carry); break;
-        case Pattern::H3: spread<H3>(cell, err, carry); break;
-        case Pattern::H4: spread<H4>(cell, err, carry); break;
-        case Pattern::H5: spread<H5>(cell, err, carry); break;
-        case Pattern::Y0: spread<Y0>(cell, err, carry); break;
-        case Pattern::Y1: spread<Y1>(cell, err, carry); break;
-        case Pattern::Y2: spread<Y2>(cell, err, carry); break;
-        case Pattern::Y3: spread<Y3>(cell, err, carry); break;
-    }
-}
 
 }  // namespace inkdot

@@ -14,8 +14,10 @@
 #include "kernels/matrix_row.h"
 #include "kernels/paired_threshold.h"
 #include "kernels/diffusion/diffusion_step.h"
+#include "kernels/diffusion/level_steps.h"
 #include "kernels/diffusion/pattern_choice.h"
 #include "kernels/diffusion/perturbation.h"
+#include "kernels/diffusion/spread_by_band.h"
 #include "kernels/diffusion/spread_patterns.h"
 #include "kernels/dither/dither_dots_avx512.h"
 #include "kernels/force_inline.h"
@@ -39,57 +41,85 @@ struct MatrixPlane1 {
                 uint32_t n, uint8_t* dots) const {
         for (uint32_t i = 0; i < n; ++i) dots[i] = (tone1[i] > maxT - m[i]) & !chunk.white[i];
     }
+    void finish(uint32_t) const {}
 };
 
 // Plane 1 by one-bit error diffusion on error line 0, the level being the
 // ink amount itself. The threshold is jittered against the matrix the other
 // way round from the diffusion kernels (p(m) is subtracted). The hybrid keeps
 // no continuity rule: its error line is never cleared.
+
+// The steps of an ink amount: dot values read as signed 16 bits, the lowest
+// band's boundary exclusive on every cell.
+class InkSteps {
+public:
+    explicit InkSteps(const HtContext& ctx)
+        : edThreshold_(slotData<int16_t>(ctx, kEdThresholdTable)),
+          dotValue_(slotData<int16_t>(ctx, kDotValueTable)),
+          bands_(spreadThresholds(ctx)) {}
+    LevelStep operator()(uint8_t amount) const {
+        return levelStep(amount, edThreshold_[amount], dotValue_[amount], bands_, false);
+    }
+
+private:
+    const int16_t* edThreshold_;
+    const int16_t* dotValue_;
+    SpreadThresholds bands_;
+};
+
+// The chain runs chunk after chunk with its pending error and the two cells
+// right of it in registers, as in the monochrome diffusion; they are kept
+// here between chunks and go back to their cells after the last.
+template <class Steps>
 class DiffusedPlane1 {
 public:
     static constexpr bool kByMatrix = false;
 
-    explicit DiffusedPlane1(HtContext& ctx)
-        : line_(errorLine(ctx, 0)),
-          edThreshold_(slotData<int16_t>(ctx, kEdThresholdTable)),
-          dotValue_(slotData<int16_t>(ctx, kDotValueTable)),
-          spread_(spreadThresholds(ctx)) {}
+    DiffusedPlane1(HtContext& ctx, uint32_t startX, const Steps& steps)
+        : line_(errorLine(ctx, 0)), steps_(steps), pending_(line_[startX]), ahead_{line_[startX + 1], 0} {}
 
     // Plane 1's dots of a chunk of pixels from column x0 on, one after the
     // other along the error chain. A white pixel drops the error pending in its cell.
     template <class Matrix>
     void decide(const ColourChunk& chunk, const int32_t*, const Matrix* m, int32_t, uint32_t x0, uint32_t n,
                 uint8_t* dots) {
+        int32_t limitShift[kColourChunk];  // 32 x the perturbation, which lowers the threshold
+        for (uint32_t i = 0; i < n; ++i) limitShift[i] = 32 * perturbationOf(static_cast<uint32_t>(m[i]) & 0xFE);
+        int32_t* const cell = line_ + x0;
+        int32_t pending = pending_, carry = carry_;
+        CellsAhead ahead = ahead_;
         for (uint32_t i = 0; i < n; ++i) {
-            if (chunk.white[i]) {
-                dropCell(line_[x0 + i], carry_);
-                dots[i] = 0;
+            const LevelStep step = steps_(chunk.white[i] ? 0 : inkLevel(chunk.inks[i], 1));
+            ahead.afterNext = 0;
+            bool dot = false;
+            if (step.level == 0) {
+                dropCell(cell[i], carry);
             } else {
-                dots[i] = decide(x0 + i, static_cast<uint32_t>(m[i]), inkLevel(chunk.inks[i], 1));
+                const DiffusionResult r =
+                    diffuseAgainstLimit(pending, step.limit - limitShift[i], step.level, step.levelLessDot);
+                dot = r.dot;
+                // The a forms go with bit 2 of m clear.
+                spreadByBand<generalRule>(step.band[0], dot, (m[i] & 4) == 0, cell + i, r.err, carry, ahead);
             }
+            dots[i] = dot;
+            pending = ahead.next;
+            ahead.next = cell[i + 2] + ahead.afterNext;
         }
+        pending_ = pending, carry_ = carry, ahead_ = ahead;
+    }
+
+    // x: the column after the last pixel diffused. The carry left is dropped.
+    void finish(uint32_t x) const {
+        line_[x] = pending_;
+        line_[x + 1] = ahead_.next;
     }
 
 private:
-    bool decide(uint32_t x, uint32_t m, uint32_t level) {
-        int32_t* cell = &line_[x];
-        if (level == 0) {
-            dropCell(*cell, carry_);
-            return false;
-        }
-        const DiffusionResult r =
-            diffuse(*cell, static_cast<int32_t>(level), edThreshold_[level] - perturbation(m), dotValue_[level]);
-        // The a forms go with bit 2 of m clear; the lowest band's boundary is exclusive.
-        const PixelClass pixel{static_cast<int32_t>(level), r.dot, (m & 4) == 0, false};
-        spread(chooseGeneral(pixel, spread_), cell, r.err, carry_);
-        return r.dot;
-    }
-
     int32_t* line_;
-    const int16_t* edThreshold_;
-    const int16_t* dotValue_;
-    SpreadThresholds spread_;
-    int32_t carry_ = 0;  // the run's carry; what is left after the last pixel is dropped
+    const Steps& steps_;
+    int32_t pending_;
+    CellsAhead ahead_;
+    int32_t carry_ = 0;
 };
 
 // The decision stage over a chunk of levels: the tone values and matrix
@@ -150,6 +180,7 @@ INKDOT_CPU_CLONES void ditherRun(const HtContext& ctx, const HtRun& run, Input i
         out.put({dots[0], dots[1], dots[2], dots[3]}, n);
     });
 
+    plane1.finish(startX + mainCount);
     if (count & 1) {
         const uint32_t x = startX + mainCount;
         const uint32_t m = row(x);
@@ -188,7 +219,9 @@ uint32_t Dither1Colour(HtContext& ctx, const HtRun& run) {
 
 uint32_t Dither1ColourHybrid(HtContext& ctx, const HtRun& run) {
     ctx.prevLineNo = run.lineNo;
-    colourRun(ctx, run, gridInput(ctx, run), DiffusedPlane1(ctx));
+    withLevelSteps(run.count, InkSteps(ctx), [&](const auto& steps) {
+        colourRun(ctx, run, gridInput(ctx, run), DiffusedPlane1(ctx, run.startX, steps));
+    });
     return RC_OK;
 }
 

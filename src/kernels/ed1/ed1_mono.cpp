@@ -9,6 +9,7 @@
 #include "inkdot/inkdot.h"
 #include "kernels/diffusion/continuity.h"
 #include "kernels/diffusion/diffusion_step.h"
+#include "kernels/diffusion/level_steps.h"
 #include "kernels/diffusion/pattern_choice.h"
 #include "kernels/diffusion/perturbation.h"
 #include "kernels/diffusion/spread_by_band.h"
@@ -20,8 +21,7 @@
 namespace inkdot {
 namespace {
 
-// kT4InclusiveOnEven: whether the lowest band's boundary includes T4 on even
-// cells (on odd cells it never does).
+// kT4InclusiveOnEven as in levelStep.
 struct GeneralFamily {
     static constexpr auto kRule = generalRule;
     static constexpr bool kT4InclusiveOnEven = true;
@@ -54,34 +54,23 @@ enum class InputStep {
     Halved,   // scaleMode -1: two bytes per pixel, the family keeps one
 };
 
-// All that an input byte decides before the error chain: its ink level, the
-// step's limit without the matrix perturbation (diffuseAgainstLimit), and
-// the spread band on even and odd cells.
-struct InputByte {
-    int32_t level;
-    int32_t limit;
-    int32_t levelLessDot;
-    uint8_t band[2];  // by matrix parity
-};
-
-// The rule that makes an InputByte of a byte.
+// The steps of an input byte: its ink level from the curve, the level
+// tables read at the level's low byte (the curve holds 8-bit ink amounts;
+// the low byte keeps an odd entry from indexing past the 256-entry tables),
+// dot values read as unsigned 16 bits.
 template <class Family>
-class InputByteRule {
+class CurveSteps {
 public:
-    explicit InputByteRule(const HtContext& ctx)
+    explicit CurveSteps(const HtContext& ctx)
         : curve_(slotData<int16_t>(ctx, kConversionTable)),
           edThreshold_(slotData<int16_t>(ctx, kEdThresholdTable)),
-          dotValue_(slotData<uint16_t>(ctx, kDotValueTable)),  // unsigned 16 bits in these kernels
+          dotValue_(slotData<uint16_t>(ctx, kDotValueTable)),
           bands_(spreadThresholds(ctx)) {}
 
-    InputByte operator()(uint8_t byte) const {
+    LevelStep operator()(uint8_t byte) const {
         const int32_t level = curve_[byte];
-        // The curve holds 8-bit ink amounts; its low byte keeps an odd entry
-        // from indexing past the 256-entry level tables.
         const uint32_t index = static_cast<uint8_t>(level);
-        return {level, 32 * (edThreshold_[index] - level), level - dotValue_[index],
-                {static_cast<uint8_t>(levelBand(level, bands_, Family::kT4InclusiveOnEven)),
-                 static_cast<uint8_t>(levelBand(level, bands_, false))}};
+        return levelStep(level, edThreshold_[index], dotValue_[index], bands_, Family::kT4InclusiveOnEven);
     }
 
 private:
@@ -91,24 +80,6 @@ private:
     SpreadThresholds bands_;
 };
 
-// The same for every byte at once, for runs long enough to repay it.
-template <class Family>
-class InputByteTable {
-public:
-    explicit InputByteTable(const HtContext& ctx) {
-        const InputByteRule<Family> rule(ctx);
-        for (uint32_t b = 0; b < 256; ++b) table_[b] = rule(static_cast<uint8_t>(b));
-    }
-    const InputByte& operator()(uint8_t byte) const { return table_[byte]; }
-
-private:
-    InputByte table_[256];
-};
-
-// A run shorter than this converts its bytes one by one; a longer one fills
-// the table first, which costs about as much as diffusing 100 pixels.
-inline constexpr uint32_t kTableRunLength = 512;
-
 // Pixels are diffused a chunk at a time: the matrix values of a chunk and
 // their perturbations come first, in a loop the compiler vectorises, then
 // the error chain runs over them, then its dots are packed.
@@ -117,8 +88,8 @@ inline constexpr uint32_t kMonoChunk = 256;
 // The chain keeps the pixel's pending error and the two cells right of it in
 // registers (CellsAhead); it is flattened so that every spread pattern is
 // inlined into it. Compilers without the attribute ignore it.
-template <class Family, InputStep Step, class Bytes>
-[[gnu::flatten]] void diffuseRun(HtContext& ctx, const HtRun& run, const Bytes& bytes) {
+template <class Family, InputStep Step, class Steps>
+[[gnu::flatten]] void diffuseRun(HtContext& ctx, const HtRun& run, const Steps& steps) {
     const MatrixRow row = matrixRow(ctx, run.lineNo);
     const uint32_t count = run.count;  // locals: the cell writes could alias the run record
     const uint32_t startX = run.startX;
@@ -132,7 +103,7 @@ template <class Family, InputStep Step, class Bytes>
     uint16_t m[kMonoChunk];
     int32_t limitShift[kMonoChunk];  // 32 x the perturbation: the limit moves with the threshold
     uint8_t dots[kMonoChunk];
-    InputByte byte{};
+    LevelStep step{};
     for (uint32_t first = 0; first < count; first += kMonoChunk) {
         const uint32_t n = std::min(kMonoChunk, count - first);
         row.read(startX + first, n, m);
@@ -142,22 +113,22 @@ template <class Family, InputStep Step, class Bytes>
                                                                       : first);
         for (uint32_t i = 0; i < n; ++i) {
             if constexpr (Step == InputStep::Single) {
-                byte = bytes(in[i]);
+                step = steps(in[i]);
             } else if constexpr (Step == InputStep::Doubled) {
-                if ((i & 1) == 0) byte = bytes(in[i >> 1]);  // odd pixels repeat the even one; chunks are even
+                if ((i & 1) == 0) step = steps(in[i >> 1]);  // odd pixels repeat the even one; chunks are even
             } else {
-                byte = bytes(Family::halve(in[2 * i], in[2 * i + 1]));
+                step = steps(Family::halve(in[2 * i], in[2 * i + 1]));
             }
             ahead.afterNext = 0;
             bool dot = false;
-            if (byte.level == 0) {
+            if (step.level == 0) {
                 Family::white(cell[i], carry);  // the pending error is dropped with it
             } else {
                 const DiffusionResult r =
-                    diffuseAgainstLimit(pending, byte.limit + limitShift[i], byte.level, byte.levelLessDot);
+                    diffuseAgainstLimit(pending, step.limit + limitShift[i], step.level, step.levelLessDot);
                 dot = r.dot;
                 const uint32_t odd = m[i] & 1;  // the mono kernels take the a forms on even cells
-                spreadByBand<Family::kRule>(byte.band[odd], dot, odd == 0, cell + i, r.err, carry, ahead);
+                spreadByBand<Family::kRule>(step.band[odd], dot, odd == 0, cell + i, r.err, carry, ahead);
             }
             dots[i] = dot;
             pending = ahead.next;
@@ -176,8 +147,8 @@ template <class Family, InputStep Step, class Bytes>
 
 template <class Family, InputStep Step>
 void diffuseRun(HtContext& ctx, const HtRun& run) {
-    if (run.count < kTableRunLength) diffuseRun<Family, Step>(ctx, run, InputByteRule<Family>(ctx));
-    else diffuseRun<Family, Step>(ctx, run, InputByteTable<Family>(ctx));
+    withLevelSteps(run.count, CurveSteps<Family>(ctx),
+                   [&](const auto& steps) { diffuseRun<Family, Step>(ctx, run, steps); });
 }
 
 template <class Family>
