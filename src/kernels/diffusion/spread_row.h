@@ -159,9 +159,9 @@ INKDOT_FORCE_INLINE void rowNextLineCells(std::integer_sequence<int, O...>, int3
 
 }  // namespace detail
 
-// Spreads err by the pattern kRow.column[column] (column 0..3), as
-// spread<P> does with that pattern. Every tap lies within
-// the error line's margin (wellFormed), so the cells looked at are those.
+// Spreads err by the pattern kRow.column[column] (column 0..3), as spread<P>
+// does with that pattern. Every tap lies within the error line's margin
+// (wellFormed), so the cells looked at are those.
 template <PatternRow kRow>
 INKDOT_FORCE_INLINE void spreadRow(unsigned column, int32_t* cell, int32_t err, int32_t& carry) {
     static_assert(detail::wellFormed(kRow));
