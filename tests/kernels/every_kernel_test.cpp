@@ -294,35 +294,47 @@ TEST(EveryKernel, VectorPathsAgreeWithThePortableLoops) {
 // A white pixel leaves no carry and no pending error behind, so a line cut
 // into runs right after white pixels diffuses as the whole line in one run;
 // here runs of even length (an odd run's last pixel has a rule of its own)
-// across chunk boundaries. The whole line is long enough for the kernels to
-// make the steps of every level first, the pieces are short enough to make
-// them as the bytes come: the two agree on every byte. The one-bit
-// monochrome diffusion, and the hybrid's plane 1 from ink input (no
-// averaging with pixels across a cut).
+// across chunk boundaries, plain, doubled and halved. The whole line is
+// long enough for the kernels to make the steps of every level first, the
+// pieces are short enough to make them as the bytes come: the two agree on
+// every byte. The one-bit monochrome diffusion, and the hybrid's plane 1
+// from ink input (no averaging with pixels across a cut).
 TEST(EveryKernel, ALineCutAfterWhitePixelsDiffusesAsOneRun) {
     constexpr uint32_t kWidth = 1536, kBytes = kWidth / 8;
     KernelSetup hybrid = colourSetup();
     hybrid.ditherMode = 0, hybrid.inputFormat = 4;
+    std::vector<KernelSetup> setups = {hybrid};
+    for (KernelSetup k : {edSetup(0, 1, 360, 360), edSetup(0, 1, 1440, 720), edSetup(0, 1, 360, 720)}) {
+        for (int32_t scaleMode : {0, 1, -1}) {
+            k.scaleMode = scaleMode;
+            setups.push_back(k);
+        }
+    }
     std::mt19937 rng(31);
-    for (KernelSetup k : {edSetup(0, 1, 360, 360), edSetup(0, 1, 1440, 720), edSetup(0, 1, 360, 720), hybrid}) {
+    for (KernelSetup k : setups) {
         k.width = kWidth;
         const uint32_t pixelBytes = k.colourMode ? 4 : 1;
-        std::vector<uint8_t> in = randomPixels(kWidth * pixelBytes, rng());
+        // Where pixel x reads its input, and how many bytes it reads.
+        const auto offset = [&](uint32_t x) {
+            return (k.scaleMode == 1 ? x / 2 : k.scaleMode == -1 ? 2 * x : x) * pixelBytes;
+        };
+        const uint32_t reads = (k.scaleMode == -1 ? 2 : 1) * pixelBytes;
+        std::vector<uint8_t> in = randomPixels(offset(kWidth) + reads, rng());
         std::vector<uint32_t> cuts = {0};
         for (uint32_t x = 2 + 2 * (rng() % 150); x < kWidth; x += 2 + 2 * (rng() % 150)) {
-            std::fill_n(&in[(x - 1) * pixelBytes], pixelBytes, 0);  // white: byte 0 reads level 0, or no ink
+            std::fill_n(&in[offset(x - 1)], reads, 0);  // white: byte 0 reads level 0, or no ink
             cuts.push_back(x);
         }
         cuts.push_back(kWidth);
         Scenario whole(k), cut(k);
-        SCOPED_TRACE(chooseKernel(whole.hc.ready()).name);
+        SCOPED_TRACE(testing::Message() << chooseKernel(whole.hc.ready()).name << ", scaleMode " << k.scaleMode);
         if (k.colourMode == 0) whole.hc.monoCurve()[0] = cut.hc.monoCurve()[0] = 0;
         std::vector<uint8_t> a(4 * kBytes), b(4 * kBytes);
         for (uint32_t line = 0; line < 3; ++line) {
             ASSERT_EQ(whole.hc.run(in.data(), a.data(), kBytes, 0, kWidth, 0, line), RC_OK);
             for (size_t r = 0; r + 1 < cuts.size(); ++r) {
                 const uint32_t x = cuts[r];
-                ASSERT_EQ(cut.hc.run(&in[x * pixelBytes], &b[x / 8], kBytes, x % 8, cuts[r + 1] - x, x, line), RC_OK);
+                ASSERT_EQ(cut.hc.run(&in[offset(x)], &b[x / 8], kBytes, x % 8, cuts[r + 1] - x, x, line), RC_OK);
             }
             ASSERT_EQ(a, b) << line;
             ASSERT_EQ(whole.hc.errorLines[0], cut.hc.errorLines[0]) << line;
