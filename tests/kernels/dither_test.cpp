@@ -203,6 +203,14 @@ TEST(Dither, HandWorkedRuns) {
          }), {1, 0, 0, 255, 255, 255}, 2, 20, 0, "00 10 00 00",
          line0From(5, {-213, 0, -213, -213, -213, -213, -213, -213, -213, -213, -213, -213, -213, -213, -213, -213,
                        -213, -213, -213, -213, -213, -213, -213, -213, -213, -213, -213, -213, -213, -213, 0})}},
+        // The floor of the cell meets the threshold less p = 45 - 20: 159 reads 4, and 4 + 20
+        // misses it; 160 reads 5 and prints.
+        {kHybrid, {"hybrid: a cell just below the threshold less p", hybrid(0x43, [](HandContext& hc) {
+             hc.setNode(0, 0, 1, packInks(0, 20, 0, 0)), hc.edThreshold[20] = 45, hc.line(0)[10] = 159;
+         }), {1, 0, 0, 255, 255, 255}, 2, 10, 0, "00 00 00 00"}},
+        {kHybrid, {"hybrid: a cell at the threshold less p", hybrid(0x43, [](HandContext& hc) {
+             hc.setNode(0, 0, 1, packInks(0, 20, 0, 0)), hc.edThreshold[20] = 45, hc.line(0)[10] = 160;
+         }), {1, 0, 0, 255, 255, 255}, 2, 10, 0, "00 10 00 00"}},
         // maxT 255 - m 0 = 255 < tone 256 for planes 1 and 2.
         {kHybrid, {"hybrid: the odd last pixel uses the matrix and leaves its cell", hybrid(0, [](HandContext& hc) {
              hc.tone[30] = 256, hc.setNode(0, 0, 0, packInks(0, 30, 0, 0)), hc.line(0)[7] = 777;
