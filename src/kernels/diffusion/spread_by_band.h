@@ -1,8 +1,11 @@
-// Spreading by a pattern rule with a jump on the band, the dot and the
-// matrix parity, each where the rule tells them apart, for pixel loops that
-// keep the chain in registers (spreadAhead). The band is steady along a
-// line; the dot and the parity are as good as random, but in the dark band
-// most rules spread alike whatever they are, and there no jump is left.
+// Spreading by a pattern rule for pixel loops that keep the chain in
+// registers (spreadAhead): a jump on the band (steady along a line), then on
+// the dot where the rule tells dots apart; the a and b forms are spread
+// together, masked by the matrix parity (spreadRow), with no jump. The
+// parity of a real matrix is as good as random, and a jump on it
+// mispredicted about every other pixel of a whole page. In the dark band
+// most rules spread alike whatever the dot and the parity, and there no
+// choice is left at all.
 #pragma once
 
 #include <cstdint>
@@ -21,8 +24,7 @@ INKDOT_FORCE_INLINE void spreadInBand(bool dot, bool aForm, int32_t* cell, int32
                                       CellsAhead& ahead) {
     auto byForm = [&]<Pattern kA, Pattern kB>() INKDOT_INLINE_LAMBDA {
         if constexpr (kA == kB) spreadAhead<PatternType<kA>>(cell, err, carry, ahead);
-        else if (aForm) spreadAhead<PatternType<kA>>(cell, err, carry, ahead);
-        else spreadAhead<PatternType<kB>>(cell, err, carry, ahead);
+        else spreadRow<PatternRow{{kA, kB, kA, kB}}>(aForm ? 0 : 1, cell, err, carry, &ahead);
     };
     constexpr Pattern kDotA = kRule(kBand, true, true), kDotB = kRule(kBand, true, false);
     constexpr Pattern kNoDotA = kRule(kBand, false, true), kNoDotB = kRule(kBand, false, false);

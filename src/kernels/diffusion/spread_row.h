@@ -125,10 +125,16 @@ INKDOT_FORCE_INLINE int32_t rowAmount(unsigned column, int32_t err, int32_t half
     return rowAmount<kRow, kNextLine, kOffset>(std::make_index_sequence<kGroups>{}, column, err, half);
 }
 
+// With `ahead`, the cells at x + 1 and x + 2 are its registers (spreadAhead).
 template <PatternRow kRow, int kOffset>
-INKDOT_FORCE_INLINE void rowThisLine(int32_t* cell, unsigned column, int32_t err, int32_t half) {
-    if constexpr (cellGroups(kRow, false, kOffset).count != 0)
-        cell[kOffset] += rowAmount<kRow, false, kOffset>(column, err, half);
+INKDOT_FORCE_INLINE void rowThisLine(int32_t* cell, unsigned column, int32_t err, int32_t half,
+                                     CellsAhead* ahead) {
+    if constexpr (cellGroups(kRow, false, kOffset).count != 0) {
+        const int32_t amount = rowAmount<kRow, false, kOffset>(column, err, half);
+        if (ahead != nullptr && kOffset == 1) ahead->next += amount;
+        else if (ahead != nullptr && kOffset == 2) ahead->afterNext += amount;
+        else cell[kOffset] += amount;
+    }
 }
 
 // Next line: as nextLineTap, the cell at x is overwritten (every pattern has
@@ -147,8 +153,8 @@ INKDOT_FORCE_INLINE void rowNextLine(int32_t* cell, unsigned column, int32_t err
 
 template <PatternRow kRow, int... O>
 INKDOT_FORCE_INLINE void rowThisLineCells(std::integer_sequence<int, O...>, int32_t* cell, unsigned column, int32_t err,
-                                          int32_t half) {
-    (rowThisLine<kRow, O + 1>(cell, column, err, half), ...);
+                                          int32_t half, CellsAhead* ahead) {
+    (rowThisLine<kRow, O + 1>(cell, column, err, half, ahead), ...);
 }
 
 template <PatternRow kRow, int... O>
@@ -160,14 +166,16 @@ INKDOT_FORCE_INLINE void rowNextLineCells(std::integer_sequence<int, O...>, int3
 }  // namespace detail
 
 // Spreads err by the pattern kRow.column[column] (column 0..3), as spread<P>
-// does with that pattern. Every tap lies within the error line's margin
-// (wellFormed), so the cells looked at are those.
+// does with that pattern, or as spreadAhead<P> does with `ahead` given.
+// Every tap lies within the error line's margin (wellFormed), so the cells
+// looked at are those.
 template <PatternRow kRow>
-INKDOT_FORCE_INLINE void spreadRow(unsigned column, int32_t* cell, int32_t err, int32_t& carry) {
+INKDOT_FORCE_INLINE void spreadRow(unsigned column, int32_t* cell, int32_t err, int32_t& carry,
+                                   CellsAhead* ahead = nullptr) {
     static_assert(detail::wellFormed(kRow));
     constexpr int kReach = static_cast<int>(kErrorLineMargin);
     const int32_t half = err >> 1;  // arithmetic shift, as in spread<P>
-    detail::rowThisLineCells<kRow>(std::make_integer_sequence<int, kReach>{}, cell, column, err, half);
+    detail::rowThisLineCells<kRow>(std::make_integer_sequence<int, kReach>{}, cell, column, err, half, ahead);
     int32_t nextCarry = 0;
     detail::rowNextLineCells<kRow>(std::make_integer_sequence<int, kReach + 2>{}, cell, column, err, half, carry,
                                    nextCarry);

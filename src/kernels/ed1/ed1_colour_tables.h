@@ -11,7 +11,6 @@
 
 #include "halftone/ht_context.h"
 #include "halftone/kernel.h"
-#include "kernels/diffusion/perturbation.h"
 #include "kernels/matrix_row.h"
 
 namespace inkdot {
@@ -35,8 +34,6 @@ public:
         if constexpr (Plane == 3) return dotValueSigned_[level];
         else return dotValueUnsigned_[level];
     }
-    // q = bits 1..7 of the matrix value at column x.
-    uint32_t q(uint32_t x) const { return row(x) & 0xFE; }
 
     MatrixRow row;
 
@@ -48,8 +45,9 @@ private:
 };
 
 // Local copies made once per call: every look-up of the pixel loop becomes a
-// plain array access with the 16-bit entries already widened. Holds one
-// matrix row of masked values, so the matrix may be at most 256 cells wide.
+// plain array access with the 16-bit entries already widened. These kernels
+// refuse a matrix wider than 256 cells (RC_DATA, nothing touched), a limit
+// drivers know them by; the matrix row itself is read in place.
 class CachedColourTables {
 public:
     static constexpr uint32_t kMaxMatrixWidth = 256;
@@ -64,22 +62,19 @@ public:
             edThreshold_[v] = edThreshold[v];
             tone_[v] = tone[v];
         }
-        for (uint32_t x = 0; x < ctx.matrixWidth; ++x) q_[x] = static_cast<uint8_t>(row.cells[x] & 0xFE);
     }
 
     uint32_t tone(int32_t level) const { return tone_[level]; }
     int32_t edThreshold(int32_t level) const { return edThreshold_[level]; }
     template <unsigned Plane>
     int32_t dotValue(int32_t level) const { return dotValue_[level]; }
-    uint32_t q(uint32_t x) const { return q_[x & row.columnMask]; }
 
-    MatrixRow row;  // the full 16-bit values, for plane 2 and the odd last pixel
+    MatrixRow row;
 
 private:
     int32_t dotValue_[256];
     int32_t edThreshold_[256];
     int32_t tone_[256];
-    uint8_t q_[kMaxMatrixWidth];
 };
 
 }  // namespace inkdot
