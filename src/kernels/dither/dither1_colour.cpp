@@ -99,7 +99,8 @@ public:
                     diffuseAgainstLimit(pending, step.limit - limitShift[i], step.level, step.levelLessDot);
                 dot = r.dot;
                 // The a forms go with bit 2 of m clear.
-                spreadByBand<generalRule>(step.band[0], dot, (m[i] & 4) == 0, cell + i, r.err, carry, ahead);
+                spreadByBand<generalRule, FormChoice::Jump>(step.band[0], dot, (m[i] & 4) == 0, cell + i, r.err,
+                                                            carry, ahead);
             }
             dots[i] = dot;
             pending = ahead.next;

@@ -105,8 +105,8 @@ public:
                     diffuseAgainstLimit(pending, limit, level, level - tables.template dotValue<Plane>(level));
                 dot = r.dot;
                 const bool odd = (matrix.m[i] & 1) != 0;
-                spreadByBand<Family::kRule>(Family::template band<Plane>(level, odd, bands), dot, odd, cell + i, r.err,
-                                            carry, ahead);
+                spreadByBand<Family::kRule, FormChoice::Masked>(Family::template band<Plane>(level, odd, bands), dot,
+                                                                odd, cell + i, r.err, carry, ahead);
             }
             dots[i] = dot;
             pending = ahead.next;

@@ -128,7 +128,8 @@ template <class Family, InputStep Step, class Steps>
                     diffuseAgainstLimit(pending, step.limit + limitShift[i], step.level, step.levelLessDot);
                 dot = r.dot;
                 const uint32_t odd = m[i] & 1;  // the mono kernels take the a forms on even cells
-                spreadByBand<Family::kRule>(step.band[odd], dot, odd == 0, cell + i, r.err, carry, ahead);
+                spreadByBand<Family::kRule, FormChoice::Jump>(step.band[odd], dot, odd == 0, cell + i, r.err, carry,
+                                                              ahead);
             }
             dots[i] = dot;
             pending = ahead.next;
